@@ -1,0 +1,40 @@
+# The two set-up commands of the README: `make run` and `make test`.
+BUILD      ?= build
+BUILD_TEST ?= build-test
+JOBS       ?= 2
+CMAKE_GEN  := -G "Unix Makefiles"
+SUPP       := $(CURDIR)/tests/lsan.supp
+
+export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
+export ASAN_OPTIONS  := detect_leaks=1:abort_on_error=0
+export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
+
+.PHONY: deps build run test screenshots bench install clean
+
+deps:
+	@bash scripts/install-deps.sh
+
+build: deps
+	cmake -S . -B $(BUILD) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DTAVREL_TESTS=OFF
+	cmake --build $(BUILD) -j$(JOBS)
+
+run: build
+	@bash scripts/run.sh $(BUILD)
+
+test: deps
+	cmake -S . -B $(BUILD_TEST) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DTAVREL_SANITIZE=ON
+	cmake --build $(BUILD_TEST) -j$(JOBS)
+	cd $(BUILD_TEST) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
+
+screenshots: build
+	@bash scripts/install-deps.sh xvfb xauth xdotool imagemagick fonts-dejavu-core
+	@bash scripts/screenshots.sh $(BUILD)
+
+bench: build
+	@bash scripts/bench.sh $(BUILD)
+
+install: build
+	cmake --install $(BUILD)
+
+clean:
+	rm -rf $(BUILD) $(BUILD_TEST)
