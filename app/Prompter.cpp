@@ -1,0 +1,39 @@
+#include "Prompter.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+
+Prompter::~Prompter() = default;
+
+bool Prompter::question(QWidget *parent, const QString &title, const QString &text) {
+    return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) ==
+           QMessageBox::Yes;
+}
+
+void Prompter::information(QWidget *parent, const QString &title, const QString &text) {
+    QMessageBox::information(parent, title, text);
+}
+
+void Prompter::warning(QWidget *parent, const QString &title, const QString &text) {
+    QMessageBox::warning(parent, title, text);
+}
+
+void Prompter::critical(QWidget *parent, const QString &title, const QString &text) {
+    QMessageBox::critical(parent, title, text);
+}
+
+QString Prompter::openFileName(QWidget *parent, const QString &title, const QString &dir,
+                               const QString &filter) {
+    return QFileDialog::getOpenFileName(parent, title, dir, filter);
+}
+
+QString Prompter::saveFileName(QWidget *parent, const QString &title, const QString &dir,
+                               const QString &filter) {
+    return QFileDialog::getSaveFileName(parent, title, dir, filter);
+}
+
+bool Prompter::password(QWidget *parent, quint32 *password) {
+    Q_UNUSED(parent)
+    Q_UNUSED(password)
+    return false;
+}

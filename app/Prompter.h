@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+// Every question, message and file choice of the window goes through one prompter, so that a test can
+// install a scripted one and answer without a modal loop. The default shows the usual Qt boxes.
+class Prompter {
+public:
+    virtual ~Prompter();
+
+    // Yes/No question; true on Yes.
+    virtual bool question(QWidget *parent, const QString &title, const QString &text);
+    virtual void information(QWidget *parent, const QString &title, const QString &text);
+    virtual void warning(QWidget *parent, const QString &title, const QString &text);
+    virtual void critical(QWidget *parent, const QString &title, const QString &text);
+    // Empty when the user cancels.
+    virtual QString openFileName(QWidget *parent, const QString &title, const QString &dir,
+                                 const QString &filter);
+    virtual QString saveFileName(QWidget *parent, const QString &title, const QString &dir,
+                                 const QString &filter);
+    // The device password; false when the user cancels.
+    virtual bool password(QWidget *parent, quint32 *password);
+};
