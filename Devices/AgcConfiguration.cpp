@@ -1,0 +1,138 @@
+#include "AgcConfiguration.h"
+
+#include "ByteOrder.h"
+#include "CodecHelpers.h"
+
+namespace {
+using Item = AgcConfigurationItem;
+// Record offsets.
+constexpr int EnabledOffset = 0; // bit 0; the next byte is zero
+constexpr int LowOffset = 2;
+constexpr int HighOffset = 4;
+constexpr int SensitivityOffset = 6;
+constexpr int AveragingOffset = 8;
+
+QByteArray record(const Item *e) {
+    QByteArray r(kd::AgcConfiguration::RecordSize, '\0');
+    kd::le::put8(r, EnabledOffset, e->enabled() & 1);
+    kd::le::put16(r, LowOffset, e->thresholdLow());
+    kd::le::put16(r, HighOffset, e->thresholdHigh());
+    kd::le::put16(r, SensitivityOffset, e->sensitivity());
+    kd::le::put16(r, AveragingOffset, e->averaging());
+    return r;
+}
+
+void store(Item *e, const QByteArray &r) {
+    e->setEnabled(kd::le::u8(r, EnabledOffset) & 1);
+    e->setThresholdLow(kd::le::u16(r, LowOffset));
+    e->setThresholdHigh(kd::le::u16(r, HighOffset));
+    e->setSensitivity(kd::le::u16(r, SensitivityOffset));
+    e->setAveraging(kd::le::u16(r, AveragingOffset));
+}
+} // namespace
+
+AgcConfigurationItem::AgcConfigurationItem(QObject *parent)
+    : kd::ConfigurationValue(parent) {}
+
+void AgcConfigurationItem::setEnabled(quint8 v) {
+    if (assign(m_enabled, v)) {
+        emit enabledChanged(v);
+        emit changed();
+    }
+}
+
+void AgcConfigurationItem::setThresholdLow(uint16_t v) {
+    if (assign(m_thresholdLow, v)) {
+        emit thresholdLowChanged(v);
+        emit changed();
+    }
+}
+
+void AgcConfigurationItem::setThresholdHigh(uint16_t v) {
+    if (assign(m_thresholdHigh, v)) {
+        emit thresholdHighChanged(v);
+        emit changed();
+    }
+}
+
+void AgcConfigurationItem::setSensitivity(uint16_t v) {
+    if (assign(m_sensitivity, v)) {
+        emit sensitivityChanged(v);
+        emit changed();
+    }
+}
+
+void AgcConfigurationItem::setAveraging(uint16_t v) {
+    if (assign(m_averaging, v)) {
+        emit averagingChanged(v);
+        emit changed();
+    }
+}
+
+namespace kd {
+
+AgcConfiguration::AgcConfiguration(int count, QObject *parent)
+    : ConfigurationItem<AgcConfigurationItem>(count, parent) {
+    using E = AgcConfigurationItem;
+    for (int i = 0; i < this->count(); ++i) {
+        E *e = element(i);
+        connect(e, &E::thresholdHighChanged, this,
+                [this](uint16_t v) { emit agcChannelHighThresholdChanged(uint32_t(senderIndex()), v); });
+        connect(e, &E::thresholdLowChanged, this,
+                [this](uint16_t v) { emit agcChannelLowThresholdChanged(uint32_t(senderIndex()), v); });
+        connect(e, &E::averagingChanged, this,
+                [this](uint16_t v) { emit agcChannelAveragingChanged(uint32_t(senderIndex()), v); });
+        connect(e, &E::sensitivityChanged, this,
+                [this](uint16_t v) { emit agcChannelSensitivityChanged(uint32_t(senderIndex()), v); });
+        connect(e, &E::enabledChanged, this,
+                [this](quint8 v) { emit agcChannelEnabledChanged(uint32_t(senderIndex()), v); });
+        connect(e, &E::DeviceInfoFilled, this, [this] { emit DeviceInfoChanged(uint32_t(senderIndex())); });
+    }
+}
+
+// A lambda connected with a context object still sees the emitting element as sender().
+int AgcConfiguration::senderIndex() const {
+    return indexOf(sender());
+}
+
+void AgcConfiguration::decode(const QByteArray &payload) {
+    if (!value() || !codec::isAnswer(payload, AnswerCode, Block))
+        return;
+    const int records = qMin(codec::recordCount(payload, RecordSize), count());
+    for (int i = 0; i < records; ++i) {
+        AgcConfigurationItem *e = element(i);
+        if (!e)
+            continue;
+        store(e, payload.mid(codec::HeadSize + i * RecordSize, RecordSize));
+        codec::logRead(payload, QStringLiteral("Конфигурация ADC[%1]").arg(i));
+        emit e->DeviceInfoFilled();
+    }
+    emit DeviceInfoFilled();
+}
+
+QByteArray AgcConfiguration::encode(int channel) const {
+    const AgcConfigurationItem *e = element(channel);
+    if (!e)
+        return QByteArray();
+    return codec::head(Code, Block, quint8(channel), 0) + record(e);
+}
+
+QByteArray AgcConfiguration::encodeAnswer() const {
+    QByteArray b = codec::head(AnswerCode, Block, 0, 0);
+    for (int i = 0; i < count(); ++i) {
+        if (const AgcConfigurationItem *e = element(i))
+            b += record(e);
+    }
+    return b;
+}
+
+bool AgcConfiguration::decodeWrite(const QByteArray &writePayload) {
+    AgcConfigurationItem *e = element(le::u8(writePayload, 2));
+    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
+        !le::has(writePayload, 0, codec::HeadSize + RecordSize))
+        return false;
+    store(e, writePayload.mid(codec::HeadSize));
+    return true;
+}
+
+} // namespace kd

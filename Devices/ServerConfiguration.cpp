@@ -1,0 +1,105 @@
+#include "ServerConfiguration.h"
+
+#include "ByteOrder.h"
+#include "CodecHelpers.h"
+
+namespace {
+using Item = ServerConfigurationItem;
+constexpr quint8 Operation = 1;
+// Record offsets.
+constexpr int EnableOffset = 0; // bit 0
+constexpr int AddressOffset = 1;
+constexpr int PortOffset = 33;
+constexpr int ProtoOffset = 37;
+
+QByteArray record(const Item *e) {
+    QByteArray r(kd::ServerConfiguration::RecordSize, '\0');
+    kd::le::put8(r, EnableOffset, e->enable() & 1);
+    kd::le::putText(r, AddressOffset, Item::AddressSize, e->server());
+    kd::le::put32(r, PortOffset, e->port());
+    kd::le::put8(r, ProtoOffset, e->proto());
+    return r;
+}
+
+void store(Item *e, const QByteArray &r) {
+    e->setEnable(kd::le::u8(r, EnableOffset) & 1);
+    e->setServer(kd::le::text(r, AddressOffset, Item::AddressSize));
+    e->setPort(kd::le::u32(r, PortOffset));
+    e->setProto(kd::le::u8(r, ProtoOffset));
+}
+} // namespace
+
+ServerConfigurationItem::ServerConfigurationItem(QObject *parent)
+    : kd::ConfigurationValue(parent) {}
+
+void ServerConfigurationItem::setEnable(quint8 v) {
+    if (assign(m_enable, v)) {
+        emit enableChanged(v);
+        emit changed();
+    }
+}
+
+void ServerConfigurationItem::setServer(const QString &v) {
+    if (assign(m_server, v)) {
+        emit serverChanged(v);
+        emit changed();
+    }
+}
+
+void ServerConfigurationItem::setPort(quint32 v) {
+    if (assign(m_port, v)) {
+        emit portChanged(v);
+        emit changed();
+    }
+}
+
+void ServerConfigurationItem::setProto(quint8 v) {
+    if (assign(m_proto, v)) {
+        emit protoChanged(v);
+        emit changed();
+    }
+}
+
+namespace kd {
+
+ServerConfiguration::ServerConfiguration(int count, QObject *parent)
+    : ConfigurationItem<ServerConfigurationItem>(count, parent) {}
+
+void ServerConfiguration::decode(const QByteArray &payload) {
+    if (!value() || !codec::isAnswer(payload, AnswerCode))
+        return;
+    const int records = qMin(codec::recordCount(payload, RecordSize), count());
+    for (int i = 0; i < records; ++i) {
+        if (ServerConfigurationItem *e = element(i))
+            store(e, payload.mid(codec::HeadSize + i * RecordSize, RecordSize));
+    }
+    codec::logRead(payload, QStringLiteral("Конфигурация Серверов"));
+    emit DeviceInfoFilled();
+}
+
+QByteArray ServerConfiguration::encode(int index) const {
+    const ServerConfigurationItem *e = element(index);
+    if (!e)
+        return QByteArray();
+    return codec::head(Code, Operation, quint8(index), 0) + record(e);
+}
+
+QByteArray ServerConfiguration::encodeAnswer() const {
+    QByteArray b = codec::head(AnswerCode, Operation, 0, 0);
+    for (int i = 0; i < count(); ++i) {
+        if (const ServerConfigurationItem *e = element(i))
+            b += record(e);
+    }
+    return b;
+}
+
+bool ServerConfiguration::decodeWrite(const QByteArray &writePayload) {
+    ServerConfigurationItem *e = element(le::u8(writePayload, 2));
+    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Operation ||
+        !le::has(writePayload, 0, codec::HeadSize + RecordSize))
+        return false;
+    store(e, writePayload.mid(codec::HeadSize));
+    return true;
+}
+
+} // namespace kd

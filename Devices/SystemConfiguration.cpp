@@ -1,0 +1,110 @@
+#include "SystemConfiguration.h"
+
+#include "ByteOrder.h"
+#include "CodecHelpers.h"
+
+namespace {
+constexpr quint8 Operation = 1;
+constexpr int ParkingMinOffset = 4;
+constexpr int PwrModeOffset = 5;
+constexpr int FlagsOffset = 6; // bits 0-3 gsens, bit 4 lowSpeed, bit 5 OutCtrl
+constexpr quint8 GsensMask = 0x0F;
+constexpr int LowSpeedShift = 4;
+constexpr int OutCtrlShift = 5;
+} // namespace
+
+SystemConfigurationItem::SystemConfigurationItem(QObject *parent)
+    : kd::ConfigurationValue(parent) {}
+
+void SystemConfigurationItem::setParkingMin(quint8 v) {
+    if (assign(m_parkingMin, v)) {
+        emit parkingMinChanged(v);
+        emit changed();
+    }
+}
+
+void SystemConfigurationItem::setPwrMode(quint8 v) {
+    if (assign(m_pwrMode, v)) {
+        emit pwrModeChanged(v);
+        emit changed();
+    }
+}
+
+void SystemConfigurationItem::setGsens(quint8 v) {
+    if (assign(m_gsens, v)) {
+        emit gsensChanged(v);
+        emit changed();
+    }
+}
+
+void SystemConfigurationItem::setLowSpeed(quint8 v) {
+    if (assign(m_lowSpeed, v)) {
+        emit lowSpeedChanged(v);
+        emit changed();
+    }
+}
+
+void SystemConfigurationItem::setOutCtrl(quint8 v) {
+    if (assign(m_outCtrl, v)) {
+        emit OutCtrlChanged(v);
+        emit changed();
+    }
+}
+
+namespace kd {
+
+namespace {
+void storeBody(SystemConfigurationItem *e, const QByteArray &payload) {
+    if (le::has(payload, ParkingMinOffset, 1))
+        e->setParkingMin(le::u8(payload, ParkingMinOffset));
+    if (le::has(payload, PwrModeOffset, 1))
+        e->setPwrMode(le::u8(payload, PwrModeOffset));
+    if (le::has(payload, FlagsOffset, 1)) {
+        const quint8 flags = le::u8(payload, FlagsOffset);
+        e->setGsens(flags & GsensMask);
+        e->setLowSpeed((flags >> LowSpeedShift) & 1);
+        e->setOutCtrl((flags >> OutCtrlShift) & 1);
+    }
+}
+
+QByteArray build(const SystemConfigurationItem *e, quint8 code) {
+    QByteArray b = codec::head(code, Operation, 0, SystemConfiguration::BodySize);
+    le::put8(b, ParkingMinOffset, e->parkingMin());
+    le::put8(b, PwrModeOffset, e->pwrMode());
+    le::put8(b, FlagsOffset,
+             quint8((e->gsens() & GsensMask) | ((e->lowSpeed() & 1) << LowSpeedShift) |
+                    ((e->OutCtrl() & 1) << OutCtrlShift)));
+    return b;
+}
+} // namespace
+
+SystemConfiguration::SystemConfiguration(int count, QObject *parent)
+    : ConfigurationItem<SystemConfigurationItem>(count, parent) {}
+
+void SystemConfiguration::decode(const QByteArray &payload) {
+    SystemConfigurationItem *e = value();
+    if (!e || !codec::isAnswer(payload, AnswerCode))
+        return;
+    storeBody(e, payload);
+    codec::logRead(payload, QStringLiteral("Конфигурация системы"));
+    emit DeviceInfoFilled();
+}
+
+QByteArray SystemConfiguration::encode() const {
+    return value() ? build(value(), Code) : QByteArray();
+}
+
+QByteArray SystemConfiguration::encodeAnswer() const {
+    return value() ? build(value(), AnswerCode) : QByteArray();
+}
+
+bool SystemConfiguration::decodeWrite(const QByteArray &writePayload) {
+    SystemConfigurationItem *e = value();
+    if (!e || !le::has(writePayload, 0, codec::HeadSize + BodySize) || le::u8(writePayload, 0) != Code ||
+        le::u8(writePayload, 1) != Operation)
+        return false;
+    storeBody(e, writePayload);
+    return true;
+}
+
+} // namespace kd

@@ -1,0 +1,100 @@
+#include "configuration.h"
+
+#include "CodecHelpers.h"
+
+#include <QDateTime>
+#include <QDebug>
+
+namespace kd {
+
+QStringList sectionKeys() {
+    QStringList keys;
+    for (const SectionName &s : kSectionNames)
+        keys << QString::fromLatin1(s.key);
+    return keys;
+}
+
+QString sectionDisplayName(const QString &key) {
+    for (const SectionName &s : kSectionNames) {
+        if (key == QLatin1String(s.key))
+            return QString::fromLatin1(s.displayName);
+    }
+    return QString();
+}
+
+ConfigurationValue::ConfigurationValue(QObject *parent)
+    : QObject(parent) {}
+
+IConfigurationItem::IConfigurationItem(QObject *parent)
+    : QObject(parent) {}
+
+IConfigurationItem::~IConfigurationItem() = default;
+
+Configuration::Configuration(QObject *parent)
+    : QObject(parent) {}
+
+Configuration::~Configuration() = default;
+
+void Configuration::registerItem(const QString &key, IConfigurationItem *item) {
+    m_items.insert(key, item);
+}
+
+IConfigurationItem *Configuration::item(const QString &key) const {
+    return m_items.value(key).data();
+}
+
+QStringList Configuration::keys() const {
+    return m_items.keys();
+}
+
+void Configuration::write(QJsonObject &) const {}
+
+void Configuration::read(const QJsonObject &) {}
+
+void Configuration::checkComplete() {}
+
+namespace detail {
+void typedItemFailure(const QString &key, const char *found, const char *expected) {
+    // The line number is the one this check has always reported; scripts and bug reports look for it.
+    qFatal("ASSERT: \"typed_item\" in file Devices/configuration, line 203 (section \"%s\" is %s, not %s)",
+           qPrintable(key), found, expected);
+    abort(); // qFatal does not return; keeps [[noreturn]] honest for the compiler
+}
+} // namespace detail
+
+void trafficLog(const QString &text) {
+    qDebug().noquote() << QString::number(QDateTime::currentSecsSinceEpoch()) + QLatin1Char(' ') + text;
+}
+
+namespace codec {
+
+QByteArray head(quint8 code, quint8 operation, quint8 index, int bodySize) {
+    QByteArray b(HeadSize + bodySize, '\0');
+    b[0] = char(code);
+    b[1] = char(operation);
+    b[2] = char(index);
+    return b;
+}
+
+bool isAnswer(const QByteArray &payload, quint8 code, int operation) {
+    if (payload.size() < 2 || quint8(payload.at(0)) != code)
+        return false;
+    const quint8 op = quint8(payload.at(1));
+    if (op & StatusBit)
+        return false;
+    return operation < 0 || op == operation;
+}
+
+int recordCount(const QByteArray &payload, int recordSize) {
+    const int data = payload.size() - HeadSize;
+    return (data > 0 && recordSize > 0) ? data / recordSize : 0;
+}
+
+void logRead(const QByteArray &payload, const QString &label) {
+    trafficLog(QStringLiteral("Прочитано ") + QString::fromLatin1(payload.left(HeadSize).toHex(' ')) +
+               QLatin1Char(' ') + label);
+}
+
+} // namespace codec
+
+} // namespace kd
