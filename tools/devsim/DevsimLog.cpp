@@ -1,0 +1,3 @@
+#include "DevsimLog.h"
+
+Q_LOGGING_CATEGORY(lcDevsim, "tavrel.devsim", QtInfoMsg)

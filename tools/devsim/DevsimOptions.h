@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+// Command line of the virtual tracker. Parsing is separate from main() so that tests can check it.
+struct DevsimOptions {
+    enum class Transport { None, Pty, Tcp };
+
+    Transport transport = Transport::None;
+    QString linkPath;    // --link: symlink to the pseudo-terminal's slave side
+    quint16 tcpPort = 0; // --tcp PORT (0: any free port)
+    QString serverImei;  // --imei: the IMEI the configuration server stand-in accepts (empty: the device's)
+    QString statePath;   // --state FILE.json
+
+    bool hasPassword = false;
+    quint32 password = 0;
+    bool blocked = false;
+
+    int silentEvery = 0;
+    int truncateEvery = 0;
+    int garbageEvery = 0;
+    bool split = false;
+    int latencyMs = 0;
+    int baud = 0;
+    int hangupAfter = 0;
+
+    bool hasFwVersion = false;
+    quint8 fwMajor = 0;
+    quint16 fwMiddle = 0;
+    quint8 fwBuild = 0;
+    bool hasHwVersion = false;
+    quint16 hwVersion = 0;
+    int corruptEvery = 0;
+
+    // Fills the options from arguments (arguments[0] is the program). False with a message on a bad command
+    // line.
+    bool parse(const QStringList &arguments, QString *error);
+    static QString usage();
+};

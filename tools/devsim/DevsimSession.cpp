@@ -1,0 +1,130 @@
+#include "DevsimSession.h"
+
+#include "DevsimLog.h"
+#include "DevsimOptions.h"
+#include "SimLink.h"
+#include "VirtualTracker.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#if __has_include("BootLoader.h")
+#include "BootLoader.h"
+#define TAVREL_DEVSIM_BOOTLOADER 1
+#endif
+
+DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObject *parent)
+    : QObject(parent)
+    , m_link(link)
+    , m_tracker(new VirtualTracker(this))
+    , m_faults(new FaultInjector(faultSettings(options), this))
+    , m_statePath(options.statePath) {
+    m_clock.start();
+    m_tracker->setBlocked(options.blocked);
+
+    connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
+    connect(m_link, &SimLink::peerChanged, this, [this] { m_assembler.clear(); });
+    connect(m_link, &SimLink::finished, this, &DevsimSession::finished);
+    connect(m_faults, &FaultInjector::write, m_link, &SimLink::write);
+    connect(m_faults, &FaultInjector::hangUp, m_link, &SimLink::hangUp);
+    connect(m_tracker, &VirtualTracker::stateChanged, this, [this] { saveState(); });
+    connect(m_tracker, &VirtualTracker::firmwareUpdateRequested, this,
+            &DevsimSession::onFirmwareUpdateRequested);
+
+#ifdef TAVREL_DEVSIM_BOOTLOADER
+    BootLoader::Options bl;
+    if (options.hasHwVersion)
+        bl.hwVersion = options.hwVersion;
+    if (options.hasFwVersion) {
+        bl.fwMajor = options.fwMajor;
+        bl.fwMiddle = options.fwMiddle;
+        bl.fwBuild = options.fwBuild;
+    }
+    bl.corruptEvery = options.corruptEvery;
+    m_bootLoader = new BootLoader(bl, this);
+    connect(m_bootLoader, &BootLoader::send, m_faults, &FaultInjector::sendRaw);
+    connect(m_bootLoader, &BootLoader::finished, this, [this] {
+        qCInfo(lcDevsim) << "firmware written, the device starts again";
+        m_assembler.clear();
+        m_tracker->reboot();
+    });
+#endif
+}
+
+FaultInjector::Settings DevsimSession::faultSettings(const DevsimOptions &options) {
+    FaultInjector::Settings s;
+    s.silentEvery = options.silentEvery;
+    s.truncateEvery = options.truncateEvery;
+    s.garbageEvery = options.garbageEvery;
+    s.split = options.split;
+    s.latencyMs = options.latencyMs;
+    s.baud = options.baud;
+    s.hangupAfter = options.hangupAfter;
+    return s;
+}
+
+void DevsimSession::onReceived(const QByteArray &bytes) {
+#ifdef TAVREL_DEVSIM_BOOTLOADER
+    if (m_bootLoader->active()) {
+        m_bootLoader->receive(bytes);
+        return;
+    }
+#endif
+    const QList<RequestAssembler::Request> requests = m_assembler.feed(bytes, m_clock.elapsed());
+    for (const RequestAssembler::Request &r : requests) {
+        for (const QByteArray &frame : m_tracker->handle(r.type, r.payload))
+            m_faults->sendAnswer(frame);
+    }
+}
+
+void DevsimSession::onFirmwareUpdateRequested() {
+#ifdef TAVREL_DEVSIM_BOOTLOADER
+    qCInfo(lcDevsim) << "entering firmware-update mode";
+    m_assembler.clear();
+    // The answer is already queued in the fault layer; the loader's first request follows it on the line.
+    QMetaObject::invokeMethod(m_bootLoader, &BootLoader::start, Qt::QueuedConnection);
+#else
+    qCInfo(lcDevsim) << "firmware-update mode requested, but this build has no boot loader";
+#endif
+}
+
+bool DevsimSession::loadState(QString *error) {
+    if (m_statePath.isEmpty() || !QFile::exists(m_statePath))
+        return true;
+    QFile file(m_statePath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = QStringLiteral("cannot read %1: %2").arg(m_statePath, file.errorString());
+        return false;
+    }
+    QJsonParseError parseError;
+    const QJsonDocument doc = QJsonDocument::fromJson(file.readAll(), &parseError);
+    if (!doc.isObject()) {
+        if (error)
+            *error =
+                QStringLiteral("%1 is not a device state: %2").arg(m_statePath, parseError.errorString());
+        return false;
+    }
+    m_tracker->loadState(doc.object());
+    qCInfo(lcDevsim).noquote() << "state loaded from" << m_statePath;
+    return true;
+}
+
+bool DevsimSession::saveState(QString *error) {
+    if (m_statePath.isEmpty())
+        return true;
+    QSaveFile file(m_statePath);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(QJsonDocument(m_tracker->saveState()).toJson(QJsonDocument::Indented));
+        if (file.commit())
+            return true;
+    }
+    const QString text =
+        QStringLiteral("cannot save the state to %1: %2").arg(m_statePath, file.errorString());
+    qCWarning(lcDevsim).noquote() << text;
+    if (error)
+        *error = text;
+    return false;
+}

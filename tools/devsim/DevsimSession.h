@@ -1,0 +1,45 @@
+#pragma once
+
+#include "FaultInjector.h"
+#include "RequestAssembler.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+
+class BootLoader;
+class SimLink;
+class VirtualTracker;
+struct DevsimOptions;
+
+// One running virtual tracker: bytes from the link are buffered into requests, answered by the tracker
+// and sent back through the fault layer; in firmware-update mode the boot loader owns the line.
+class DevsimSession : public QObject {
+    Q_OBJECT
+public:
+    DevsimSession(const DevsimOptions &options, SimLink *link, QObject *parent = nullptr);
+
+    // Loads the state file if there is one; false with a reason when it exists but cannot be read.
+    bool loadState(QString *error);
+    // Writes the state file if one was named (atomically); false with a reason on failure.
+    bool saveState(QString *error = nullptr);
+
+    VirtualTracker *tracker() const { return m_tracker; }
+    static FaultInjector::Settings faultSettings(const DevsimOptions &options);
+
+signals:
+    // The link is gone for good (pty hung up): the program ends.
+    void finished();
+
+private:
+    void onReceived(const QByteArray &bytes);
+    void onFirmwareUpdateRequested();
+
+    SimLink *m_link;
+    VirtualTracker *m_tracker;
+    FaultInjector *m_faults;
+    BootLoader *m_bootLoader = nullptr;
+    RequestAssembler m_assembler;
+    QElapsedTimer m_clock;
+    QString m_statePath;
+};

@@ -1,0 +1,116 @@
+#include "FaultInjector.h"
+
+#include "DevsimLog.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <memory>
+
+namespace {
+constexpr int BitsPerByte = 10; // start bit, 8 data bits, stop bit
+// Garbage must be the same every run, so that a failing test can be repeated.
+constexpr quint32 GarbageSeed = 20629;
+
+bool every(int n, int period) {
+    return period > 0 && n % period == 0;
+}
+} // namespace
+
+FaultInjector::FaultInjector(const Settings &settings, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_random(GarbageSeed)
+    , m_timer(new QTimer(this)) {
+    auto clock = std::make_shared<QElapsedTimer>();
+    clock->start();
+    m_clock = [clock] { return clock->elapsed(); };
+    m_timer->setSingleShot(true);
+    m_timer->setTimerType(Qt::PreciseTimer);
+    connect(m_timer, &QTimer::timeout, this, &FaultInjector::deliverDue);
+}
+
+void FaultInjector::setClock(std::function<qint64()> clock) {
+    m_clock = std::move(clock);
+    m_lineFreeAt = 0;
+}
+
+FaultInjector::Fault FaultInjector::faultFor(int n) const {
+    if (every(n, m_settings.silentEvery))
+        return Fault::Silent;
+    if (every(n, m_settings.garbageEvery))
+        return Fault::Garbage;
+    if (every(n, m_settings.truncateEvery))
+        return Fault::Truncated;
+    return Fault::None;
+}
+
+qint64 FaultInjector::lineTimeMs(qint64 bytes, int baud) {
+    if (baud <= 0 || bytes <= 0)
+        return 0;
+    return (bytes * BitsPerByte * 1000 + baud - 1) / baud;
+}
+
+QByteArray FaultInjector::truncated(const QByteArray &frame) {
+    return frame.left(qMax(1, frame.size() / 2));
+}
+
+void FaultInjector::sendAnswer(const QByteArray &frame) {
+    const int n = ++m_answers;
+    const bool last = m_settings.hangupAfter > 0 && n == m_settings.hangupAfter;
+    QByteArray bytes = frame;
+    switch (faultFor(n)) {
+    case Fault::Silent:
+        qCInfo(lcDevsim) << "answer" << n << "dropped on purpose";
+        if (last)
+            schedule(QByteArray(), m_settings.latencyMs, true);
+        return;
+    case Fault::Garbage:
+        qCInfo(lcDevsim) << "answer" << n << "replaced by random bytes";
+        for (char &c : bytes)
+            c = char(m_random.bounded(256));
+        break;
+    case Fault::Truncated:
+        qCInfo(lcDevsim) << "answer" << n << "cut short";
+        bytes = truncated(frame);
+        break;
+    case Fault::None:
+        break;
+    }
+    if (m_settings.split && bytes.size() > 1) {
+        const int half = bytes.size() / 2;
+        schedule(bytes.left(half), m_settings.latencyMs, false);
+        schedule(bytes.mid(half), m_settings.splitPauseMs, last);
+    } else {
+        schedule(bytes, m_settings.latencyMs, last);
+    }
+}
+
+void FaultInjector::sendRaw(const QByteArray &bytes) {
+    schedule(bytes, 0, false);
+}
+
+void FaultInjector::schedule(const QByteArray &bytes, qint64 extraDelay, bool hangUpAfter) {
+    // A piece is written at once when its last byte would have left a line of the set rate, after the
+    // line has finished with what went before.
+    const qint64 now = m_clock();
+    const qint64 start = qMax(now + extraDelay, m_lineFreeAt);
+    const qint64 due = start + lineTimeMs(bytes.size(), m_settings.baud);
+    m_lineFreeAt = due;
+    m_pending.append(Piece{due, bytes, hangUpAfter});
+    deliverDue();
+}
+
+void FaultInjector::deliverDue() {
+    while (!m_pending.isEmpty() && m_pending.first().due <= m_clock()) {
+        const Piece piece = m_pending.takeFirst();
+        if (!piece.bytes.isEmpty())
+            emit write(piece.bytes);
+        if (piece.hangUpAfter) {
+            m_pending.clear();
+            emit hangUp();
+            return;
+        }
+    }
+    if (!m_pending.isEmpty())
+        m_timer->start(int(qMax<qint64>(0, m_pending.first().due - m_clock())));
+}

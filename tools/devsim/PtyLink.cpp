@@ -1,0 +1,167 @@
+#include "PtyLink.h"
+
+#include "DevsimLog.h"
+
+#include <QFile>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+// Bytes the device holds for a configurator that does not read; beyond that the oldest are dropped, as
+// a UART with nobody listening would lose them.
+constexpr int MaxPendingOutput = 64 * 1024;
+constexpr int ReadRetryMs = 100;
+
+QString errnoText() {
+    return QString::fromLocal8Bit(std::strerror(errno));
+}
+} // namespace
+
+PtyLink::PtyLink(const QString &symlinkPath, QObject *parent)
+    : SimLink(parent)
+    , m_symlinkPath(symlinkPath) {}
+
+PtyLink::~PtyLink() {
+    shutdown();
+}
+
+bool PtyLink::start(QString *error) {
+    m_master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0) {
+        *error = QStringLiteral("cannot open a pseudo-terminal: %1").arg(errnoText());
+        closeAll();
+        return false;
+    }
+    ::fcntl(m_master, F_SETFD, FD_CLOEXEC);
+    ::fcntl(m_master, F_SETFL, ::fcntl(m_master, F_GETFL) | O_NONBLOCK);
+    char name[256] = {};
+    if (::ptsname_r(m_master, name, sizeof name) != 0) {
+        *error = QStringLiteral("cannot name the pseudo-terminal: %1").arg(errnoText());
+        closeAll();
+        return false;
+    }
+    m_slavePath = QString::fromLocal8Bit(name);
+    m_slave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (m_slave < 0) {
+        *error = QStringLiteral("cannot open %1: %2").arg(m_slavePath, errnoText());
+        closeAll();
+        return false;
+    }
+    // A serial port carries bytes untouched: no echo, no line editing, no newline translation.
+    termios tio{};
+    if (::tcgetattr(m_slave, &tio) == 0) {
+        ::cfmakeraw(&tio);
+        ::cfsetispeed(&tio, B115200);
+        ::cfsetospeed(&tio, B115200);
+        ::tcsetattr(m_slave, TCSANOW, &tio);
+    }
+
+    if (!m_symlinkPath.isEmpty()) {
+        QFile::remove(m_symlinkPath);
+        if (!QFile::link(m_slavePath, m_symlinkPath)) {
+            *error = QStringLiteral("cannot make the link %1 -> %2").arg(m_symlinkPath, m_slavePath);
+            closeAll();
+            return false;
+        }
+        m_symlinkMade = true;
+    }
+
+    m_readNotifier = new QSocketNotifier(m_master, QSocketNotifier::Read, this);
+    connect(m_readNotifier, &QSocketNotifier::activated, this, &PtyLink::readMaster);
+    m_writeNotifier = new QSocketNotifier(m_master, QSocketNotifier::Write, this);
+    m_writeNotifier->setEnabled(false);
+    connect(m_writeNotifier, &QSocketNotifier::activated, this, &PtyLink::flushOutput);
+    m_retryRead = new QTimer(this);
+    m_retryRead->setSingleShot(true);
+    m_retryRead->setInterval(ReadRetryMs);
+    connect(m_retryRead, &QTimer::timeout, this, [this] {
+        if (m_readNotifier)
+            m_readNotifier->setEnabled(true);
+    });
+    return true;
+}
+
+void PtyLink::readMaster() {
+    QByteArray chunk;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t n = ::read(m_master, buffer, sizeof buffer);
+        if (n > 0) {
+            chunk.append(buffer, int(n));
+            continue;
+        }
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+            // EIO means no slave is open; ours keeps one open, so this is only a passing state. Do not spin.
+            qCDebug(lcDevsim) << "pty read:" << errnoText();
+            m_readNotifier->setEnabled(false);
+            m_retryRead->start();
+        }
+        break;
+    }
+    if (!chunk.isEmpty())
+        emit received(chunk);
+}
+
+void PtyLink::write(const QByteArray &bytes) {
+    if (m_master < 0)
+        return;
+    m_output.append(bytes);
+    if (m_output.size() > MaxPendingOutput)
+        m_output.remove(0, m_output.size() - MaxPendingOutput);
+    flushOutput();
+}
+
+void PtyLink::flushOutput() {
+    while (!m_output.isEmpty()) {
+        const ssize_t n = ::write(m_master, m_output.constData(), size_t(m_output.size()));
+        if (n > 0) {
+            m_output.remove(0, int(n));
+            continue;
+        }
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+            qCDebug(lcDevsim) << "pty write:" << errnoText();
+            m_output.clear();
+        }
+        break;
+    }
+    if (m_writeNotifier)
+        m_writeNotifier->setEnabled(!m_output.isEmpty());
+}
+
+void PtyLink::hangUp() {
+    qCInfo(lcDevsim) << "hanging up the pseudo-terminal";
+    closeAll();
+    emit finished();
+}
+
+void PtyLink::shutdown() {
+    closeAll();
+    if (m_symlinkMade) {
+        QFile::remove(m_symlinkPath);
+        m_symlinkMade = false;
+    }
+}
+
+void PtyLink::closeAll() {
+    delete m_readNotifier;
+    m_readNotifier = nullptr;
+    delete m_writeNotifier;
+    m_writeNotifier = nullptr;
+    if (m_slave >= 0)
+        ::close(m_slave);
+    if (m_master >= 0)
+        ::close(m_master);
+    m_slave = m_master = -1;
+    m_output.clear();
+}

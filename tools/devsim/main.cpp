@@ -1,0 +1,101 @@
+#include "DevsimLog.h"
+#include "DevsimOptions.h"
+#include "DevsimSession.h"
+#include "PtyLink.h"
+#include "TcpLink.h"
+#include "VirtualTracker.h"
+
+#include <Devices/DeviceInfoConfiguration.h>
+#include <Devices/VantorConfiguration.h>
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QTextStream>
+
+#include <csignal>
+#include <cstdio>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+int signalPipe[2] = {-1, -1};
+
+void onSignal(int) {
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &c, 1);
+}
+
+// SIGINT and SIGTERM end the event loop normally, so that the state is saved and the link removed.
+void watchSignals(QCoreApplication *app) {
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, app);
+    QObject::connect(notifier, &QSocketNotifier::activated, app, [app] {
+        char c;
+        [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &c, 1);
+        app->quit();
+    });
+    struct sigaction sa {};
+    sa.sa_handler = onSignal;
+    sigemptyset(&sa.sa_mask);
+    sa.sa_flags = SA_RESTART;
+    ::sigaction(SIGINT, &sa, nullptr);
+    ::sigaction(SIGTERM, &sa, nullptr);
+    // A configurator that vanishes mid-write must not take the device with it.
+    ::signal(SIGPIPE, SIG_IGN);
+}
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavrel-devsim"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
+    QTextStream err(stderr);
+
+    DevsimOptions options;
+    QString error;
+    if (!options.parse(app.arguments(), &error)) {
+        if (error.isEmpty()) {
+            QTextStream(stdout) << DevsimOptions::usage();
+            return 0;
+        }
+        err << "tavrel-devsim: " << error << "\n\n" << DevsimOptions::usage();
+        return 2;
+    }
+
+    SimLink *link = nullptr;
+    if (options.transport == DevsimOptions::Transport::Pty)
+        link = new PtyLink(options.linkPath, &app);
+    else
+        link = new TcpLink(options.tcpPort, options.serverImei, &app);
+
+    auto *session = new DevsimSession(options, link, &app);
+    if (!session->loadState(&error)) {
+        err << "tavrel-devsim: " << error << "\n";
+        return 1;
+    }
+    if (options.hasPassword)
+        session->tracker()->setPassword(options.password);
+    if (auto *tcp = qobject_cast<TcpLink *>(link); tcp && options.serverImei.isEmpty())
+        tcp->setImei(session->tracker()->configuration()->deviceInfo()->IMEI());
+
+    if (!link->start(&error)) {
+        err << "tavrel-devsim: " << error << "\n";
+        return 1;
+    }
+    watchSignals(&app);
+    QObject::connect(session, &DevsimSession::finished, &app, &QCoreApplication::quit);
+
+    // The first line is where to find the device; scripts wait for it, so it goes out at once.
+    std::fputs(qPrintable(link->address() + QLatin1Char('\n')), stdout);
+    std::fflush(stdout);
+    qCInfo(lcDevsim).noquote() << "device" << session->tracker()->configuration()->deviceInfo()->IMEI()
+                               << "ready at" << link->address();
+
+    const int rc = app.exec();
+    session->saveState();
+    link->shutdown();
+    return rc;
+}
