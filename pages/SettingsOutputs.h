@@ -1,0 +1,48 @@
+#pragma once
+
+#include "SettingsPageBase.h"
+
+#include <QVector>
+
+class QGroupBox;
+class QSpinBox;
+class QVBoxLayout;
+class Widgetoutputs;
+
+// "Управление выходами": the output parameters and the state of each output the device reported.
+// Applying sends the parameters, then switches every output to its shown state, one single-output
+// command per output. The page is usable only while the device reports at least one output.
+class SettingsOutputs : public SettingsPageBase {
+    Q_OBJECT
+public:
+    // Head of the output-parameters command (a command packet).
+    static constexpr quint8 ParametersCode = 0x02;
+    static constexpr quint8 ParametersOperation = 0x0A;
+
+    explicit SettingsOutputs(VantorConfiguration *configuration, QWidget *parent = nullptr);
+
+    void loadFromSection() override;
+    void storeToSection() override;
+
+    int outputCount() const { return m_outputs.size(); }
+    Widgetoutputs *output(int index) const { return m_outputs.value(index); }
+
+    QSpinBox *outNum;
+    QSpinBox *highCondition;
+    QSpinBox *lowCondition;
+    QSpinBox *replayCounter;
+
+public slots:
+    // Enabled only when the section reports at least one output.
+    void updateEnabled();
+
+protected:
+    void writeSection(DeviceWorkflows &workflows) override;
+
+private:
+    void rebuildOutputs(int count);
+
+    QGroupBox *m_statesGroup;
+    QVBoxLayout *m_statesLayout;
+    QVector<Widgetoutputs *> m_outputs;
+};

@@ -1,0 +1,174 @@
+#include "SettingsPageBase.h"
+
+#include "DeviceTextValidator.h"
+
+#include "Devices/VantorConfiguration.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSpinBox>
+#include <QStyle>
+#include <QVBoxLayout>
+
+const char *const SettingsPageBase::UnsavedQuestion = "Есть несохраненные параметры, записать в прибор?";
+const char *const SettingsPageBase::UnsavedTitle = "Подтверждение изменений";
+
+SettingsPageBase::SettingsPageBase(VantorConfiguration *configuration, const QString &title, QWidget *parent)
+    : QWidget(parent)
+    , m_configuration(configuration)
+    , m_title(title)
+    , m_asker(messageBoxAsker())
+    , m_notifier(messageBoxNotifier()) {
+    setProperty("modified", false);
+    auto *outer = new QVBoxLayout(this);
+    auto *header = new QHBoxLayout;
+    m_titleLabel = new QLabel(title, this);
+    m_titleLabel->setObjectName(QStringLiteral("pageTitle"));
+    QFont font = m_titleLabel->font();
+    font.setBold(true);
+    m_titleLabel->setFont(font);
+    m_marker = new QLabel(QStringLiteral("* Есть несохраненные изменения"), this);
+    m_marker->setObjectName(QStringLiteral("modifiedMarker"));
+    m_marker->setVisible(false);
+    header->addWidget(m_titleLabel);
+    header->addStretch();
+    header->addWidget(m_marker);
+    outer->addLayout(header);
+    m_body = new QVBoxLayout;
+    outer->addLayout(m_body);
+    outer->addStretch();
+}
+
+QString SettingsPageBase::modifiedMarker() const {
+    return m_modified ? QStringLiteral("*") : QString();
+}
+
+void SettingsPageBase::applyToDevice(DeviceWorkflows &workflows) {
+    storeToSection();
+    writeSection(workflows);
+    setModified(false);
+}
+
+bool SettingsPageBase::confirmLeave(DeviceWorkflows *workflows) {
+    if (!m_modified)
+        return true;
+    if (ask(QString::fromUtf8(UnsavedTitle), QString::fromUtf8(UnsavedQuestion))) {
+        if (workflows) {
+            applyToDevice(*workflows);
+        } else {
+            storeToSection();
+            setModified(false);
+        }
+    } else {
+        revert();
+    }
+    return true;
+}
+
+void SettingsPageBase::setAsker(Asker asker) {
+    m_asker = std::move(asker);
+}
+
+void SettingsPageBase::setNotifier(Notifier notifier) {
+    m_notifier = std::move(notifier);
+}
+
+SettingsPageBase::Asker SettingsPageBase::messageBoxAsker() {
+    return [](QWidget *parent, const QString &title, const QString &text) {
+        return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No) ==
+               QMessageBox::Yes;
+    };
+}
+
+SettingsPageBase::Notifier SettingsPageBase::messageBoxNotifier() {
+    return [](QWidget *parent, const QString &title, const QString &text) {
+        QMessageBox::information(parent, title, text);
+    };
+}
+
+void SettingsPageBase::refresh() {
+    loading([this] { loadFromSection(); });
+    setModified(false);
+}
+
+void SettingsPageBase::followSection(const char *key) {
+    if (!m_configuration)
+        return;
+    if (kd::IConfigurationItem *section = m_configuration->item(QString::fromLatin1(key)))
+        connect(section, &kd::IConfigurationItem::DeviceInfoFilled, this, &SettingsPageBase::refresh);
+}
+
+QSpinBox *SettingsPageBase::spinBox(int min, int max, const QString &suffix) {
+    auto *w = new QSpinBox(this);
+    w->setRange(min, max);
+    if (!suffix.isEmpty())
+        w->setSuffix(QLatin1Char(' ') + suffix);
+    watch(w);
+    return w;
+}
+
+QCheckBox *SettingsPageBase::checkBox(const QString &text) {
+    auto *w = new QCheckBox(text, this);
+    watch(w);
+    return w;
+}
+
+QComboBox *SettingsPageBase::comboBox(const QStringList &items) {
+    auto *w = new QComboBox(this);
+    w->addItems(items);
+    watch(w);
+    return w;
+}
+
+QLineEdit *SettingsPageBase::deviceTextEdit() {
+    auto *w = new QLineEdit(this);
+    DeviceTextValidator::install(w);
+    watch(w);
+    return w;
+}
+
+void SettingsPageBase::watch(QSpinBox *w) {
+    connect(w, qOverload<int>(&QSpinBox::valueChanged), this, &SettingsPageBase::markModified);
+}
+
+void SettingsPageBase::watch(QCheckBox *w) {
+    connect(w, &QCheckBox::toggled, this, &SettingsPageBase::markModified);
+}
+
+void SettingsPageBase::watch(QComboBox *w) {
+    connect(w, qOverload<int>(&QComboBox::currentIndexChanged), this, &SettingsPageBase::markModified);
+}
+
+void SettingsPageBase::watch(QLineEdit *w) {
+    connect(w, &QLineEdit::textChanged, this, &SettingsPageBase::markModified);
+}
+
+bool SettingsPageBase::ask(const QString &title, const QString &text) {
+    return m_asker && m_asker(this, title, text);
+}
+
+void SettingsPageBase::notify(const QString &title, const QString &text) {
+    if (m_notifier)
+        m_notifier(this, title, text);
+}
+
+void SettingsPageBase::markModified() {
+    if (!isLoading())
+        setModified(true);
+}
+
+void SettingsPageBase::setModified(bool modified) {
+    if (m_modified == modified)
+        return;
+    m_modified = modified;
+    setProperty("modified", modified);
+    m_marker->setVisible(modified);
+    style()->unpolish(this);
+    style()->polish(this);
+    update();
+    emit modifiedChanged(modified);
+}

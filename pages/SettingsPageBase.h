@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+class DeviceWorkflows;
+class VantorConfiguration;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QSpinBox;
+class QVBoxLayout;
+
+namespace kd {
+class IConfigurationItem;
+}
+
+// A settings page maps the widgets of one configuration section to and from the model; it never talks
+// to the link or the protocol itself, it only asks the shared workflows to write its section.
+//
+// The model is the page's reference: loadFromSection() shows it, storeToSection() takes the user's
+// edits into it. An edit of a widget marks the page modified (dynamic property "modified" = true, which
+// the style sheets use, plus a marker label in the page header and modifiedChanged()); loading from
+// the model, a refresh after the device answered, revert() and applyToDevice() clear the mark.
+class SettingsPageBase : public QWidget {
+    Q_OBJECT
+public:
+    // Asks a Yes/No question; true = Yes. Tests replace it so that no modal loop runs.
+    using Asker = std::function<bool(QWidget *parent, const QString &title, const QString &text)>;
+    // Shows an information or warning text.
+    using Notifier = std::function<void(QWidget *parent, const QString &title, const QString &text)>;
+
+    static const char *const UnsavedQuestion;
+    static const char *const UnsavedTitle;
+
+    SettingsPageBase(VantorConfiguration *configuration, const QString &title, QWidget *parent = nullptr);
+
+    VantorConfiguration *configuration() const { return m_configuration; }
+    // The entry of the page list that opens this page ("Навигация", ...).
+    QString title() const { return m_title; }
+
+    bool isModified() const { return m_modified; }
+    // "*" while modified, else empty: the window may append it to the page list entry.
+    QString modifiedMarker() const;
+
+    // Fills the widgets from the model; never counts as a user change.
+    virtual void loadFromSection() = 0;
+    // Takes the widgets' values into the model.
+    virtual void storeToSection() = 0;
+    // Stores, then enqueues the write of this page's section (the workflow starts the queue).
+    virtual void applyToDevice(DeviceWorkflows &workflows);
+
+    // The unsaved-change prompt, for leaving the page: without changes nothing is asked. Yes writes the
+    // section to the device (or only into the model when there is no device session), No drops the
+    // edits. Returns whether leaving may proceed.
+    bool confirmLeave(DeviceWorkflows *workflows);
+
+    void setAsker(Asker asker);
+    void setNotifier(Notifier notifier);
+    static Asker messageBoxAsker();
+    static Notifier messageBoxNotifier();
+
+public slots:
+    // Shows the model's values again, e.g. after the section was decoded from the device or a file was
+    // loaded. Not a user change.
+    void refresh();
+    // Drops the edits: shows the model's values again.
+    void revert() { refresh(); }
+
+signals:
+    void modifiedChanged(bool modified);
+
+protected:
+    // Enqueues the write of this page's section; the model already holds the widgets' values.
+    virtual void writeSection(DeviceWorkflows &workflows) = 0;
+
+    // The layout below the page header, for the page's own widgets.
+    QVBoxLayout *body() const { return m_body; }
+
+    // Refreshes the page whenever the section under `key` reports that the device filled it.
+    void followSection(const char *key);
+
+    // Widgets built with these helpers mark the page modified when the user edits them.
+    QSpinBox *spinBox(int min, int max, const QString &suffix = QString());
+    QCheckBox *checkBox(const QString &text);
+    QComboBox *comboBox(const QStringList &items);
+    QLineEdit *deviceTextEdit();
+    void watch(QSpinBox *w);
+    void watch(QCheckBox *w);
+    void watch(QComboBox *w);
+    void watch(QLineEdit *w);
+
+    bool ask(const QString &title, const QString &text);
+    void notify(const QString &title, const QString &text);
+
+    bool isLoading() const { return m_loading > 0; }
+    // Call from a slot of a widget edited by the user.
+    void markModified();
+    void setModified(bool modified);
+
+    // Runs f with the page in loading state (widget signals do not count as user changes).
+    template <class F>
+    void loading(F f) {
+        ++m_loading;
+        f();
+        --m_loading;
+    }
+
+private:
+    VantorConfiguration *m_configuration;
+    QString m_title;
+    QVBoxLayout *m_body;
+    QLabel *m_titleLabel;
+    QLabel *m_marker;
+    bool m_modified = false;
+    int m_loading = 0;
+    Asker m_asker;
+    Notifier m_notifier;
+};

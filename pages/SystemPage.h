@@ -1,0 +1,25 @@
+#pragma once
+
+#include "SettingsPageBase.h"
+
+class QCheckBox;
+class QSpinBox;
+
+// "Системные параметры": the system section.
+class SystemPage : public SettingsPageBase {
+    Q_OBJECT
+public:
+    explicit SystemPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
+
+    void loadFromSection() override;
+    void storeToSection() override;
+
+    QSpinBox *parkingMin;
+    QSpinBox *pwrMode;
+    QSpinBox *gsens;
+    QCheckBox *lowSpeed;
+    QCheckBox *outCtrl;
+
+protected:
+    void writeSection(DeviceWorkflows &workflows) override;
+};

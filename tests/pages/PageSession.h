@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Devices/VantorConfiguration.h"
+#include "SettingsPageBase.h"
+#include "protocol/Device.h"
+#include "protocol/DeviceWorkflows.h"
+#include "protocol/Frame.h"
+#include "protocol/UNPProtocol.h"
+
+#include <QStringList>
+
+// A device session without a link: whatever a page asks the workflows to write stays in the queue,
+// where the test reads it back frame by frame.
+struct PageSession {
+    VantorConfiguration configuration;
+    Device device{&configuration};
+    DeviceWorkflows workflows{&device};
+
+    // "type:payload-hex" for every queued frame, in queue order.
+    QStringList queued() const {
+        QStringList out;
+        for (const QByteArray &frame : device.protocol()->queue()) {
+            const QByteArray payload =
+                frame.mid(proto::Frame::PayloadOffset, frame.size() - proto::Frame::Overhead);
+            out << QString::number(quint8(frame.at(proto::Frame::TypeOffset))) + QLatin1Char(':') +
+                       QString::fromLatin1(payload.toHex());
+        }
+        return out;
+    }
+
+    void clearQueue() { device.protocol()->clearQueue(); }
+};
+
+// Answers the page's questions without a modal loop and remembers them.
+struct ScriptedAsker {
+    bool answer = true;
+    QStringList asked; // "title|text"
+
+    SettingsPageBase::Asker asker() {
+        return [this](QWidget *, const QString &title, const QString &text) {
+            asked << title + QLatin1Char('|') + text;
+            return answer;
+        };
+    }
+    SettingsPageBase::Notifier notifier() {
+        return [this](QWidget *, const QString &title, const QString &text) {
+            asked << title + QLatin1Char('|') + text;
+        };
+    }
+};
+
+inline QString hexFrame(int type, const char *hex) {
+    return QString::number(type) + QLatin1Char(':') + QString::fromLatin1(hex).remove(QLatin1Char(' '));
+}
