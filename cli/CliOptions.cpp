@@ -1,0 +1,279 @@
+#include "CliOptions.h"
+
+#include <QHash>
+#include <cmath>
+
+namespace {
+
+struct CommandInfo {
+    CliOptions::Command command;
+    int defaultDeadlineMs;
+};
+
+const QHash<QString, CommandInfo> &commands() {
+    // Deadlines cover the whole command including retries of unanswered requests; read and write carry a
+    // dozen requests each, the firmware transfer streams hundreds of pages.
+    static const QHash<QString, CommandInfo> table{
+        {QStringLiteral("ports"), {CliOptions::Command::Ports, 0}},
+        {QStringLiteral("info"), {CliOptions::Command::Info, 15000}},
+        {QStringLiteral("read"), {CliOptions::Command::Read, 60000}},
+        {QStringLiteral("write"), {CliOptions::Command::Write, 60000}},
+        {QStringLiteral("telemetry"), {CliOptions::Command::Telemetry, 20000}},
+        {QStringLiteral("reset"), {CliOptions::Command::Reset, 15000}},
+        {QStringLiteral("clear-memory"), {CliOptions::Command::ClearMemory, 15000}},
+        {QStringLiteral("set-password"), {CliOptions::Command::SetPassword, 15000}},
+        {QStringLiteral("decode"), {CliOptions::Command::Decode, 0}},
+        {QStringLiteral("fwinfo"), {CliOptions::Command::FwInfo, 0}},
+        {QStringLiteral("flash"), {CliOptions::Command::Flash, 600000}},
+        {QStringLiteral("help"), {CliOptions::Command::Help, 0}},
+    };
+    return table;
+}
+
+const QStringList &valueOptions() {
+    static const QStringList list{QStringLiteral("--port"),   QStringLiteral("--remote"),
+                                  QStringLiteral("--imei"),   QStringLiteral("--password"),
+                                  QStringLiteral("--log"),    QStringLiteral("--timeout"),
+                                  QStringLiteral("--output"), QStringLiteral("-o")};
+    return list;
+}
+
+bool parseUnsigned32(const QString &text, quint32 *value) {
+    bool ok = false;
+    const qulonglong v = text.toULongLong(&ok, 10);
+    if (!ok || v > 0xFFFFFFFFull || text.startsWith(QLatin1Char('+')))
+        return false;
+    *value = quint32(v);
+    return true;
+}
+
+QString quoted(const QString &text) {
+    return QStringLiteral("«%1»").arg(text);
+}
+
+} // namespace
+
+bool CliOptions::needsDevice() const {
+    switch (command) {
+    case Command::Info:
+    case Command::Read:
+    case Command::Write:
+    case Command::Telemetry:
+    case Command::Reset:
+    case Command::ClearMemory:
+    case Command::SetPassword:
+    case Command::Flash:
+        return true;
+    default:
+        return false;
+    }
+}
+
+int CliOptions::deadlineMs() const {
+    if (timeoutMs > 0)
+        return timeoutMs;
+    const auto it = commands().constFind(commandName);
+    return it == commands().constEnd() ? 0 : it->defaultDeadlineMs;
+}
+
+QString CliOptions::parse(const QStringList &argv) {
+    QStringList positional;
+    QString output;
+    bool outputGiven = false;
+    QStringList commandFlags; // command-specific options seen, checked against the command afterwards
+
+    for (int i = 0; i < argv.size(); ++i) {
+        QString arg = argv.at(i);
+        if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
+            command = Command::Help;
+            return {};
+        }
+        if (arg == QLatin1String("--version")) {
+            command = Command::Version;
+            return {};
+        }
+        if (arg == QLatin1String("--")) {
+            positional += argv.mid(i + 1);
+            break;
+        }
+        if (!arg.startsWith(QLatin1Char('-')) || arg.size() == 1) {
+            positional << arg;
+            continue;
+        }
+
+        QString value;
+        bool inlineValue = false;
+        const int eq = arg.indexOf(QLatin1Char('='));
+        if (arg.startsWith(QLatin1String("--")) && eq > 0) {
+            value = arg.mid(eq + 1);
+            arg = arg.left(eq);
+            inlineValue = true;
+        }
+
+        if (valueOptions().contains(arg)) {
+            if (!inlineValue) {
+                if (i + 1 >= argv.size())
+                    return QStringLiteral("у параметра %1 нет значения").arg(arg);
+                value = argv.at(++i);
+            }
+            if (arg == QLatin1String("--port")) {
+                port = value;
+            } else if (arg == QLatin1String("--remote")) {
+                const int colon = value.lastIndexOf(QLatin1Char(':'));
+                bool ok = false;
+                const uint p = colon > 0 ? value.mid(colon + 1).toUInt(&ok) : 0;
+                if (!ok || p == 0 || p > 65535)
+                    return QStringLiteral("адрес сервера %1 не в виде УЗЕЛ:ПОРТ").arg(quoted(value));
+                remoteHost = value.left(colon);
+                remotePort = quint16(p);
+            } else if (arg == QLatin1String("--imei")) {
+                imei = value;
+            } else if (arg == QLatin1String("--password")) {
+                if (!parseUnsigned32(value, &password))
+                    return QStringLiteral("пароль %1 не число от 0 до 4294967295").arg(quoted(value));
+                hasPassword = true;
+            } else if (arg == QLatin1String("--log")) {
+                logFile = value;
+            } else if (arg == QLatin1String("--timeout")) {
+                bool ok = false;
+                const double seconds = value.toDouble(&ok);
+                if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > 86400)
+                    return QStringLiteral("время ожидания %1 не число секунд больше нуля").arg(quoted(value));
+                timeoutMs = qMax(1, int(std::lround(seconds * 1000)));
+            } else {
+                output = value;
+                outputGiven = true;
+                commandFlags << QStringLiteral("-o");
+            }
+            continue;
+        }
+        if (inlineValue)
+            return QStringLiteral("параметр %1 не принимает значения").arg(arg);
+        if (arg == QLatin1String("--json"))
+            json = true;
+        else if (arg == QLatin1String("--raw"))
+            raw = true;
+        else if (arg == QLatin1String("--once"))
+            once = true;
+        else if (arg == QLatin1String("--watch"))
+            watch = true;
+        else
+            return QStringLiteral("неизвестный параметр %1").arg(quoted(arg));
+        commandFlags << arg;
+    }
+
+    if (positional.isEmpty())
+        return QStringLiteral("не указана команда");
+    commandName = positional.takeFirst();
+    const auto it = commands().constFind(commandName);
+    if (it == commands().constEnd())
+        return QStringLiteral("неизвестная команда %1").arg(quoted(commandName));
+    command = it->command;
+    arguments = positional;
+
+    QStringList allowedFlags;
+    switch (command) {
+    case Command::Info:
+        allowedFlags << QStringLiteral("--json");
+        break;
+    case Command::Read:
+        allowedFlags << QStringLiteral("-o");
+        break;
+    case Command::Telemetry:
+        allowedFlags << QStringLiteral("--once") << QStringLiteral("--watch") << QStringLiteral("--raw");
+        break;
+    default:
+        break;
+    }
+    for (const QString &flag : qAsConst(commandFlags)) {
+        if (!allowedFlags.contains(flag))
+            return QStringLiteral("параметр %1 не относится к команде %2").arg(flag, commandName);
+    }
+
+    if (!port.isEmpty() && isRemote())
+        return QStringLiteral("укажите либо --port, либо --remote");
+    if (isRemote() && imei.isEmpty())
+        return QStringLiteral("для --remote нужен --imei");
+    if (!imei.isEmpty() && !isRemote())
+        return QStringLiteral("--imei используется только вместе с --remote");
+
+    auto expectArguments = [this](int count, const QString &what) -> QString {
+        if (arguments.size() < count)
+            return QStringLiteral("команде %1 нужен %2").arg(commandName, what);
+        if (arguments.size() > count)
+            return QStringLiteral("лишний аргумент %1 у команды %2")
+                .arg(quoted(arguments.at(count)), commandName);
+        return {};
+    };
+
+    QString error;
+    switch (command) {
+    case Command::Read:
+        if (!outputGiven || output.isEmpty())
+            return QStringLiteral("команде read нужен файл: read -o ФАЙЛ.json");
+        file = output;
+        error = expectArguments(0, QString());
+        break;
+    case Command::Write:
+    case Command::FwInfo:
+    case Command::Flash:
+        error = expectArguments(1, QStringLiteral("файл"));
+        if (error.isEmpty())
+            file = arguments.constFirst();
+        break;
+    case Command::SetPassword:
+        error = expectArguments(1, QStringLiteral("новый пароль"));
+        if (error.isEmpty() && !parseUnsigned32(arguments.constFirst(), &newPassword))
+            error =
+                QStringLiteral("пароль %1 не число от 0 до 4294967295").arg(quoted(arguments.constFirst()));
+        break;
+    case Command::Decode:
+        if (arguments.isEmpty())
+            return QStringLiteral("команде decode нужен кадр в шестнадцатеричном виде");
+        decodeHex = arguments.join(QLatin1Char(' '));
+        break;
+    case Command::Telemetry:
+        if (once == watch)
+            return QStringLiteral("команде telemetry нужен ровно один из параметров --once и --watch");
+        error = expectArguments(0, QString());
+        break;
+    default:
+        error = expectArguments(0, QString());
+        break;
+    }
+    return error;
+}
+
+QString CliOptions::usageHint() {
+    return QStringLiteral("Справка: tavrel-cli --help");
+}
+
+QString CliOptions::usage() {
+    return QStringLiteral(
+        "Использование: tavrel-cli [СВЯЗЬ] [--password N] [--log ФАЙЛ] [--timeout С] КОМАНДА [АРГУМЕНТЫ]\n"
+        "\n"
+        "Связь (без неё берётся единственный подключенный по USB прибор):\n"
+        "  --port ПУТЬ              последовательный порт прибора\n"
+        "  --remote УЗЕЛ:ПОРТ --imei IMEI\n"
+        "                           прибор за сервером конфигурирования\n"
+        "  --password N             пароль, если прибор запросит авторизацию\n"
+        "  --log ФАЙЛ               журнал обмена с прибором\n"
+        "  --timeout С              предельное время команды в секундах\n"
+        "\n"
+        "Команды:\n"
+        "  ports                    подключенные по USB приборы, по одному в строке\n"
+        "  info [--json]            сведения о приборе\n"
+        "  read -o ФАЙЛ.json        считать всю конфигурацию в файл\n"
+        "  write ФАЙЛ.json          записать конфигурацию из файла в прибор\n"
+        "  telemetry --once [--raw] состояние прибора (--raw: записи телеметрии в hex)\n"
+        "  telemetry --watch [--raw]\n"
+        "                           состояние прибора раз в секунду до Ctrl+C\n"
+        "  reset                    сбросить настройки на заводские\n"
+        "  clear-memory             очистить память\n"
+        "  set-password N           сменить пароль прибора\n"
+        "  decode HEX...            разобрать кадр из журнала обмена (без прибора)\n"
+        "  fwinfo ФАЙЛ.bsk          сведения о файле прошивки\n"
+        "  flash ФАЙЛ.bsk           обновить прошивку прибора\n"
+        "\n"
+        "Код завершения: 0 - выполнено, 1 - ошибка прибора или связи, 2 - неверный вызов.\n");
+}

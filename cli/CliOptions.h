@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// What the user asked for on the command line. Parsing never touches a device, so usage errors are found
+// before any link is opened and always end with exit status 2.
+struct CliOptions {
+    enum class Command {
+        None,
+        Ports,
+        Info,
+        Read,
+        Write,
+        Telemetry,
+        Reset,
+        ClearMemory,
+        SetPassword,
+        Decode,
+        FwInfo,
+        Flash,
+        Help,
+        Version
+    };
+
+    Command command = Command::None;
+    QString commandName;
+    QStringList arguments; // positional arguments after the command name
+
+    QString port;
+    QString remoteHost;
+    quint16 remotePort = 0;
+    QString imei;
+    bool hasPassword = false;
+    quint32 password = 0;
+    quint32 newPassword = 0;
+    QString logFile;
+    int timeoutMs = 0; // 0 = the command's own default
+    QString file;      // read -o FILE, write FILE, fwinfo/flash FILE
+    QString decodeHex; // decode: the hex digits of the frame
+
+    bool json = false;
+    bool raw = false;
+    bool once = false;
+    bool watch = false;
+
+    bool isRemote() const { return !remoteHost.isEmpty(); }
+    bool needsDevice() const;
+    // The deadline of the whole command in milliseconds, --timeout when given, else the command's default.
+    int deadlineMs() const;
+
+    // Returns an empty string on success, else one line that explains the usage error.
+    QString parse(const QStringList &argv);
+
+    static QString usage();
+    static QString usageHint();
+};

@@ -1,0 +1,292 @@
+#include "FrameText.h"
+
+#include "TelemetryReport.h"
+
+#include "Devices/AgcConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/FuelConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/LogicConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
+#include "Devices/ServerConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+#include "protocol/Frame.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+namespace {
+
+QString hex2(int value) {
+    return QStringLiteral("0x%1").arg(value, 2, 16, QLatin1Char('0'));
+}
+
+QString hex4(int value) {
+    return QStringLiteral("0x%1").arg(value, 4, 16, QLatin1Char('0'));
+}
+
+QString typeName(quint8 type) {
+    switch (type) {
+    case proto::ConfigPacketType:
+        return QStringLiteral("конфигурация");
+    case proto::CommandPacketType:
+        return QStringLiteral("команда");
+    case proto::ServerLoginPacketType:
+        return QStringLiteral("вход на сервер");
+    default:
+        return QStringLiteral("неизвестный");
+    }
+}
+
+QString sectionName(quint8 code) {
+    switch (code & 0x7F) {
+    case proto::code::DeviceInfo:
+        return QStringLiteral("сведения о приборе");
+    case proto::code::PasswordChange:
+        return QStringLiteral("смена пароля");
+    case proto::code::Navigation:
+        return QStringLiteral("навигация");
+    case proto::code::Gsm:
+        return QStringLiteral("GSM");
+    case proto::code::Fuel:
+        return QStringLiteral("датчики топлива");
+    case proto::code::Code9:
+        return QStringLiteral("код 9");
+    case proto::code::Analog:
+        return QStringLiteral("аналоговые входы");
+    case proto::code::Logic:
+        return QStringLiteral("логические входы");
+    case proto::code::Outputs:
+        return QStringLiteral("выходы");
+    case proto::code::Server:
+        return QStringLiteral("серверы");
+    case proto::code::System:
+        return QStringLiteral("системные параметры");
+    default:
+        return {};
+    }
+}
+
+QString commandName(quint8 code, quint8 operation) {
+    const quint8 op = operation & 0x7F;
+    if (code == proto::code::Telemetry)
+        return QStringLiteral("телеметрия");
+    if (code == proto::code::OutputControl)
+        return QStringLiteral("управление выходами");
+    if (code == proto::code::Mode) {
+        switch (op) {
+        case proto::op::Login:
+            return QStringLiteral("ввод пароля");
+        case proto::op::FirmwareUpdate:
+            return QStringLiteral("режим обновления прошивки");
+        case proto::op::ResetOrClear:
+            return QStringLiteral("сброс настроек / очистка памяти");
+        default:
+            break;
+        }
+    }
+    return {};
+}
+
+QString compact(const QJsonValue &value) {
+    if (value.isObject())
+        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
+    if (value.isArray())
+        return QString::fromUtf8(QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact));
+    return value.toVariant().toString();
+}
+
+// The configuration-file keys that show a section's values.
+QStringList fileKeys(quint8 code) {
+    switch (code & 0x7F) {
+    case proto::code::DeviceInfo:
+        return {QStringLiteral("name"),
+                QStringLiteral("softver"),
+                QStringLiteral("hardver.devmod"),
+                QStringLiteral("hardver.devgroup"),
+                QStringLiteral("hardver.devtype"),
+                QStringLiteral("hardver.serial"),
+                QStringLiteral("IMEI")};
+    case proto::code::Navigation:
+        return {QStringLiteral("navigation")};
+    case proto::code::Gsm:
+        return {QStringLiteral("gsm")};
+    case proto::code::Fuel:
+        return {QStringLiteral("fuel_sensors"), QStringLiteral("fuel_tanks")};
+    case proto::code::Analog:
+        return {QStringLiteral("adcs")};
+    case proto::code::Logic:
+        return {QStringLiteral("dinputs")};
+    case proto::code::Outputs:
+        return {QStringLiteral("out_parameters")};
+    case proto::code::Server:
+        return {QStringLiteral("Server")};
+    case proto::code::System:
+        return {QStringLiteral("SystemParameters")};
+    default:
+        return {};
+    }
+}
+
+// A write request stored the way the device stores it.
+bool decodeWriteRequest(VantorConfiguration &cfg, quint8 code, const QByteArray &payload) {
+    switch (code) {
+    case proto::code::Navigation:
+        return cfg.navigation() && cfg.navigation()->decodeWrite(payload);
+    case proto::code::Gsm:
+        return cfg.gsm() && cfg.gsm()->decodeWrite(payload);
+    case proto::code::Fuel:
+        return cfg.fuel() && cfg.fuel()->decodeWrite(payload);
+    case proto::code::Analog:
+        return cfg.agc() && cfg.agc()->decodeWrite(payload);
+    case proto::code::Logic:
+        return cfg.logic() && cfg.logic()->decodeWrite(payload);
+    case proto::code::Server:
+        return cfg.servers() && cfg.servers()->decodeWrite(payload);
+    case proto::code::System:
+        return cfg.system() && cfg.system()->decodeWrite(payload);
+    default:
+        return false;
+    }
+}
+
+QStringList sectionValues(quint8 type, const QByteArray &payload) {
+    QStringList lines;
+    if (payload.size() < proto::Frame::HeadSize)
+        return lines;
+    const quint8 code = quint8(payload.at(proto::Frame::CodeOffset));
+    const quint8 operation = quint8(payload.at(proto::Frame::OperationOffset));
+    if (operation & 0x80)
+        return lines;
+
+    VantorConfiguration cfg;
+    if (type == proto::CommandPacketType && code == proto::code::Telemetry) {
+        UNPParcer parser(&cfg);
+        parser.parse(type, payload);
+        if (cfg.controlInfo()) {
+            lines << TelemetryReport::rawLines(*cfg.controlInfo());
+            lines << TelemetryReport::lines(*cfg.controlInfo());
+        }
+        return lines;
+    }
+    if (type != proto::ConfigPacketType)
+        return lines;
+    bool decoded = false;
+    if (code & 0x80) {
+        if (payload.size() == proto::Frame::HeadSize)
+            return lines; // a read request, nothing to show
+        UNPParcer parser(&cfg);
+        bool seen = false;
+        QObject::connect(&parser, &UNPParcer::ConfigPackageDetected, [&seen](int) { seen = true; });
+        parser.parse(type, payload);
+        decoded = seen;
+    } else {
+        decoded = decodeWriteRequest(cfg, code, payload);
+    }
+    if (!decoded)
+        return lines;
+    QJsonObject root;
+    cfg.write(root);
+    for (const QString &key : fileKeys(code)) {
+        if (root.contains(key))
+            lines << QStringLiteral("%1: %2").arg(key, compact(root.value(key)));
+    }
+    return lines;
+}
+
+} // namespace
+
+bool FrameText::extractHex(const QString &text, QByteArray *bytes) {
+    QString hex = text;
+    const QString answer = QStringLiteral("From device: ");
+    const QString command = QStringLiteral("Command ");
+    int at = hex.indexOf(answer);
+    if (at >= 0) {
+        hex = hex.mid(at + answer.size());
+        const int colon = hex.indexOf(QLatin1Char(':'));
+        if (colon >= 0)
+            hex.truncate(colon); // ": <size>" closes an answer line
+    } else if ((at = hex.indexOf(command)) >= 0) {
+        hex = hex.mid(at + command.size());
+    }
+    hex.remove(QRegularExpression(QStringLiteral("0[xX](?=[0-9a-fA-F]{2})")));
+    hex.remove(QRegularExpression(QStringLiteral("[\\s:,]")));
+    static const QRegularExpression onlyHex(QStringLiteral("^([0-9a-fA-F]{2})+$"));
+    if (!onlyHex.match(hex).hasMatch())
+        return false;
+    *bytes = QByteArray::fromHex(hex.toLatin1());
+    return true;
+}
+
+QStringList FrameText::explain(const QByteArray &frame) {
+    QStringList lines;
+    lines << QStringLiteral("кадр: %1 байт").arg(frame.size());
+    if (proto::Frame::isFirmwareChunk(frame)) {
+        lines << QStringLiteral("пакет загрузчика прошивки");
+        return lines;
+    }
+    const proto::Frame::Explanation e = proto::Frame::explain(frame);
+    if (frame.size() < proto::Frame::PayloadOffset) {
+        lines << QStringLiteral("слишком короткий для кадра");
+        return lines;
+    }
+    lines << QStringLiteral("маркеры: %1")
+                 .arg(e.markersOk ? QStringLiteral("верны") : QStringLiteral("неверны"));
+    lines << QStringLiteral("тип пакета: %1 (%2)").arg(e.type).arg(typeName(e.type));
+    lines << QStringLiteral("длина данных: %1").arg(e.length);
+    if (!e.complete) {
+        lines << QStringLiteral("кадр неполный: %1 из %2 байт")
+                     .arg(frame.size())
+                     .arg(e.length + proto::Frame::Overhead);
+        return lines;
+    }
+    lines << (e.checksumOk ? QStringLiteral("контрольная сумма: %1 верна").arg(hex4(e.checksum))
+                           : QStringLiteral("контрольная сумма: %1 неверна, ожидалась %2")
+                                 .arg(hex4(e.checksum), hex4(e.expectedChecksum)));
+    const QByteArray payload = frame.mid(proto::Frame::PayloadOffset, e.length);
+    if (e.type == proto::ServerLoginPacketType) {
+        lines << QStringLiteral("IMEI: %1").arg(QString::fromLatin1(payload.left(payload.indexOf('\0'))));
+    } else if (e.code >= 0) {
+        QString name = e.type == proto::CommandPacketType
+                           ? commandName(quint8(e.code), quint8(qMax(0, e.operation)))
+                           : sectionName(quint8(e.code));
+        QString direction;
+        if (e.type == proto::ConfigPacketType)
+            direction = (e.code & 0x80) ? QStringLiteral("чтение / ответ") : QStringLiteral("запись");
+        QStringList notes;
+        if (!name.isEmpty())
+            notes << name;
+        if (!direction.isEmpty())
+            notes << direction;
+        lines << QStringLiteral("код: %1%2")
+                     .arg(hex2(e.code))
+                     .arg(notes.isEmpty() ? QString()
+                                          : QStringLiteral(" (%1)").arg(notes.join(QStringLiteral(", "))));
+        if (e.operation >= 0)
+            lines << QStringLiteral("операция: %1%2")
+                         .arg(hex2(e.operation))
+                         .arg((e.operation & 0x80) ? QStringLiteral(" (ответ о выполнении)") : QString());
+        if (e.parameter >= 0)
+            lines << QStringLiteral("параметр: %1").arg(e.parameter);
+        if (e.operation >= 0 && (e.operation & 0x80) && e.body.size() >= 2) {
+            const quint16 status = quint16(quint8(e.body.at(0)) | (quint8(e.body.at(1)) << 8));
+            QString text = UNPParcer::statusText(status);
+            while (text.startsWith(QLatin1Char('.')))
+                text.remove(0, 1);
+            if (status == UNPParcer::PowerCycleNeeded)
+                text = QStringLiteral("нужно отключить питание прибора");
+            lines << QStringLiteral("статус: %1 (%2)").arg(status).arg(text);
+        }
+    }
+    if (!e.body.isEmpty() && e.type != proto::ServerLoginPacketType)
+        lines << QStringLiteral("данные: %1").arg(QString::fromLatin1(e.body.toHex(' ')));
+    lines << sectionValues(e.type, payload);
+    if (!e.surplus.isEmpty())
+        lines << QStringLiteral("лишние байты за кадром: %1").arg(e.surplus.size());
+    return lines;
+}

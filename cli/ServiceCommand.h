@@ -1,0 +1,22 @@
+#pragma once
+
+#include "DeviceCommand.h"
+
+// One-request commands: `reset` (factory settings), `clear-memory` and `set-password N`, each settled
+// by the device's status answer.
+class ServiceCommand : public DeviceCommand {
+    Q_OBJECT
+public:
+    enum class Action { Reset, ClearMemory, SetPassword };
+
+    ServiceCommand(Device *device, const Options &options, Action action, quint32 newPassword,
+                   QTextStream &out, QTextStream &err, QObject *parent = nullptr);
+
+protected:
+    void buildRequests() override;
+    void complete() override;
+
+private:
+    Action m_action;
+    quint32 m_newPassword;
+};

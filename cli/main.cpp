@@ -1,0 +1,149 @@
+#include "CliOptions.h"
+#include "CliSession.h"
+#include "FrameText.h"
+#include "TrafficLogFile.h"
+
+#include "protocol/SerialConnection.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QTextCodec>
+#include <QTextStream>
+
+#if __has_include("FirmwareCommands.h")
+#include "FirmwareCommands.h"
+#define TAVREL_CLI_HAS_FWINFO 1
+#endif
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+constexpr int ExitOk = 0;
+constexpr int ExitFailure = 1;
+constexpr int ExitUsage = 2;
+
+#ifdef Q_OS_UNIX
+int signalPipe[2] = {-1, -1};
+
+void onSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
+}
+#endif
+
+int listPorts(QTextStream &out) {
+    SerialConnection serial;
+    serial.findDevices();
+    for (const SerialPortRecord &r : serial.devices()) {
+        out << QStringList{r.portName, r.description, r.manufacturer, r.vendorIdentifier, r.productIdentifier}
+                   .join(QLatin1Char('\t'))
+            << '\n';
+    }
+    return ExitOk;
+}
+
+int decode(const CliOptions &options, QTextStream &out, QTextStream &err) {
+    QByteArray frame;
+    if (!FrameText::extractHex(options.decodeHex, &frame)) {
+        err << QStringLiteral("tavrel-cli: не удалось прочитать кадр: нужны пары шестнадцатеричных цифр")
+            << '\n'
+            << CliOptions::usageHint() << '\n';
+        return ExitUsage;
+    }
+    out << FrameText::explain(frame).join(QLatin1Char('\n')) << '\n';
+    return ExitOk;
+}
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavrel-cli"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
+
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    out.setCodec(QTextCodec::codecForName("UTF-8"));
+    err.setCodec(QTextCodec::codecForName("UTF-8"));
+
+    CliOptions options;
+    const QString usageError = options.parse(QCoreApplication::arguments().mid(1));
+    if (!usageError.isEmpty()) {
+        err << QStringLiteral("tavrel-cli: ") << usageError << '\n' << CliOptions::usageHint() << '\n';
+        return ExitUsage;
+    }
+
+    QString logError;
+    if (!TrafficLogFile::install(options.logFile, &logError)) {
+        err << QStringLiteral("tavrel-cli: не удалось открыть журнал %1: %2").arg(options.logFile, logError)
+            << '\n';
+        return ExitFailure;
+    }
+
+    int status = ExitOk;
+    switch (options.command) {
+    case CliOptions::Command::Help:
+        out << CliOptions::usage();
+        break;
+    case CliOptions::Command::Version:
+        out << QStringLiteral("tavrel-cli %1").arg(QCoreApplication::applicationVersion()) << '\n';
+        break;
+    case CliOptions::Command::Ports:
+        status = listPorts(out);
+        break;
+    case CliOptions::Command::Decode:
+        status = decode(options, out, err);
+        break;
+    case CliOptions::Command::FwInfo:
+#ifdef TAVREL_CLI_HAS_FWINFO
+        status = fwInfoCommand(options.file, out, err);
+#else
+        err << QStringLiteral("tavrel-cli: сведения о прошивке в этой сборке недоступны") << '\n';
+        status = ExitFailure;
+#endif
+        break;
+    default: {
+        CliSession session(options, out, err);
+        QObject::connect(&session, &CliSession::finished, &app, &QCoreApplication::exit,
+                         Qt::QueuedConnection);
+#ifdef Q_OS_UNIX
+        QSocketNotifier *notifier = nullptr;
+        if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
+            notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
+            QObject::connect(notifier, &QSocketNotifier::activated, &session, [&session] {
+                char byte = 0;
+                [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
+                session.interrupt();
+            });
+            struct sigaction action = {};
+            action.sa_handler = onSignal;
+            sigemptyset(&action.sa_mask);
+            action.sa_flags = SA_RESTART;
+            ::sigaction(SIGINT, &action, nullptr);
+            ::sigaction(SIGTERM, &action, nullptr);
+        }
+#endif
+        session.start();
+        status = app.exec();
+#ifdef Q_OS_UNIX
+        ::signal(SIGINT, SIG_DFL);
+        ::signal(SIGTERM, SIG_DFL);
+        delete notifier;
+        if (signalPipe[0] >= 0) {
+            ::close(signalPipe[0]);
+            ::close(signalPipe[1]);
+        }
+#endif
+        break;
+    }
+    }
+    out.flush();
+    err.flush();
+    TrafficLogFile::uninstall();
+    return status;
+}
