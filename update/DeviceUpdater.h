@@ -1,13 +1,13 @@
 #pragma once
 
+#include "FirmwareImage.h"
 #include "UpdateChannel.h"
+#include "protocol/Connection.h"
 
 #include <QByteArray>
 #include <QObject>
 #include <QPointer>
 
-class Connection;
-class FirmwareImage;
 class QTimer;
 
 // Serves a device whose boot loader is reloading its firmware. Every chunk received from the link is

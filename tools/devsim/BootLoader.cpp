@@ -20,7 +20,7 @@ void BootLoader::start() {
     m_buffer.clear();
     m_pages = QVector<QByteArray>(StreamEnd);
     m_finishPending = false;
-    m_rerequested = true;
+    m_rerequested = false;
     m_progress = false;
     m_retryTimer->start(qMax(1, m_options.retryMs));
     sendMessage(PageRequested, 0);

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "protocol/Connection.h"
+
+#include <QList>
+
+// A link that keeps what is written to it and can deliver each write to a listener on a later turn of the
+// event loop, like a real link would.
+class FakeLink : public Connection {
+    Q_OBJECT
+public:
+    using Connection::Connection;
+
+    bool open() override {
+        m_open = true;
+        return true;
+    }
+    void close() override { m_open = false; }
+    bool isOpen() const override { return m_open; }
+    int state() const override { return m_open ? Connected : Closed; }
+    qint64 write(const QByteArray &bytes) override {
+        written.append(bytes);
+        emit wrote(bytes);
+        return bytes.size();
+    }
+    QByteArray readAll() override { return QByteArray(); }
+
+    QList<QByteArray> written;
+
+signals:
+    void wrote(const QByteArray &bytes);
+
+private:
+    bool m_open = true;
+};

@@ -1,0 +1,86 @@
+#include "update/UpdateCrc.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+// The boot loader's arithmetic, bit by bit: message bits shift into the register, nothing is appended.
+static quint16 bitwiseReference(const QByteArray &data) {
+    quint16 reg = 0;
+    for (char c : data) {
+        for (int bit = 7; bit >= 0; --bit) {
+            const bool top = reg & 0x8000;
+            reg = quint16((reg << 1) | ((quint8(c) >> bit) & 1));
+            if (top)
+                reg ^= 0x1021;
+        }
+    }
+    return reg;
+}
+
+class tst_UpdateCrc : public QObject {
+    Q_OBJECT
+private slots:
+    void knownVectors_data() {
+        QTest::addColumn<QByteArray>("data");
+        QTest::addColumn<quint16>("crc");
+        QTest::newRow("empty range gives the start value") << QByteArray() << quint16(0);
+        QTest::newRow("single zero byte") << QByteArray(1, '\0') << quint16(0);
+        QTest::newRow("0x01 shifts in unchanged") << QByteArray::fromHex("01") << quint16(0x0001);
+        QTest::newRow("0x0100 two bytes") << QByteArray::fromHex("0100") << quint16(0x0100);
+        // 0x010000: the 1 leaves bit 15 on the 17th shift and the generator is folded in once.
+        QTest::newRow("bit leaves the register") << QByteArray::fromHex("010000") << quint16(0x1021);
+        // Not the XMODEM value 0x31C3 of "123456789": no sixteen zero bits are appended.
+        QTest::newRow("123456789 differs from XMODEM")
+            << QByteArray("123456789") << bitwiseReference("123456789");
+    }
+    void knownVectors() {
+        QFETCH(QByteArray, data);
+        QFETCH(quint16, crc);
+        QCOMPARE(UpdateCrc::compute(data.constData(), data.size()), crc);
+        QCOMPARE(bitwiseReference(data), crc);
+    }
+
+    void notXmodem() {
+        QVERIFY(UpdateCrc::compute("123456789", 9) != 0x31C3);
+        // Appending two zero bytes to the non-augmented form gives the common XMODEM result.
+        QCOMPARE(UpdateCrc::compute(QByteArray("123456789").append(2, '\0').constData(), 11),
+                 quint16(0x31C3));
+    }
+
+    void tableMatchesBitwiseOnRandomData_data() {
+        QTest::addColumn<int>("size");
+        for (int size : {1, 2, 3, 9, 16, 523, 4096})
+            QTest::newRow(qPrintable(QStringLiteral("%1 bytes").arg(size))) << size;
+    }
+    void tableMatchesBitwiseOnRandomData() {
+        QFETCH(int, size);
+        QRandomGenerator rng(quint32(size) * 2654435761u);
+        for (int round = 0; round < 50; ++round) {
+            QByteArray data(size, '\0');
+            for (char &c : data)
+                c = char(rng.bounded(256));
+            QCOMPARE(UpdateCrc::compute(data.constData(), data.size()), bitwiseReference(data));
+        }
+    }
+
+    void rangeOverload_data() {
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QByteArray>("covered");
+        const QByteArray bytes = QByteArray::fromHex("55020312090011030094");
+        QTest::newRow("message bytes 1..9") << 1 << 9 << bytes.mid(1, 9);
+        QTest::newRow("range cut at the end") << 5 << 100 << bytes.mid(5);
+        QTest::newRow("empty count") << 3 << 0 << QByteArray();
+        QTest::newRow("start past the end") << 20 << 4 << QByteArray();
+    }
+    void rangeOverload() {
+        QFETCH(int, from);
+        QFETCH(int, count);
+        QFETCH(QByteArray, covered);
+        const QByteArray bytes = QByteArray::fromHex("55020312090011030094");
+        QCOMPARE(UpdateCrc::compute(bytes, from, count), bitwiseReference(covered));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_UpdateCrc)
+#include "tst_updatecrc.moc"
