@@ -23,7 +23,16 @@ public:
         emit wrote(bytes);
         return bytes.size();
     }
-    QByteArray readAll() override { return QByteArray(); }
+    QByteArray readAll() override {
+        const QByteArray bytes = m_inbox;
+        m_inbox.clear();
+        return bytes;
+    }
+    // Bytes from the device side: the session reads them on readyRead().
+    void deliver(const QByteArray &bytes) {
+        m_inbox += bytes;
+        emit readyRead();
+    }
 
     QList<QByteArray> written;
 
@@ -31,5 +40,6 @@ signals:
     void wrote(const QByteArray &bytes);
 
 private:
+    QByteArray m_inbox;
     bool m_open = true;
 };

@@ -1,0 +1,135 @@
+#include "BootLoader.h"
+#include "BskBuilder.h"
+#include "FakeLink.h"
+#include "FirmwareCommands.h"
+#include "protocol/Device.h"
+#include "update/DeviceUpdater.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QtTest>
+
+class tst_FirmwareCommands : public QObject {
+    Q_OBJECT
+private slots:
+    void init() {
+        m_dir.reset(new QTemporaryDir);
+        QVERIFY(m_dir->isValid());
+    }
+
+    void fwInfo_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err");
+        BskBuilder b;
+        b.pages = 3;
+        b.builds = {17, 18};
+        b.hardware = {0x1203, 0x1300};
+        QTest::newRow("image") << b.build() << 0
+                               << "pages 3\nbuild 3.9.17\nbuild 3.9.18\nhardware 1.2.0.3\nhardware 1.3.0.0\n"
+                               << QString();
+        BskBuilder bare;
+        bare.pages = 0;
+        bare.builds.clear();
+        bare.hardware.clear();
+        QTest::newRow("no pages, no lists") << bare.build() << 0 << "pages 0\n" << QString();
+        const QString reason = QStringLiteral("Не удалось загрузить прошивку '%1'\nПричина: ");
+        QTest::newRow("short file") << b.build().left(25) << 13 << QString()
+                                    << reason + "Файл не является прошивкой\n";
+        BskBuilder magic;
+        magic.magic = "BOOT2FILX";
+        QTest::newRow("other magic") << magic.build() << 14 << QString()
+                                     << reason + "Файл не является прошивкой BOOT2FILE\n";
+    }
+    void fwInfo() {
+        QFETCH(QByteArray, file);
+        QFETCH(int, exitCode);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        const QString name = m_dir->filePath(QStringLiteral("f.bsk"));
+        QVERIFY(BskBuilder::write(name, file));
+        QString outText;
+        QString errText;
+        QTextStream outStream(&outText);
+        QTextStream errStream(&errText);
+        QCOMPARE(fwInfoCommand(name, outStream, errStream), exitCode);
+        QCOMPARE(outText, out);
+        QCOMPARE(errText, err.contains("%1") ? err.arg(name) : err);
+    }
+
+    void fwInfoMissingFile() {
+        QString text;
+        QTextStream stream(&text);
+        QCOMPARE(fwInfoCommand(m_dir->filePath(QStringLiteral("none.bsk")), stream, stream), 12);
+        QVERIFY(text.endsWith("Причина: Не удалось открыть файл\n"));
+    }
+
+    void flash_data() {
+        QTest::addColumn<bool>("loaderAnswers");
+        QTest::addColumn<int>("deviceBuild");
+        QTest::addColumn<bool>("goodFile");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("whole image confirmed") << true << 17 << true << 0;
+        QTest::newRow("device never asks") << false << 17 << true << 1;
+        QTest::newRow("image not for this device") << true << 99 << true << 1;
+        QTest::newRow("bad file") << true << 17 << false << 13;
+    }
+    void flash() {
+        QFETCH(bool, loaderAnswers);
+        QFETCH(int, deviceBuild);
+        QFETCH(bool, goodFile);
+        QFETCH(int, exitCode);
+        BskBuilder b;
+        b.pages = 40;
+        const QString name = m_dir->filePath(QStringLiteral("f.bsk"));
+        QVERIFY(BskBuilder::write(name, goodFile ? b.build() : b.build().left(100)));
+
+        Device device;
+        device.setResponseInterval(60000);
+        auto *link = new FakeLink;
+        device.setLink(link);
+        BootLoader::Options options;
+        options.fwBuild = quint8(deviceBuild);
+        options.retryMs = 50;
+        BootLoader loader(options);
+        int unpFrames = 0;
+        connect(link, &FakeLink::wrote, &loader, [&](const QByteArray &bytes) {
+            if (bytes.startsWith("\xA5\xA5")) {
+                ++unpFrames;
+                if (loaderAnswers)
+                    QTimer::singleShot(0, &loader, &BootLoader::start);
+                return;
+            }
+            QTimer::singleShot(0, &loader, [&loader, bytes] { loader.receive(bytes); });
+        });
+        connect(&loader, &BootLoader::send, link, [link](const QByteArray &bytes) {
+            QTimer::singleShot(0, link, [link, bytes] { link->deliver(bytes); });
+        });
+
+        QString errText;
+        QTextStream err(&errText);
+        FlashCommand command(&device, name, 600, err);
+        command.setQuietTimeoutMs(200);
+        command.setPageInterval(0);
+        command.setProgressBar(false);
+        QSignalSpy finished(&command, &FlashCommand::finished);
+        command.start();
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
+        QCOMPARE(finished.at(0).at(0).toInt(), exitCode);
+        QCOMPARE(unpFrames, goodFile ? 1 : 0);
+        if (exitCode == 0) {
+            QVERIFY(!loader.active());
+            QCOMPARE(loader.receivedPage(39), BskBuilder::pageData(39));
+            QVERIFY(errText.endsWith("Обновление завершено.\n"));
+        }
+        QVERIFY(!errText.isEmpty());
+    }
+
+private:
+    QScopedPointer<QTemporaryDir> m_dir;
+};
+
+QTEST_GUILESS_MAIN(tst_FirmwareCommands)
+#include "tst_firmwarecommands.moc"

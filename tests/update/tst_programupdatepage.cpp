@@ -1,0 +1,121 @@
+#include "BskBuilder.h"
+#include "pages/ProgramUpdatePage.h"
+#include "update/DeviceUpdater.h"
+#include "update/FirmwareImage.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class tst_ProgramUpdatePage : public QObject {
+    Q_OBJECT
+private slots:
+    void init() {
+        m_dir.reset(new QTemporaryDir);
+        QVERIFY(m_dir->isValid());
+        m_good = m_dir->filePath(QStringLiteral("good.bsk"));
+        m_bad = m_dir->filePath(QStringLiteral("bad.bsk"));
+        BskBuilder b;
+        b.builds = {17, 18};
+        QVERIFY(BskBuilder::write(m_good, b.build()));
+        QVERIFY(BskBuilder::write(m_bad, b.build().left(25)));
+    }
+
+    void loadShowsVersionsAndEnablesStart() {
+        ProgramUpdatePage page;
+        page.setMessageBoxesEnabled(false);
+        QVERIFY(!page.startEnabled());
+        QCOMPARE(page.loadFile(m_good), 0);
+        QCOMPARE(page.versionLines(), (QStringList{"3.9.17", "3.9.18", "1.2.0.3"}));
+        QCOMPARE(page.fileName(), m_good);
+        QCOMPARE(page.progressLines(), QStringList{"Файл обновления загружен, ожидание старта обновления."});
+        QVERIFY(page.startEnabled());
+    }
+
+    void failedLoad_data() {
+        QTest::addColumn<bool>("loadGoodFirst");
+        QTest::newRow("fresh page") << false;
+        QTest::newRow("after a good image") << true;
+    }
+    void failedLoad() {
+        QFETCH(bool, loadGoodFirst);
+        ProgramUpdatePage page;
+        page.setMessageBoxesEnabled(false);
+        if (loadGoodFirst)
+            QCOMPARE(page.loadFile(m_good), 0);
+        QSignalSpy failed(&page, &ProgramUpdatePage::loadFailed);
+        QCOMPARE(page.loadFile(m_bad), 3);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(failed.at(0).at(0).toString(), QStringLiteral("Ошибка обновления"));
+        QCOMPARE(failed.at(0).at(1).toString(),
+                 "Не удалось загрузить прошивку '" + m_bad + "'\nПричина: Файл не является прошивкой");
+        QVERIFY(!page.startEnabled());
+        QSignalSpy start(&page, &ProgramUpdatePage::startUpdate);
+        page.on_startButton_clicked();
+        QCOMPARE(start.count(), 0);
+        QVERIFY(!page.updater()->inProgress());
+    }
+
+    void startWithoutFileAsksForOne_data() {
+        QTest::addColumn<QString>("chosen"); // good, bad or empty
+        QTest::addColumn<bool>("started");
+        QTest::addColumn<QStringList>("progress");
+        QTest::newRow("dialog cancelled") << QString() << false << QStringList();
+        QTest::newRow("bad file chosen") << "bad" << false << QStringList();
+        QTest::newRow("good file chosen")
+            << "good" << true
+            << QStringList{"Файл обновления загружен, ожидание старта обновления.",
+                           "Загрузка обновления в прибор."};
+    }
+    void startWithoutFileAsksForOne() {
+        QFETCH(QString, chosen);
+        QFETCH(bool, started);
+        QFETCH(QStringList, progress);
+        ProgramUpdatePage page;
+        page.setMessageBoxesEnabled(false);
+        int asked = 0;
+        const QString file = chosen == "good" ? m_good : chosen == "bad" ? m_bad : QString();
+        page.setFileChooser([&] {
+            ++asked;
+            return file;
+        });
+        QSignalSpy start(&page, &ProgramUpdatePage::startUpdate);
+        page.on_startButton_clicked();
+        QCOMPARE(asked, 1);
+        QCOMPARE(start.count(), started ? 1 : 0);
+        QCOMPARE(page.progressLines(), progress);
+        QCOMPARE(page.updater()->inProgress(), started);
+        QVERIFY(!page.startEnabled());
+    }
+
+    void transferToCompletion() {
+        ProgramUpdatePage page;
+        page.setMessageBoxesEnabled(false);
+        QCOMPARE(page.loadFile(m_good), 0);
+        page.startButton->click();
+        QVERIFY(page.updater()->inProgress());
+        QVERIFY(!page.startEnabled());
+        QSignalSpy done(page.updater(), &DeviceUpdater::UpdateComplete);
+        UpdateChannel::Message m;
+        m.kind = UpdateChannel::PageConfirmed;
+        m.page = 511;
+        QVERIFY(page.updater()->offer(UpdateChannel::encodeMessage(m)));
+        QCOMPARE(done.count(), 1);
+        QCOMPARE(page.progressLines().mid(1),
+                 (QStringList{"Загрузка обновления в прибор.", "Подготовка прибора.",
+                              "Ожидание перезагрузки прибора."}));
+        page.appendProgress(QStringLiteral("Обновление завершено."));
+        page.finishUpdate();
+        QVERIFY(page.startEnabled());
+        QCOMPARE(page.progressLines().last(), QStringLiteral("Обновление завершено."));
+    }
+
+private:
+    QScopedPointer<QTemporaryDir> m_dir;
+    QString m_good;
+    QString m_bad;
+};
+
+QTEST_MAIN(tst_ProgramUpdatePage)
+#include "tst_programupdatepage.moc"
