@@ -1,0 +1,53 @@
+#include "ConnectionWaitDlg.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMovie>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+ConnectionWaitDlg::ConnectionWaitDlg(QWidget *parent)
+    : QDialog(parent)
+    , m_message(new QLabel(QStringLiteral("Ожидание подключения прибора к серверу..."), this))
+    , m_animation(new QLabel(this))
+    , m_movie(new QMovie(QStringLiteral(":/images/loading.gif"), QByteArray(), this))
+    , m_cancel(new QPushButton(QStringLiteral("Отмена"), this)) {
+    setWindowTitle(QStringLiteral("Подключение к прибору"));
+    setModal(true);
+
+    m_animation->setMovie(m_movie);
+    m_animation->setAlignment(Qt::AlignCenter);
+    m_message->setAlignment(Qt::AlignCenter);
+    m_message->setWordWrap(true);
+    m_cancel->setObjectName(QStringLiteral("cancelButton"));
+    connect(m_cancel, &QPushButton::clicked, this, &ConnectionWaitDlg::reject);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_cancel);
+    buttons->addStretch();
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_animation);
+    layout->addWidget(m_message);
+    layout->addLayout(buttons);
+}
+
+void ConnectionWaitDlg::setMessage(const QString &text) {
+    m_message->setText(text);
+}
+
+void ConnectionWaitDlg::reject() {
+    emit connectionWaitCancelled();
+    QDialog::reject();
+}
+
+void ConnectionWaitDlg::showEvent(QShowEvent *event) {
+    QDialog::showEvent(event);
+    m_movie->start();
+}
+
+void ConnectionWaitDlg::hideEvent(QHideEvent *event) {
+    m_movie->stop();
+    QDialog::hideEvent(event);
+}

@@ -1,0 +1,42 @@
+#include "PasswordDialog.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+PasswordDialog::PasswordDialog(QWidget *parent)
+    : QDialog(parent)
+    , m_edit(new QLineEdit(this)) {
+    setWindowTitle(QStringLiteral("Ввод пароля"));
+
+    auto *prompt = new QLabel(QStringLiteral("Введите пароль для доступа к прибору"), this);
+    m_edit->setObjectName(QStringLiteral("passwordEdit"));
+    m_edit->setInputMask(QStringLiteral("999999999"));
+    m_edit->setEchoMode(QLineEdit::PasswordEchoOnEdit);
+    m_edit->setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase |
+                                Qt::ImhDigitsOnly);
+    prompt->setBuddy(m_edit);
+
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons->setObjectName(QStringLiteral("buttonBox"));
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(prompt);
+    layout->addWidget(m_edit);
+    layout->addWidget(buttons);
+
+    connect(m_edit, &QLineEdit::textChanged, this, &PasswordDialog::updatePassword);
+    QMetaObject::connectSlotsByName(this);
+}
+
+void PasswordDialog::on_buttonBox_accepted() {
+    accept();
+}
+
+void PasswordDialog::updatePassword(const QString &text) {
+    bool ok = false;
+    const qint32 value = text.toInt(&ok, 10);
+    m_password = ok ? value : 0;
+}

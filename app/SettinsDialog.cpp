@@ -1,0 +1,373 @@
+#include "SettinsDialog.h"
+
+#include "DeviceLog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QIntValidator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpressionValidator>
+#include <QSerialPortInfo>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+namespace {
+
+const QString customText = QStringLiteral("Другой");
+const QString blank = QStringLiteral(" - ");
+
+// One port as the list shows it: name, description, manufacturer, serial number, location,
+// vendor and product identifiers in hexadecimal.
+QStringList portRecord(const QSerialPortInfo &info) {
+    auto text = [](const QString &s) { return s.isEmpty() ? blank : s; };
+    return {info.portName(),
+            text(info.description()),
+            text(info.manufacturer()),
+            text(info.serialNumber()),
+            text(info.systemLocation()),
+            info.hasVendorIdentifier() ? QString::number(info.vendorIdentifier(), 16) : blank,
+            info.hasProductIdentifier() ? QString::number(info.productIdentifier(), 16) : blank};
+}
+
+bool isDevicePort(const QSerialPortInfo &info) {
+    return info.hasVendorIdentifier() && info.hasProductIdentifier() &&
+           info.vendorIdentifier() == SettinsDialog::DeviceVendorId &&
+           info.productIdentifier() == SettinsDialog::DeviceProductId;
+}
+
+QSpinBox *spinBox(QWidget *parent, const char *name, int max) {
+    auto *box = new QSpinBox(parent);
+    box->setObjectName(QLatin1String(name));
+    box->setRange(0, max);
+    return box;
+}
+
+QLineEdit *lineEdit(QWidget *parent, const char *name, bool secret = false) {
+    auto *edit = new QLineEdit(parent);
+    edit->setObjectName(QLatin1String(name));
+    if (secret) {
+        edit->setEchoMode(QLineEdit::PasswordEchoOnEdit);
+        edit->setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
+    }
+    return edit;
+}
+
+} // namespace
+
+SettinsDialog::SettinsDialog(QWidget *parent, AppSettings *store)
+    : QDialog(parent)
+    , m_store(store ? store : new AppSettings)
+    , m_ownsStore(!store) {
+    setWindowTitle(QStringLiteral("Настройки"));
+    buildForm();
+    fillPortsParameters();
+    load();
+    QMetaObject::connectSlotsByName(this);
+}
+
+SettinsDialog::~SettinsDialog() {
+    if (m_ownsStore)
+        delete m_store;
+}
+
+void SettinsDialog::buildForm() {
+    auto *connectionBox = new QGroupBox(QStringLiteral("Соединение с прибором"), this);
+    m_connectionType = new QComboBox(connectionBox);
+    m_connectionType->setObjectName(QStringLiteral("connectionTypeBox"));
+    m_connectionType->addItems(
+        {QStringLiteral("Локальное соединение (USB)"), QStringLiteral("Удаленное соединение (TCP)")});
+    m_timeout = spinBox(connectionBox, "timeoutBox", 3600);
+    auto *connectionForm = new QFormLayout(connectionBox);
+    connectionForm->addRow(QStringLiteral("Тип соединения"), m_connectionType);
+    connectionForm->addRow(QStringLiteral("Таймаут для операций, сек"), m_timeout);
+
+    auto *portBox = new QGroupBox(QStringLiteral("Последовательный порт"), this);
+    m_port = new QComboBox(portBox);
+    m_port->setObjectName(QStringLiteral("serialPortInfoListBox"));
+    auto *refresh = new QPushButton(QStringLiteral("Обновить"), portBox);
+    refresh->setObjectName(QStringLiteral("refreshPortsButton"));
+    refresh->setAutoDefault(false);
+    connect(refresh, &QPushButton::clicked, this, &SettinsDialog::fillPortsInfo);
+    m_description = new QLabel(portBox);
+    m_manufacturer = new QLabel(portBox);
+    m_serialNumberLabel = new QLabel(portBox);
+    m_location = new QLabel(portBox);
+    m_vid = new QLabel(portBox);
+    m_pid = new QLabel(portBox);
+    m_baudRate = new QComboBox(portBox);
+    m_baudRate->setObjectName(QStringLiteral("baudRateBox"));
+    m_dataBits = new QComboBox(portBox);
+    m_parity = new QComboBox(portBox);
+    m_stopBits = new QComboBox(portBox);
+    m_flowControl = new QComboBox(portBox);
+    auto *portRow = new QHBoxLayout;
+    portRow->addWidget(m_port, 1);
+    portRow->addWidget(refresh);
+    auto *portForm = new QFormLayout(portBox);
+    portForm->addRow(QStringLiteral("Порт"), portRow);
+    portForm->addRow(QStringLiteral("Описание"), m_description);
+    portForm->addRow(QStringLiteral("Производитель"), m_manufacturer);
+    portForm->addRow(QStringLiteral("Серийный номер"), m_serialNumberLabel);
+    portForm->addRow(QStringLiteral("Расположение"), m_location);
+    portForm->addRow(QStringLiteral("Vendor ID"), m_vid);
+    portForm->addRow(QStringLiteral("Product ID"), m_pid);
+    portForm->addRow(QStringLiteral("Скорость"), m_baudRate);
+    portForm->addRow(QStringLiteral("Биты данных"), m_dataBits);
+    portForm->addRow(QStringLiteral("Четность"), m_parity);
+    portForm->addRow(QStringLiteral("Стоп-биты"), m_stopBits);
+    portForm->addRow(QStringLiteral("Управление потоком"), m_flowControl);
+
+    auto *serverBox = new QGroupBox(QStringLiteral("Сервер конфигурирования"), this);
+    m_serverAddress = lineEdit(serverBox, "serverAddressEdit");
+    m_serverPort = spinBox(serverBox, "serverPortBox", 65535);
+    m_imei = lineEdit(serverBox, "imeiEdit");
+    m_imei->setMaxLength(16);
+    m_imei->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{1,16}")), m_imei));
+    m_login = lineEdit(serverBox, "loginEdit");
+    m_userPassword = lineEdit(serverBox, "userPasswordEdit", true);
+    auto *serverForm = new QFormLayout(serverBox);
+    serverForm->addRow(QStringLiteral("Адрес сервера"), m_serverAddress);
+    serverForm->addRow(QStringLiteral("Порт сервера"), m_serverPort);
+    serverForm->addRow(QStringLiteral("IMEI прибора"), m_imei);
+    serverForm->addRow(QStringLiteral("Пользователь"), m_login);
+    serverForm->addRow(QStringLiteral("Пароль пользователя"), m_userPassword);
+
+    auto *proxyBox = new QGroupBox(QStringLiteral("Прокси-сервер"), this);
+    m_proxyType = new QComboBox(proxyBox);
+    m_proxyType->setObjectName(QStringLiteral("proxyTypeBox"));
+    m_proxyType->addItems(
+        {QStringLiteral("Без прокси-сервера"), QStringLiteral("HTTP"), QStringLiteral("SOCKS5")});
+    m_proxyAddress = lineEdit(proxyBox, "proxyAddressEdit");
+    m_proxyPort = spinBox(proxyBox, "proxyPortBox", 65535);
+    m_proxyLogin = lineEdit(proxyBox, "proxyLoginEdit");
+    m_proxyPassword = lineEdit(proxyBox, "proxyPasswordEdit", true);
+    auto *proxyForm = new QFormLayout(proxyBox);
+    proxyForm->addRow(QStringLiteral("Тип"), m_proxyType);
+    proxyForm->addRow(QStringLiteral("Адрес"), m_proxyAddress);
+    proxyForm->addRow(QStringLiteral("Порт"), m_proxyPort);
+    proxyForm->addRow(QStringLiteral("Пользователь"), m_proxyLogin);
+    proxyForm->addRow(QStringLiteral("Пароль"), m_proxyPassword);
+
+    auto *viewBox = new QGroupBox(QStringLiteral("Интерфейс"), this);
+    m_theme = new QComboBox(viewBox);
+    m_theme->setObjectName(QStringLiteral("themeBox"));
+    m_theme->insertItem(LightThemeRow, QStringLiteral("Светлая тема"));
+    m_theme->insertItem(DarkThemeRow, QStringLiteral("Темная тема"));
+    m_telemetry = new QComboBox(viewBox);
+    m_telemetry->setObjectName(QStringLiteral("telemetryBox"));
+    m_telemetry->addItems({QStringLiteral("Непрерывно"), QStringLiteral("5 сек"), QStringLiteral("4 сек"),
+                           QStringLiteral("3 сек"), QStringLiteral("2 сек"), QStringLiteral("1 сек"),
+                           QStringLiteral("<Нет>")});
+    m_logSave = new QCheckBox(QStringLiteral("Сохранять лог работы прибора в файл"), viewBox);
+    m_logSave->setObjectName(QStringLiteral("logSaveBox"));
+    auto *logPath = new QLabel(
+        QStringLiteral("Файлы журнала: %1")
+            .arg(QDir::toNativeSeparators(DeviceLog::directory() + QStringLiteral("/device-ГГГГММДД.log"))),
+        viewBox);
+    logPath->setObjectName(QStringLiteral("logPathLabel"));
+    logPath->setWordWrap(true);
+    logPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *viewForm = new QFormLayout(viewBox);
+    viewForm->addRow(QStringLiteral("Оформление"), m_theme);
+    viewForm->addRow(QStringLiteral("Период опроса телеметрии"), m_telemetry);
+    viewForm->addRow(m_logSave);
+    viewForm->addRow(logPath);
+
+    auto *apply = new QPushButton(QStringLiteral("Применить"), this);
+    apply->setObjectName(QStringLiteral("applyButton"));
+    apply->setDefault(true);
+    auto *cancel = new QPushButton(QStringLiteral("Отмена"), this);
+    cancel->setObjectName(QStringLiteral("pushButton"));
+    cancel->setAutoDefault(false);
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(apply);
+    buttons->addWidget(cancel);
+
+    auto *grid = new QGridLayout;
+    grid->addWidget(connectionBox, 0, 0);
+    grid->addWidget(serverBox, 1, 0);
+    grid->addWidget(proxyBox, 2, 0);
+    grid->addWidget(portBox, 0, 1, 2, 1);
+    grid->addWidget(viewBox, 2, 1);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(grid);
+    layout->addLayout(buttons);
+
+    connect(m_port, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SettinsDialog::showPortInfo);
+    connect(m_port, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &SettinsDialog::checkCustomDevicePathPolicy);
+    connect(m_baudRate, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &SettinsDialog::checkCustomBaudRatePolicy);
+}
+
+void SettinsDialog::fillPortsParameters() {
+    for (const qint32 rate : {9600, 19200, 38400, 57600, 115200})
+        m_baudRate->addItem(QString::number(rate), rate);
+    m_baudRate->addItem(customText);
+    m_baudRate->setCurrentIndex(m_baudRate->findData(AppSettings::SerialBaudRate));
+
+    m_dataBits->addItem(QStringLiteral("5"), QSerialPort::Data5);
+    m_dataBits->addItem(QStringLiteral("6"), QSerialPort::Data6);
+    m_dataBits->addItem(QStringLiteral("7"), QSerialPort::Data7);
+    m_dataBits->addItem(QStringLiteral("8"), QSerialPort::Data8);
+    m_dataBits->setCurrentIndex(3);
+
+    m_parity->addItem(QStringLiteral("Нет"), QSerialPort::NoParity);
+    m_parity->addItem(QStringLiteral("Четный"), QSerialPort::EvenParity);
+    m_parity->addItem(QStringLiteral("Нечетный"), QSerialPort::OddParity);
+    m_parity->addItem(QStringLiteral("Маркер"), QSerialPort::MarkParity);
+    m_parity->addItem(QStringLiteral("Пробел"), QSerialPort::SpaceParity);
+
+    m_stopBits->addItem(QStringLiteral("1"), QSerialPort::OneStop);
+    m_stopBits->addItem(QStringLiteral("1.5"), QSerialPort::OneAndHalfStop);
+    m_stopBits->addItem(QStringLiteral("2"), QSerialPort::TwoStop);
+
+    m_flowControl->addItem(QStringLiteral("Нет"), QSerialPort::NoFlowControl);
+    m_flowControl->addItem(QStringLiteral("RTS/CTS"), QSerialPort::HardwareControl);
+    m_flowControl->addItem(QStringLiteral("XON/XOFF"), QSerialPort::SoftwareControl);
+}
+
+void SettinsDialog::fillPortsInfo() {
+    fillPorts(m_port->currentText().isEmpty() ? m_current.portName : m_port->currentText());
+}
+
+void SettinsDialog::fillPorts(const QString &select) {
+    const QSignalBlocker block(m_port);
+    m_port->clear();
+    QList<QSerialPortInfo> devices;
+    QList<QSerialPortInfo> others;
+    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts())
+        (isDevicePort(info) ? devices : others).append(info);
+    for (const QSerialPortInfo &info : devices + others)
+        m_port->addItem(info.portName(), portRecord(info));
+    m_port->addItem(customText);
+
+    int row = m_port->findText(select);
+    if (row < 0 && !select.isEmpty()) {
+        // A stored port that is not plugged in now stays selectable.
+        m_port->insertItem(m_port->count() - 1, select, QStringList{select});
+        row = m_port->count() - 2;
+    }
+    m_port->setCurrentIndex(row < 0 ? 0 : row);
+    showPortInfo(m_port->currentIndex());
+    checkCustomDevicePathPolicy(m_port->currentIndex());
+}
+
+void SettinsDialog::showPortInfo(int index) {
+    if (index < 0)
+        return;
+    const QStringList record = m_port->itemData(index).toStringList();
+    auto field = [&record](int i) { return i < record.size() ? record.at(i) : blank; };
+    m_description->setText(field(1));
+    m_manufacturer->setText(field(2));
+    m_serialNumberLabel->setText(field(3));
+    m_location->setText(field(4));
+    m_vid->setText(field(5));
+    m_pid->setText(field(6));
+}
+
+void SettinsDialog::checkCustomBaudRatePolicy(int index) {
+    const bool custom = !m_baudRate->itemData(index).isValid();
+    m_baudRate->setEditable(custom);
+    if (custom) {
+        m_baudRate->clearEditText();
+        m_baudRate->lineEdit()->setValidator(new QIntValidator(0, 4000000, m_baudRate));
+    }
+}
+
+void SettinsDialog::checkCustomDevicePathPolicy(int index) {
+    const bool custom = index >= 0 && !m_port->itemData(index).isValid();
+    m_port->setEditable(custom);
+    if (custom)
+        m_port->clearEditText();
+}
+
+void SettinsDialog::load() {
+    m_current = m_store->record();
+    const AppSettings::Record &r = m_current;
+
+    m_theme->setCurrentIndex(r.skinName >= 0 && r.skinName < m_theme->count() ? r.skinName : -1);
+    m_telemetry->setCurrentIndex(
+        r.telemetryTime >= 0 && r.telemetryTime < m_telemetry->count() ? r.telemetryTime : -1);
+    m_connectionType->setCurrentIndex(r.loginType);
+    m_serverAddress->setText(r.serverAddress);
+    m_serverPort->setValue(r.serverPort);
+    m_imei->setText(r.serialNumber.left(16));
+    m_timeout->setValue(r.timeoutSeconds);
+    m_logSave->setChecked(r.logSave);
+    m_login->setText(r.login);
+    m_userPassword->setText(r.userPassword);
+    m_proxyType->setCurrentIndex(r.currentProxy >= 0 && r.currentProxy < m_proxyType->count() ? r.currentProxy
+                                                                                              : 0);
+    m_proxyAddress->setText(r.proxyServerAddres);
+    m_proxyPort->setValue(r.proxyPort);
+    m_proxyLogin->setText(r.proxyLogin);
+    m_proxyPassword->setText(r.proxyPassword);
+
+    fillPorts(r.portName);
+}
+
+AppSettings::Record SettinsDialog::fromWidgets() const {
+    AppSettings::Record r = m_current;
+    r.portName = m_port->currentText();
+    r.baudRate = m_baudRate->itemData(m_baudRate->currentIndex()).isValid()
+                     ? m_baudRate->currentData().toInt()
+                     : m_baudRate->currentText().toInt();
+    if (r.baudRate <= 0)
+        r.baudRate = AppSettings::SerialBaudRate;
+    r.dataBits = QSerialPort::DataBits(m_dataBits->currentData().toInt());
+    r.parity = QSerialPort::Parity(m_parity->currentData().toInt());
+    r.stopBits = QSerialPort::StopBits(m_stopBits->currentData().toInt());
+    r.flowControl = QSerialPort::FlowControl(m_flowControl->currentData().toInt());
+
+    // An unknown stored row (no entry selected) is kept as it was.
+    if (m_theme->currentIndex() >= 0)
+        r.skinName = m_theme->currentIndex();
+    if (m_telemetry->currentIndex() >= 0)
+        r.telemetryTime = m_telemetry->currentIndex();
+    r.loginType = m_connectionType->currentIndex();
+    r.serverAddress = m_serverAddress->text().trimmed();
+    r.serverPort = m_serverPort->value();
+    r.serialNumber = m_imei->text();
+    r.timeoutSeconds = m_timeout->value();
+    r.logSave = m_logSave->isChecked();
+    r.login = m_login->text();
+    r.userPassword = m_userPassword->text();
+    r.currentProxy = m_proxyType->currentIndex();
+    r.proxyServerAddres = m_proxyAddress->text().trimmed();
+    r.proxyPort = m_proxyPort->value();
+    r.proxyLogin = m_proxyLogin->text();
+    r.proxyPassword = m_proxyPassword->text();
+    return r;
+}
+
+void SettinsDialog::apply() {
+    const int previousSkin = m_current.skinName;
+    m_current = fromWidgets();
+    m_store->writeRecord(m_current);
+    m_store->sync();
+    DeviceLog::setFileEnabled(m_store->deviceLogToFile());
+    emit settingsApplied();
+    if (m_current.skinName != previousSkin)
+        emit skinChanged(m_current.skinName);
+}
+
+void SettinsDialog::on_applyButton_clicked() {
+    apply();
+    accept();
+}
+
+void SettinsDialog::on_pushButton_clicked() {
+    // Leaving without applying: the next opening shows the stored values again.
+    load();
+    reject();
+}

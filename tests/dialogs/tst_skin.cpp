@@ -1,0 +1,159 @@
+#include "AppSettings.h"
+#include "Skin.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QImage>
+#include <QMovie>
+#include <QtTest>
+
+class tst_Skin : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void resourceForStoredValue_data();
+    void resourceForStoredValue();
+    void sheetTextStopsAtFirstZeroByte_data();
+    void sheetTextStopsAtFirstZeroByte();
+    void applySkinSetsTheSheet_data();
+    void applySkinSetsTheSheet();
+    void unknownSkinLeavesNoSheetAndNoMessage_data();
+    void unknownSkinLeavesNoSheetAndNoMessage();
+    void storedSkinIsApplied();
+    void sheetsStyleModifiedPages_data();
+    void sheetsStyleModifiedPages();
+    void everyIconNameResolves_data();
+    void everyIconNameResolves();
+    void spinnerIsAnimated();
+};
+
+void tst_Skin::init() {
+    qApp->setStyleSheet(QString());
+    QSettings(QString::fromLatin1(AppSettings::Organisation), QString::fromLatin1(AppSettings::Application))
+        .clear();
+}
+
+void tst_Skin::resourceForStoredValue_data() {
+    QTest::addColumn<int>("skin");
+    QTest::addColumn<QString>("resource");
+    QTest::newRow("0 light") << 0 << ":/css/style.css";
+    QTest::newRow("1 dark") << 1 << ":/css/styleBlack.css";
+    QTest::newRow("2 none") << 2 << QString();
+    QTest::newRow("-1 none") << -1 << QString();
+}
+
+void tst_Skin::resourceForStoredValue() {
+    QFETCH(int, skin);
+    QTEST(Skin::resourceFor(skin), "resource");
+}
+
+void tst_Skin::sheetTextStopsAtFirstZeroByte_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("no zero") << QByteArray("QWidget { }") << "QWidget { }";
+    QTest::newRow("zero inside") << QByteArray("QLabel {}\0QWidget {}", 20) << "QLabel {}";
+    QTest::newRow("zero first") << QByteArray("\0abc", 4) << QString();
+    QTest::newRow("latin-1 byte") << QByteArray("/* \xe9 */") << QStringLiteral("/* \u00e9 */");
+}
+
+void tst_Skin::sheetTextStopsAtFirstZeroByte() {
+    QFETCH(QByteArray, bytes);
+    QTEST(Skin::sheetText(bytes), "text");
+}
+
+void tst_Skin::applySkinSetsTheSheet_data() {
+    QTest::addColumn<int>("skin");
+    QTest::addColumn<QString>("resource");
+    QTest::newRow("light") << 0 << ":/css/style.css";
+    QTest::newRow("dark") << 1 << ":/css/styleBlack.css";
+}
+
+void tst_Skin::applySkinSetsTheSheet() {
+    QFETCH(int, skin);
+    QFETCH(QString, resource);
+    QFile file(resource);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString expected = QString::fromLatin1(file.readAll());
+    QVERIFY(!expected.isEmpty());
+
+    QVERIFY(applySkin(qApp, skin));
+    QCOMPARE(qApp->styleSheet(), expected);
+}
+
+void tst_Skin::unknownSkinLeavesNoSheetAndNoMessage_data() {
+    QTest::addColumn<int>("skin");
+    QTest::newRow("2") << 2;
+    QTest::newRow("7") << 7;
+    QTest::newRow("-1") << -1;
+}
+
+void tst_Skin::unknownSkinLeavesNoSheetAndNoMessage() {
+    QFETCH(int, skin);
+    QVERIFY(!applySkin(qApp, skin));
+    QCoreApplication::processEvents();
+    QVERIFY(qApp->styleSheet().isEmpty());
+    QVERIFY(QApplication::topLevelWidgets().isEmpty());
+}
+
+void tst_Skin::storedSkinIsApplied() {
+    AppSettings settings;
+    settings.setSkinName(1);
+    settings.sync();
+    QVERIFY(applyStoredSkin(qApp));
+    QVERIFY(qApp->styleSheet().contains(QLatin1String("Dark theme")));
+
+    settings.setSkinName(0);
+    settings.sync();
+    QVERIFY(applyStoredSkin(qApp));
+    QVERIFY(qApp->styleSheet().contains(QLatin1String("Light theme")));
+}
+
+void tst_Skin::sheetsStyleModifiedPages_data() {
+    QTest::addColumn<QString>("resource");
+    QTest::newRow("light") << ":/css/style.css";
+    QTest::newRow("dark") << ":/css/styleBlack.css";
+}
+
+void tst_Skin::sheetsStyleModifiedPages() {
+    QFETCH(QString, resource);
+    QFile file(resource);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray sheet = file.readAll();
+    QVERIFY(sheet.contains("QWidget[modified=\"true\"]"));
+    QVERIFY(sheet.contains("[invalid=\"true\"]"));
+    QVERIFY(!sheet.contains('\0'));
+    QCOMPARE(sheet.count('{'), sheet.count('}'));
+}
+
+void tst_Skin::everyIconNameResolves_data() {
+    QTest::addColumn<QString>("name");
+    for (const char *n : {"localConnection",     "remoteConnection",
+                          "localConnection_on",  "localConnection_off",
+                          "remoteConnection_on", "remoteConnection_off",
+                          "green_state",         "red_state",
+                          "cloud_up_white",      "cloud_plus",
+                          "cloud_close",         "satellite",
+                          "satellite_white",     "light_bulb",
+                          "light_bulb_white",    "sim_card_green",
+                          "sim_card_inserted",   "sim_card",
+                          "sim_card_active",     "app"})
+        QTest::newRow(n) << QStringLiteral(":/images/%1.png").arg(QLatin1String(n));
+}
+
+void tst_Skin::everyIconNameResolves() {
+    QFETCH(QString, name);
+    const QImage image(name);
+    QVERIFY2(!image.isNull(), qPrintable(name));
+    QVERIFY(image.width() >= 32);
+    QVERIFY(image.hasAlphaChannel());
+}
+
+void tst_Skin::spinnerIsAnimated() {
+    QMovie movie(QStringLiteral(":/images/loading.gif"));
+    QVERIFY(movie.isValid());
+    QVERIFY(movie.frameCount() > 1);
+}
+
+QTEST_MAIN(tst_Skin)
+#include "tst_skin.moc"
