@@ -1,6 +1,9 @@
 #include "Prompter.h"
 
+#include "PasswordDialog.h"
+
 #include <QFileDialog>
+#include <QInputDialog>
 #include <QMessageBox>
 
 Prompter::~Prompter() = default;
@@ -32,8 +35,18 @@ QString Prompter::saveFileName(QWidget *parent, const QString &title, const QStr
     return QFileDialog::getSaveFileName(parent, title, dir, filter);
 }
 
+bool Prompter::text(QWidget *parent, const QString &title, const QString &label, QString *value) {
+    bool ok = false;
+    const QString answer = QInputDialog::getText(parent, title, label, QLineEdit::Normal, *value, &ok);
+    if (ok)
+        *value = answer;
+    return ok;
+}
+
 bool Prompter::password(QWidget *parent, quint32 *password) {
-    Q_UNUSED(parent)
-    Q_UNUSED(password)
-    return false;
+    PasswordDialog dialog(parent);
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    *password = quint32(dialog.password());
+    return true;
 }

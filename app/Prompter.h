@@ -20,6 +20,8 @@ public:
                                  const QString &filter);
     virtual QString saveFileName(QWidget *parent, const QString &title, const QString &dir,
                                  const QString &filter);
+    // A line of text; false when the user cancels.
+    virtual bool text(QWidget *parent, const QString &title, const QString &label, QString *value);
     // The device password; false when the user cancels.
     virtual bool password(QWidget *parent, quint32 *password);
 };

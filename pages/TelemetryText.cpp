@@ -36,15 +36,11 @@ QString registration(int code) {
     }
 }
 
-QString simSlot(SimSlot slot) {
-    switch (slot) {
-    case SimSlot::Inserted:
+QString simSlot(int code) {
+    if (code == int(kd::SimSlotState::Inserted))
         return QStringLiteral("Вставлена");
-    case SimSlot::Active:
+    if (code == int(kd::SimSlotState::Active))
         return QStringLiteral("Активна");
-    case SimSlot::Absent:
-        break;
-    }
     return QStringLiteral("Сим отсутствует");
 }
 
@@ -101,27 +97,21 @@ QString noFixValue() {
 }
 
 QString serverProtocol(int code) {
-    return code == 1 ? QStringLiteral("WIALON COMBINE") : QStringLiteral("TAVREL UNP");
+    return code == int(kd::ServerProtocol::WialonCombine) ? QStringLiteral("WIALON COMBINE")
+                                                          : QStringLiteral("TAVREL UNP");
 }
 
 QString serverState(int code) {
-    if (code == 1)
+    if (code == int(kd::ServerState::Connecting))
         return QStringLiteral("Подключение");
-    if (code == 2)
+    if (code == int(kd::ServerState::Connected))
         return QStringLiteral("Подключен");
     return QStringLiteral("Отключен");
 }
 
-QString ipAddress(quint32 address) {
-    return QStringLiteral("%1.%2.%3.%4")
-        .arg(address & 0xFF)
-        .arg((address >> 8) & 0xFF)
-        .arg((address >> 16) & 0xFF)
-        .arg((address >> 24) & 0xFF);
-}
-
-QString serverAddress(quint32 address, int port) {
-    return QStringLiteral("%1:%2").arg(ipAddress(address)).arg(port);
+QString serverAddress(const quint8 ip[4], int port) {
+    const QString address = QStringLiteral("%1.%2.%3.%4").arg(ip[0]).arg(ip[1]).arg(ip[2]).arg(ip[3]);
+    return QStringLiteral("%1:%2").arg(address).arg(port);
 }
 
 QString counter(qint64 value, qint64 total) {
@@ -141,22 +131,65 @@ QString activity(bool active) {
 }
 
 QString inputMode(int mode, qint64 value) {
-    switch (mode) {
-    case 1:
-        return QStringLiteral("Логический, 0");
-    case 2:
-        return QStringLiteral("Логический, 1");
-    case 3:
+    switch (kd::InputMode(mode)) {
+    case kd::InputMode::Logic:
+        return value ? QStringLiteral("Логический, 1") : QStringLiteral("Логический, 0");
+    case kd::InputMode::Frequency:
         return QStringLiteral("Частотомер, %1").arg(value);
-    case 4:
+    case kd::InputMode::CounterUss:
         return QStringLiteral("Счетчик УСС, %1").arg(value);
-    case 5:
+    case kd::InputMode::CounterDfm:
         return QStringLiteral("Счетчик DFM, %1").arg(value);
-    case 6:
+    case kd::InputMode::UniversalCounter:
         return QStringLiteral("Унив. счетчик, %1").arg(value);
-    default:
-        return QStringLiteral("Отключен");
+    case kd::InputMode::Off:
+        break;
     }
+    return QStringLiteral("Отключен");
+}
+
+QString fixDateTime(const kd::NavReceiverRecord &r) {
+    if (!r.hasFix())
+        return noFixValue();
+    return fixDateTime(r.day, r.month, r.year, r.hours, r.minutes, r.seconds);
+}
+
+QString latitude(const kd::NavReceiverRecord &r) {
+    if (!r.hasFix())
+        return noFixValue();
+    return coordinate(r.latFlags & kd::NavReceiverRecord::HemisphereBit, r.latDegrees, r.latitudeMinutes());
+}
+
+QString longitude(const kd::NavReceiverRecord &r) {
+    if (!r.hasFix())
+        return noFixValue();
+    return coordinate(r.lonFlags & kd::NavReceiverRecord::HemisphereBit, r.lonDegrees, r.longitudeMinutes());
+}
+
+QString dilution(const kd::NavReceiverRecord &r) {
+    return dilution(r.hdop / 100.0, r.vdop / 100.0, r.pdop / 100.0);
+}
+
+QString speed(const kd::NavReceiverRecord &r) {
+    if (!r.hasFix())
+        return noFixValue();
+    return QStringLiteral("%1 км/ч").arg(r.speed / 10.0, 0, 'f', 1);
+}
+
+QString course(const kd::NavReceiverRecord &r) {
+    if (!r.hasFix())
+        return noFixValue();
+    return QStringLiteral("%1°").arg(r.course / 10.0, 0, 'f', 1);
+}
+
+QString voltage(quint32 millivolts) {
+    return QStringLiteral("%1 В").arg(millivolts / 1000.0, 0, 'f', 2);
+}
+
+QString duration(quint32 seconds) {
+    return QStringLiteral("%1:%2:%3")
+        .arg(seconds / 3600)
+        .arg(twoDigits(int(seconds / 60 % 60)), twoDigits(int(seconds % 60)));
 }
 
 } // namespace TelemetryText

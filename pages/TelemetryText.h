@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TelemetryRecords.h"
+
 #include <QString>
 
 // How the "Прибор" page turns telemetry values into text. Pure functions, no widgets, so that the
@@ -11,8 +13,8 @@ QString simState(int code);
 // Network registration state of the modem, 0..5; 4 and codes above 5 give no text.
 QString registration(int code);
 
-enum class SimSlot { Absent, Inserted, Active };
-QString simSlot(SimSlot slot);
+// SIM slot state (kd::SimSlotState); unknown codes read as an absent card.
+QString simSlot(int code);
 
 // "dd.mm.yy hh:mm:ss", every field two digits.
 QString fixDateTime(int day, int month, int year, int hours, int minutes, int seconds);
@@ -30,21 +32,32 @@ QString fixLabel(int mode);
 // The text of a field that has no value without a fix.
 QString noFixValue();
 
-// Protocol code of a server connection: 0 the device's own protocol, 1 the Wialon combined one.
+// Protocol code of a server connection (kd::ServerProtocol); unknown codes read as the device's own.
 QString serverProtocol(int code);
-// 0 disconnected, 1 connecting, 2 connected; other values read as disconnected.
+// kd::ServerState; unknown values read as disconnected.
 QString serverState(int code);
-// IPv4 address stored least significant byte first: 0x0100007F reads "127.0.0.1".
-QString ipAddress(quint32 address);
-QString serverAddress(quint32 address, int port);
+// "a.b.c.d:port", first octet first.
+QString serverAddress(const quint8 ip[4], int port);
 
 QString counter(qint64 value, qint64 total);
 QString spacedCounter(qint64 value, qint64 total);
 QString temperatures(int first, int second);
 QString activity(bool active);
 
-// Input modes: 0 off, 1 logic 0, 2 logic 1, 3 frequency, 4 USS counter, 5 DFM counter, 6 universal
-// counter; the last four carry the measured value after a blank.
+// Input mode (kd::InputMode) with its value: the logic level, or the measured value after a blank
+// for the frequency and the three counters. Unknown modes read as off.
 QString inputMode(int mode, qint64 value);
+
+// The fields of one navigation receiver; without a fix the date, coordinates, speed and course
+// read "-".
+QString fixDateTime(const kd::NavReceiverRecord &r);
+QString latitude(const kd::NavReceiverRecord &r);
+QString longitude(const kd::NavReceiverRecord &r);
+QString dilution(const kd::NavReceiverRecord &r);
+QString speed(const kd::NavReceiverRecord &r);
+QString course(const kd::NavReceiverRecord &r);
+// Volts from millivolts, two decimals.
+QString voltage(quint32 millivolts);
+QString duration(quint32 seconds);
 
 } // namespace TelemetryText

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QHash>
+#include <QWidget>
+
+class QFormLayout;
+class QGridLayout;
+class QLabel;
+class QPushButton;
+class VantorConfiguration;
+
+namespace kd {
+class ControlInfoConfiguration;
+}
+
+// The "Прибор" page: the device's identity and its live state. Each telemetry block the device
+// reports refreshes the group that shows it; the wording comes from TelemetryText.
+class SettingsStatePage : public QWidget {
+    Q_OBJECT
+public:
+    static constexpr int Receivers = 3;
+    static constexpr int Servers = 3;
+    static constexpr int Sims = 2;
+    static constexpr int AnalogInputs = 3;
+    static constexpr int LogicInputs = 2;
+    static constexpr int FuelSensors = 8;
+
+    explicit SettingsStatePage(VantorConfiguration *configuration, QWidget *parent = nullptr);
+
+    // The text of a value field by its object name ("simState0", "latitude1", ...); tests and
+    // screenshots read the page through it.
+    QString valueText(const QString &name) const;
+    QLabel *valueLabel(const QString &name) const { return m_values.value(name); }
+    QPushButton *fixButton(int receiver) const;
+
+public slots:
+    // Shows the identity from the device-information section.
+    void showIdentity();
+    // Shows the stored records of one telemetry kind.
+    void updateTelemetry(int kind);
+    // Every kind at once (after a file was loaded or the page is shown again).
+    void updateAll();
+    // Back to dashes: the device is gone.
+    void clearTelemetry();
+
+private:
+    QLabel *addValue(QFormLayout *form, const QString &title, const QString &name);
+    QLabel *addGridValue(QGridLayout *grid, int row, int column, const QString &name);
+    void setValue(const QString &name, const QString &text);
+    void setIcon(const QString &name, const QString &resource);
+    kd::ControlInfoConfiguration *controlInfo() const;
+
+    void showDeviceState();
+    void showClock();
+    void showReceivers();
+    void showServers();
+    void showNavSummary();
+    void showAnalogInputs();
+    void showLogicInputs();
+    void showFuel();
+    void showSimStates();
+    void showRegistration();
+
+    VantorConfiguration *m_configuration;
+    QHash<QString, QLabel *> m_values;
+    QHash<QString, QLabel *> m_icons;
+    QPushButton *m_fixButtons[Receivers] = {};
+};
