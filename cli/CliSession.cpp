@@ -24,12 +24,14 @@
 
 namespace {
 
-// The session's own resend interval: short deadlines shorten it so that a dropped answer is asked for
-// again well before the command gives up.
-int responseIntervalFor(int deadlineMs) {
+// How long the session waits for one answer before it moves on: a device on the cable answers within
+// milliseconds, one behind the configuration server may take seconds. Short deadlines shorten it so
+// that a dropped answer is asked for again well before the command gives up.
+int responseIntervalFor(bool remote, int deadlineMs) {
+    const int base = remote ? Device::DefaultResponseInterval : 1000;
     if (deadlineMs <= 0)
-        return Device::DefaultResponseInterval;
-    return qBound(300, deadlineMs / 6, Device::DefaultResponseInterval);
+        return base;
+    return qMin(base, qMax(250, deadlineMs / 10));
 }
 
 } // namespace
@@ -61,6 +63,8 @@ QString CliSession::linkErrorText(int errorGroup, int errorCode) {
         case QSerialPort::DeviceNotFoundError:
             return QStringLiteral("Прибор отключен");
         case QSerialPort::ResourceError:
+        case QSerialPort::ReadError:
+        case QSerialPort::WriteError:
             return QStringLiteral("Прибор был отключен");
         case QSerialPort::NotOpenError:
             return QStringLiteral("Порт закрыт");
@@ -108,7 +112,7 @@ void CliSession::start() {
 #endif
 
     m_device = new Device(m_configuration, this);
-    m_device->setResponseInterval(responseIntervalFor(m_options.deadlineMs()));
+    m_device->setResponseInterval(responseIntervalFor(m_options.isRemote(), m_options.deadlineMs()));
     Connection *link = createLink();
     if (!link)
         return;
@@ -173,7 +177,7 @@ void CliSession::startCommand() {
 #endif
     DeviceCommand::Options o;
     o.deadlineMs = deadline;
-    o.quietMs = m_device->responseInterval() + 500;
+    o.quietMs = m_device->responseInterval() + 200;
     o.hasPassword = m_options.hasPassword;
     o.password = m_options.password;
 

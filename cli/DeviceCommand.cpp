@@ -36,6 +36,9 @@ DeviceCommand::DeviceCommand(Device *device, const Options &options, QTextStream
     m_quiet.setSingleShot(true);
     m_quiet.setInterval(options.quietMs);
     connect(&m_quiet, &QTimer::timeout, this, &DeviceCommand::onQuiet);
+    m_stall.setSingleShot(true);
+    m_stall.setInterval(options.stallMs);
+    connect(&m_stall, &QTimer::timeout, this, &DeviceCommand::onStall);
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &DeviceCommand::onDeadline);
 }
@@ -49,6 +52,8 @@ void DeviceCommand::start() {
     connect(parser, &UNPParcer::PasswordError, this, &DeviceCommand::onPasswordError);
     connect(parser, &UNPParcer::PasswordComplete, this, &DeviceCommand::onPasswordComplete);
     connect(parser, &UNPParcer::DeviceBlocked, this, &DeviceCommand::onDeviceBlocked);
+    connect(m_device, &Device::chunkDropped, this, &DeviceCommand::onChunkDropped);
+    connect(m_device, &Device::idle, this, &DeviceCommand::onIdle);
     buildRequests();
     if (m_options.deadlineMs > 0)
         m_deadline.start(m_options.deadlineMs);
@@ -120,6 +125,7 @@ void DeviceCommand::resetExpectations() {
 void DeviceCommand::onPacket(quint8 type, const QByteArray &payload) {
     if (m_finished)
         return;
+    m_stall.stop();
     if (m_quiet.isActive())
         m_quiet.start();
     matchAnswer(type, payload);
@@ -243,6 +249,41 @@ void DeviceCommand::onQuiet() {
     sendMissing();
 }
 
+void DeviceCommand::onChunkDropped() {
+    // A cut or garbled answer stops the session's response timer, so nothing would ever be sent again.
+    // The wait covers the second half of an answer that arrived in two pieces.
+    if (!m_finished)
+        m_stall.start();
+}
+
+void DeviceCommand::onStall() {
+    if (m_finished)
+        return;
+    // Go on with the round; whatever stays unanswered is asked for again when the round is over.
+    if (m_device->protocol()->queueSize() > 0 && !m_device->isAnswerPending())
+        m_device->sendNextCommand();
+    else if (!m_device->isAnswerPending())
+        sendMissing();
+}
+
+void DeviceCommand::onIdle() {
+    if (m_finished || m_loginSent || !hasPending())
+        return;
+    // The round is over with answers missing: ask again at once instead of waiting for the quiet spell.
+    QTimer::singleShot(0, this, [this] {
+        if (!m_finished && !m_loginSent && hasPending() && m_device->isIdle())
+            sendMissing();
+    });
+}
+
+bool DeviceCommand::hasPending() const {
+    for (const Expectation &e : m_expectations) {
+        if (e.state == Expectation::Pending)
+            return true;
+    }
+    return false;
+}
+
 void DeviceCommand::onDeadline() {
     if (m_finished)
         return;
@@ -327,7 +368,9 @@ void DeviceCommand::finish(int exitCode) {
         return;
     m_finished = true;
     m_quiet.stop();
+    m_stall.stop();
     m_deadline.stop();
+    m_device->disconnect(this);
     m_device->protocol()->clearQueue();
     m_device->parser()->disconnect(this);
     m_device->parser()->setStatusNotifier(nullptr);

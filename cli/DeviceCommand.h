@@ -23,6 +23,7 @@ public:
     struct Options {
         int deadlineMs = 15000;
         int quietMs = 3500; // no answer for this long: send what is still missing again
+        int stallMs = 250;  // a chunk that was no whole frame and nothing after it: the queue has stalled
         bool hasPassword = false;
         quint32 password = 0;
     };
@@ -101,6 +102,10 @@ protected:
 private:
     void matchAnswer(quint8 type, const QByteArray &payload);
     void onQuiet();
+    void onChunkDropped();
+    void onStall();
+    void onIdle();
+    bool hasPending() const;
     void onDeadline();
     void onPasswordChange();
     void onPasswordError();
@@ -116,6 +121,7 @@ private:
     QVector<Request> m_requests;
     QTimer m_quiet;
     QTimer m_deadline;
+    QTimer m_stall;
     bool m_finished = false;
     bool m_loginSent = false;
     int m_logins = 0;
