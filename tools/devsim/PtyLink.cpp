@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -18,6 +19,8 @@ namespace {
 // a UART with nobody listening would lose them.
 constexpr int MaxPendingOutput = 64 * 1024;
 constexpr int ReadRetryMs = 100;
+constexpr int HangUpPollMs = 10;
+constexpr int HangUpDrainMs = 2000;
 
 QString errnoText() {
     return QString::fromLocal8Bit(std::strerror(errno));
@@ -140,6 +143,17 @@ void PtyLink::flushOutput() {
 }
 
 void PtyLink::hangUp() {
+    if (m_master < 0)
+        return;
+    // Closing the master throws away what the configurator has not read yet, so the last answer would
+    // never arrive: wait until our output and the slave's input queue are empty, or a time limit passes.
+    int waiting = 0;
+    const bool pending = !m_output.isEmpty() || (::ioctl(m_slave, FIONREAD, &waiting) == 0 && waiting > 0);
+    if (pending && m_hangUpWaitMs < HangUpDrainMs) {
+        m_hangUpWaitMs += HangUpPollMs;
+        QTimer::singleShot(HangUpPollMs, this, &PtyLink::hangUp);
+        return;
+    }
     qCInfo(lcDevsim) << "hanging up the pseudo-terminal";
     closeAll();
     emit finished();

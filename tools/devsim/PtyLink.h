@@ -34,4 +34,5 @@ private:
     QSocketNotifier *m_writeNotifier = nullptr;
     QTimer *m_retryRead = nullptr;
     QByteArray m_output;
+    int m_hangUpWaitMs = 0;
 };

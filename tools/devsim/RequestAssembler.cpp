@@ -5,6 +5,10 @@
 
 using proto::Frame;
 
+namespace {
+constexpr int ReservedOffset = 3;
+}
+
 RequestAssembler::RequestAssembler(qint64 gapMs)
     : m_gapMs(gapMs) {}
 
@@ -30,8 +34,9 @@ QList<RequestAssembler::Request> RequestAssembler::feed(const QByteArray &bytes,
         }
         if (m_buffer.size() < Frame::PayloadOffset)
             break;
+        // A sender always puts 0 in the reserved byte; anything else means these markers are payload.
         const int length = kd::le::u16(m_buffer, Frame::LengthOffset);
-        if (length > MaxPayload) {
+        if (length > MaxPayload || m_buffer.at(ReservedOffset) != 0) {
             ++m_discarded;
             m_buffer.remove(0, 1);
             continue;

@@ -14,7 +14,7 @@ public:
     };
 
     // The largest payload the device accepts; a longer announced length means we are not on a frame.
-    static constexpr int MaxPayload = 1024;
+    static constexpr int MaxPayload = 512;
     static constexpr qint64 DefaultGapMs = 1000;
 
     explicit RequestAssembler(qint64 gapMs = DefaultGapMs);

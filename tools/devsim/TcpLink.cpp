@@ -82,7 +82,6 @@ void TcpLink::readClient(QTcpSocket *socket) {
         }
         m_loggedIn = true;
         qCInfo(lcDevsim).noquote() << "configurator logged in for" << imei;
-        socket->write(m_login.left(proto::Frame::TextFrameSize));
         bytes = m_login.mid(proto::Frame::TextFrameSize);
         m_login.clear();
     }

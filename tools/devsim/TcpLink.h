@@ -8,8 +8,9 @@ class QTcpServer;
 class QTcpSocket;
 
 // A stand-in for the configuration server with the device already behind it. The configurator first sends
-// the 28-byte text frame naming the IMEI it wants; a wrong IMEI is turned away, the right one is
-// acknowledged by echoing the frame back, and from then on frames pass as over the serial link.
+// the 28-byte text frame naming the IMEI it wants; a wrong IMEI is turned away, the right one is put
+// through without a word (the configurator expects no answer to it), and from then on frames pass as
+// over the serial link.
 class TcpLink : public SimLink {
     Q_OBJECT
 public:
