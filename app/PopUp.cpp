@@ -8,7 +8,7 @@
 PopUp::PopUp(QWidget *parent)
     : QWidget(parent)
     , m_label(this)
-    , m_animation(this, QByteArrayLiteral("popupOpacity"))
+    , m_animation(this, QByteArrayLiteral("popupOpacity"), this)
     , m_hideTimer(this) {
     setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_TranslucentBackground);
