@@ -42,7 +42,7 @@ FlashCommand::FlashCommand(Device *device, const QString &file, int timeoutSecon
     m_quiet->setSingleShot(true);
     m_quiet->setInterval(qMax(1, timeoutSeconds) * 1000);
     connect(m_quiet, &QTimer::timeout, this, [this] {
-        m_err << "Прибор перестал запрашивать страницы прошивки" << '\n';
+        m_err << QStringLiteral("Прибор перестал запрашивать страницы прошивки") << '\n';
         finish(ExitFailure);
     });
     m_updater->setImage(m_image);
@@ -57,7 +57,8 @@ FlashCommand::FlashCommand(Device *device, const QString &file, int timeoutSecon
         drawProgress();
     });
     connect(m_updater, &DeviceUpdater::pageRefused, this, [this] {
-        m_err << "Прошивка не предназначена для этого прибора: страница 0 не отправлена" << '\n';
+        m_err << QStringLiteral("Прошивка не предназначена для этого прибора: страница 0 не отправлена")
+              << '\n';
         finish(ExitFailure);
     });
     connect(m_updater, &DeviceUpdater::UpdateComplete, this, [this] {
@@ -65,7 +66,7 @@ FlashCommand::FlashCommand(Device *device, const QString &file, int timeoutSecon
         drawProgress();
         if (m_progressBar)
             m_err << '\n';
-        m_err << "Обновление завершено." << '\n';
+        m_err << QStringLiteral("Обновление завершено.") << '\n';
         finish(ExitOk);
     });
 }
@@ -91,7 +92,7 @@ void FlashCommand::start() {
         return;
     }
     if (!m_device || !m_device->link()) {
-        m_err << "Нет подключенных приборов" << '\n';
+        m_err << QStringLiteral("Нет подключенных приборов") << '\n';
         QTimer::singleShot(0, this, [this] { finish(ExitFailure); });
         return;
     }
@@ -100,7 +101,7 @@ void FlashCommand::start() {
     QPointer<DeviceUpdater> updater = m_updater;
     m_device->setFirmwareHandler(
         [updater](const QByteArray &chunk) { return updater && updater->offer(chunk); });
-    m_err << "Загрузка обновления в прибор." << '\n';
+    m_err << QStringLiteral("Загрузка обновления в прибор.") << '\n';
     m_err.flush();
     m_device->protocol()->clearQueue();
     m_device->protocol()->enterFirmwareUpdate();

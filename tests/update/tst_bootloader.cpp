@@ -16,6 +16,8 @@ class tst_BootLoader : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() {
+        // Every page is logged; the transfer tests send thousands.
+        QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=false"));
         QVERIFY(m_dir.isValid());
         BskBuilder b;
         b.pages = 300; // slots beyond the file's pages are sent as they stand (zero)

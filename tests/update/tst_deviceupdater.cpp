@@ -30,6 +30,8 @@ class tst_DeviceUpdater : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() {
+        // Every page is logged; the transfer tests send thousands.
+        QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=false"));
         QVERIFY(m_dir.isValid());
         BskBuilder b;
         b.pages = 512;
