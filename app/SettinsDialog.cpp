@@ -14,7 +14,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
-#include <QSerialPortInfo>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
@@ -23,23 +22,11 @@ namespace {
 const QString customText = QStringLiteral("Другой");
 const QString blank = QStringLiteral(" - ");
 
-// One port as the list shows it: name, description, manufacturer, serial number, location,
-// vendor and product identifiers in hexadecimal.
-QStringList portRecord(const QSerialPortInfo &info) {
-    auto text = [](const QString &s) { return s.isEmpty() ? blank : s; };
-    return {info.portName(),
-            text(info.description()),
-            text(info.manufacturer()),
-            text(info.serialNumber()),
-            text(info.systemLocation()),
-            info.hasVendorIdentifier() ? QString::number(info.vendorIdentifier(), 16) : blank,
-            info.hasProductIdentifier() ? QString::number(info.productIdentifier(), 16) : blank};
-}
-
-bool isDevicePort(const QSerialPortInfo &info) {
-    return info.hasVendorIdentifier() && info.hasProductIdentifier() &&
-           info.vendorIdentifier() == SettinsDialog::DeviceVendorId &&
-           info.productIdentifier() == SettinsDialog::DeviceProductId;
+// The item data of a port: its record as the list shows it (name, description, manufacturer,
+// vendor and product identifiers in hexadecimal; unknown fields read " - ").
+QStringList portRecord(const SerialPortDescription &port) {
+    const SerialPortRecord r = SerialConnection::record(port);
+    return {r.portName, r.description, r.manufacturer, r.vendorIdentifier, r.productIdentifier};
 }
 
 QSpinBox *spinBox(QWidget *parent, const char *name, int max) {
@@ -97,8 +84,6 @@ void SettinsDialog::buildForm() {
     connect(refresh, &QPushButton::clicked, this, &SettinsDialog::fillPortsInfo);
     m_description = new QLabel(portBox);
     m_manufacturer = new QLabel(portBox);
-    m_serialNumberLabel = new QLabel(portBox);
-    m_location = new QLabel(portBox);
     m_vid = new QLabel(portBox);
     m_pid = new QLabel(portBox);
     m_baudRate = new QComboBox(portBox);
@@ -114,8 +99,6 @@ void SettinsDialog::buildForm() {
     portForm->addRow(QStringLiteral("Порт"), portRow);
     portForm->addRow(QStringLiteral("Описание"), m_description);
     portForm->addRow(QStringLiteral("Производитель"), m_manufacturer);
-    portForm->addRow(QStringLiteral("Серийный номер"), m_serialNumberLabel);
-    portForm->addRow(QStringLiteral("Расположение"), m_location);
     portForm->addRow(QStringLiteral("Vendor ID"), m_vid);
     portForm->addRow(QStringLiteral("Product ID"), m_pid);
     portForm->addRow(QStringLiteral("Скорость"), m_baudRate);
@@ -210,7 +193,7 @@ void SettinsDialog::buildForm() {
 }
 
 void SettinsDialog::fillPortsParameters() {
-    for (const qint32 rate : {9600, 19200, 38400, 57600, 115200})
+    for (const qint32 rate : {9600, 19200, 38400, 57600, int(SerialConnection::BaudRate)})
         m_baudRate->addItem(QString::number(rate), rate);
     m_baudRate->addItem(customText);
     m_baudRate->setCurrentIndex(m_baudRate->findData(AppSettings::SerialBaudRate));
@@ -243,23 +226,30 @@ void SettinsDialog::fillPortsInfo() {
 void SettinsDialog::fillPorts(const QString &select) {
     const QSignalBlocker block(m_port);
     m_port->clear();
-    QList<QSerialPortInfo> devices;
-    QList<QSerialPortInfo> others;
-    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts())
-        (isDevicePort(info) ? devices : others).append(info);
-    for (const QSerialPortInfo &info : devices + others)
-        m_port->addItem(info.portName(), portRecord(info));
+    QList<SerialPortDescription> devices;
+    QList<SerialPortDescription> others;
+    for (const SerialPortDescription &port : m_lister ? m_lister() : QList<SerialPortDescription>())
+        (SerialConnection::isDevicePort(port) ? devices : others).append(port);
+    for (const SerialPortDescription &port : devices + others)
+        m_port->addItem(port.portName, portRecord(port));
     m_port->addItem(customText);
 
     int row = m_port->findText(select);
-    if (row < 0 && !select.isEmpty()) {
+    if (row < 0 && select != m_current.portName)
+        row = m_port->findText(m_current.portName);
+    if (row < 0 && !m_current.portName.isEmpty()) {
         // A stored port that is not plugged in now stays selectable.
-        m_port->insertItem(m_port->count() - 1, select, QStringList{select});
+        m_port->insertItem(m_port->count() - 1, m_current.portName, QStringList{m_current.portName});
         row = m_port->count() - 2;
     }
     m_port->setCurrentIndex(row < 0 ? 0 : row);
     showPortInfo(m_port->currentIndex());
     checkCustomDevicePathPolicy(m_port->currentIndex());
+}
+
+void SettinsDialog::setPortLister(SerialConnection::PortLister lister) {
+    m_lister = std::move(lister);
+    fillPorts(m_current.portName);
 }
 
 void SettinsDialog::showPortInfo(int index) {
@@ -269,10 +259,8 @@ void SettinsDialog::showPortInfo(int index) {
     auto field = [&record](int i) { return i < record.size() ? record.at(i) : blank; };
     m_description->setText(field(1));
     m_manufacturer->setText(field(2));
-    m_serialNumberLabel->setText(field(3));
-    m_location->setText(field(4));
-    m_vid->setText(field(5));
-    m_pid->setText(field(6));
+    m_vid->setText(field(3));
+    m_pid->setText(field(4));
 }
 
 void SettinsDialog::checkCustomBaudRatePolicy(int index) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppSettings.h"
+#include "protocol/SerialConnection.h"
 
 #include <QDialog>
 
@@ -27,9 +28,9 @@ public:
 
     AppSettings::Record settings() const { return m_current; }
 
-    // The USB device's own identifiers; other ports are listed after it for manual choice.
-    static constexpr quint16 DeviceVendorId = 0x2226;
-    static constexpr quint16 DeviceProductId = 0x0013;
+    // Replaces the system's port enumeration (tests) and lists the ports again. The device's own
+    // ports come first; the others follow for a manual choice.
+    void setPortLister(SerialConnection::PortLister lister);
 
     QComboBox *themeBox() const { return m_theme; }
     QComboBox *telemetryBox() const { return m_telemetry; }
@@ -37,6 +38,7 @@ public:
     QLineEdit *imeiEdit() const { return m_imei; }
     QCheckBox *logSaveBox() const { return m_logSave; }
     QComboBox *portBox() const { return m_port; }
+    QLabel *manufacturerLabel() const { return m_manufacturer; }
 
 signals:
     // Stored: the window re-applies the skin and recomputes the telemetry period.
@@ -64,13 +66,12 @@ private:
     AppSettings *m_store;
     bool m_ownsStore;
     AppSettings::Record m_current;
+    SerialConnection::PortLister m_lister = &SerialConnection::systemPorts;
 
     QComboBox *m_connectionType = nullptr;
     QComboBox *m_port = nullptr;
     QLabel *m_description = nullptr;
     QLabel *m_manufacturer = nullptr;
-    QLabel *m_serialNumberLabel = nullptr;
-    QLabel *m_location = nullptr;
     QLabel *m_vid = nullptr;
     QLabel *m_pid = nullptr;
     QComboBox *m_baudRate = nullptr;

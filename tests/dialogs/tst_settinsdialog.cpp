@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -30,6 +31,8 @@ private slots:
     void cancelStoresNothing();
     void logOptionIsIndependentOfServerDialog_data();
     void logOptionIsIndependentOfServerDialog();
+    void portListPutsDevicePortsFirst_data();
+    void portListPutsDevicePortsFirst();
 
 private:
     QSettings *m_raw = nullptr;
@@ -233,6 +236,68 @@ void tst_SettinsDialog::logOptionIsIndependentOfServerDialog() {
     loginSettings serverDialog(nullptr, &store);
     QCOMPARE(settingsDialog.logSaveBox()->isChecked(), setInSettingsDialog);
     QCOMPARE(serverDialog.logSaveBox()->isChecked(), !setInSettingsDialog);
+}
+
+using Ports = QList<SerialPortDescription>;
+Q_DECLARE_METATYPE(Ports)
+
+namespace {
+
+SerialPortDescription port(const char *name, const char *maker, int vid, int pid) {
+    SerialPortDescription d;
+    d.portName = QLatin1String(name);
+    d.description = QStringLiteral("USB serial");
+    d.manufacturer = QLatin1String(maker);
+    d.hasVendorIdentifier = vid >= 0;
+    d.vendorIdentifier = quint16(vid);
+    d.hasProductIdentifier = pid >= 0;
+    d.productIdentifier = quint16(pid);
+    return d;
+}
+
+} // namespace
+
+void tst_SettinsDialog::portListPutsDevicePortsFirst_data() {
+    QTest::addColumn<Ports>("ports");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QStringList>("listed");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("manufacturer");
+    const QString custom = QStringLiteral("Другой");
+    QTest::newRow("device after other port")
+        << Ports{port("ttyS0", "", -1, -1), port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QString()
+        << QStringList{QStringLiteral("ttyACM0"), QStringLiteral("ttyS0"), custom} << "ttyACM0"
+        << "Tavrel";
+    QTest::newRow("product 0x0014 is not the device")
+        << Ports{port("ttyACM1", "Tavrel", 0x2226, 0x0014), port("ttyACM0", "", 0x2226, 0x0013)} << QString()
+        << QStringList{QStringLiteral("ttyACM0"), QStringLiteral("ttyACM1"), custom} << "ttyACM0"
+        << " - ";
+    QTest::newRow("stored port selected")
+        << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013), port("ttyUSB3", "FTDI", 1, 2)} << "ttyUSB3"
+        << QStringList{QStringLiteral("ttyACM0"), QStringLiteral("ttyUSB3"), custom} << "ttyUSB3"
+        << "FTDI";
+    QTest::newRow("stored port unplugged stays")
+        << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << "/dev/pts/7"
+        << QStringList{QStringLiteral("ttyACM0"), QStringLiteral("/dev/pts/7"), custom} << "/dev/pts/7"
+        << " - ";
+}
+
+void tst_SettinsDialog::portListPutsDevicePortsFirst() {
+    QFETCH(Ports, ports);
+    QFETCH(QString, stored);
+    QFETCH(QStringList, listed);
+    AppSettings store(m_raw);
+    store.setPortName(stored);
+    SettinsDialog dialog(nullptr, &store);
+    dialog.setPortLister([ports] { return ports; });
+    QStringList shown;
+    for (int i = 0; i < dialog.portBox()->count(); ++i)
+        shown << dialog.portBox()->itemText(i);
+    QCOMPARE(shown, listed);
+    QTEST(dialog.portBox()->currentText(), "selected");
+    QTEST(dialog.manufacturerLabel()->text(), "manufacturer");
+    dialog.apply();
+    QTEST(dialog.settings().portName, "selected");
 }
 
 QTEST_MAIN(tst_SettinsDialog)
