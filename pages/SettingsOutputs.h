@@ -15,9 +15,9 @@ class Widgetoutputs;
 class SettingsOutputs : public SettingsPageBase {
     Q_OBJECT
 public:
-    // Head of the output-parameters command (a command packet).
-    static constexpr quint8 ParametersCode = 0x02;
-    static constexpr quint8 ParametersOperation = 0x0A;
+    // Head of the output-parameters command: the outputs code, sent as a command packet.
+    static constexpr quint8 ParametersCode = 0x0E;
+    static constexpr quint8 ParametersOperation = 0x02;
 
     explicit SettingsOutputs(VantorConfiguration *configuration, QWidget *parent = nullptr);
 

@@ -1,0 +1,109 @@
+#include "GSMSubnetsEditor.h"
+#include "PreferredNetworkStore.h"
+
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// The preferred-network editor, its built-in operator list and the file that keeps the lists.
+class tst_GSMSubnetsEditor : public QObject {
+    Q_OBJECT
+
+private:
+    static QStringList codes(const QVector<MobileOperator> &ops) {
+        QStringList out;
+        for (const MobileOperator &op : ops)
+            out << op.code();
+        return out;
+    }
+
+private slots:
+    void builtInList_knowsTheMainNetworks_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("code");
+        QTest::newRow("MTS") << "МТС"
+                             << "25001";
+        QTest::newRow("MegaFon") << "МегаФон"
+                                 << "25002";
+        QTest::newRow("Yota") << "Yota"
+                              << "25011";
+        QTest::newRow("Tele2") << "Tele2"
+                               << "25020";
+        QTest::newRow("Motiv") << "Мотив"
+                               << "25035";
+        QTest::newRow("Rostelecom") << "Ростелеком"
+                                    << "25039";
+        QTest::newRow("Beeline") << "Билайн"
+                                 << "25099";
+    }
+    void builtInList_knowsTheMainNetworks() {
+        QFETCH(QString, name);
+        QFETCH(QString, code);
+        const QVector<MobileOperator> found = MobileOperatorList::filter(name);
+        QVERIFY(!found.isEmpty());
+        QCOMPARE(found.first().code(), code);
+    }
+
+    void filter_data() {
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QStringList>("codes");
+        QTest::newRow("lower-case name part") << "мега" << QStringList{"25002"};
+        QTest::newRow("code prefix") << "2509" << QStringList{"25099"};
+        QTest::newRow("code with dash") << "250-20" << QStringList{"25020"};
+        QTest::newRow("no match") << "Vodafone" << QStringList();
+    }
+    void filter() {
+        QFETCH(QString, query);
+        QFETCH(QStringList, codes);
+        QCOMPARE(tst_GSMSubnetsEditor::codes(MobileOperatorList::filter(query)), codes);
+        QCOMPARE(MobileOperatorList::filter(QString()).size(), MobileOperatorList::russian().size());
+    }
+
+    void editor_searchAddMoveRemove() {
+        GSMSubnetsEditor editor({{QStringLiteral("МТС"), 250, QStringLiteral("01")}}, 0);
+        editor.searchEdit()->setText(QStringLiteral("билайн"));
+        QCOMPARE(codes(editor.shownOperators()), QStringList{"25099"});
+        editor.addShown(0);
+        editor.addShown(0); // already listed
+        editor.addManual(257, QStringLiteral("02"), QStringLiteral("A1"));
+        editor.addManual(250, QStringLiteral("7"), QString()); // MNC too short
+        QCOMPARE(codes(editor.networks()), (QStringList{"25001", "25099", "25702"}));
+        editor.move(2, -1);
+        QCOMPARE(codes(editor.networks()), (QStringList{"25001", "25702", "25099"}));
+        editor.move(0, -1); // already first
+        editor.removeAt(0);
+        QCOMPARE(codes(editor.networks()), (QStringList{"25702", "25099"}));
+    }
+
+    void store_keepsEachSimsListInOrder() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("nets.json"));
+        PreferredNetworkStore store(file);
+        store.setNetworks(0, {{QStringLiteral("Билайн"), 250, QStringLiteral("99")},
+                              {QStringLiteral("МТС"), 250, QStringLiteral("01")}});
+        store.setNetworks(1, {{QStringLiteral("Tele2"), 250, QStringLiteral("20")}});
+        QVERIFY(store.save());
+
+        PreferredNetworkStore loaded(file);
+        loaded.load();
+        QCOMPARE(loaded.networks(0), store.networks(0));
+        QCOMPARE(loaded.networks(1), store.networks(1));
+        QVERIFY(loaded.networks(2).isEmpty());
+    }
+
+    void store_brokenFileGivesEmptyLists() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("nets.json"));
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("[1, 2");
+        f.close();
+        PreferredNetworkStore store(file);
+        store.load();
+        QVERIFY(store.networks(0).isEmpty());
+        QVERIFY(store.networks(1).isEmpty());
+    }
+};
+
+QTEST_MAIN(tst_GSMSubnetsEditor)
+#include "tst_gsmsubnetseditor.moc"

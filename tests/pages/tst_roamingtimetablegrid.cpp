@@ -1,0 +1,100 @@
+#include "RoamingTimetableGrid.h"
+#include "roumingShedulerDialog.h"
+
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+
+// The painted grid and the dialog around it.
+class tst_RoamingTimetableGrid : public QObject {
+    Q_OBJECT
+
+private:
+    static void press(QWidget *w, const QPoint &pos) {
+        QMouseEvent e(QEvent::MouseButtonPress, pos, w->mapToGlobal(pos), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+        QApplication::sendEvent(w, &e);
+    }
+    static void drag(QWidget *w, const QPoint &pos) {
+        QMouseEvent e(QEvent::MouseMove, pos, w->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton,
+                      Qt::NoModifier);
+        QApplication::sendEvent(w, &e);
+    }
+    static void release(QWidget *w, const QPoint &pos) {
+        QMouseEvent e(QEvent::MouseButtonRelease, pos, w->mapToGlobal(pos), Qt::LeftButton, Qt::NoButton,
+                      Qt::NoModifier);
+        QApplication::sendEvent(w, &e);
+    }
+
+private slots:
+    void cellAt_mapsEveryCellBack() {
+        RoamingTimetableGrid grid;
+        for (int d = 0; d < RoamingTimetable::Days; ++d) {
+            for (int s = 0; s < RoamingTimetable::SlotsPerDay; ++s)
+                QCOMPARE(grid.cellAt(grid.cellRect(d, s).center()), qMakePair(d, s));
+        }
+        QCOMPARE(grid.cellAt(QPoint(0, 0)), qMakePair(-1, -1));
+        const QRect last = grid.cellRect(6, 15);
+        QCOMPARE(grid.cellAt(last.bottomRight() + QPoint(2, 2)), qMakePair(-1, -1));
+    }
+
+    void pressAndDrag_data() {
+        QTest::addColumn<quint64>("lowBefore");
+        QTest::addColumn<quint64>("lowAfter");
+        QTest::newRow("drag over empty cells sets them") << quint64(0) << quint64(0x1E);
+        QTest::newRow("drag from a set cell clears") << quint64(0xFF) << quint64(0xE1);
+        // The first cell decides: set cells met later stay set.
+        QTest::newRow("mixed row painted on") << quint64(0x08) << quint64(0x1E);
+    }
+    void pressAndDrag() {
+        QFETCH(quint64, lowBefore);
+        QFETCH(quint64, lowAfter);
+        RoamingTimetableGrid grid;
+        grid.setTimetable(RoamingTimetable(lowBefore, 0));
+        QSignalSpy spy(&grid, &RoamingTimetableGrid::timetableChanged);
+
+        // Monday, slots 1 to 4, passing slot 2 twice.
+        press(&grid, grid.cellRect(0, 1).center());
+        drag(&grid, grid.cellRect(0, 2).center());
+        drag(&grid, grid.cellRect(0, 2).topLeft() + QPoint(1, 1));
+        drag(&grid, grid.cellRect(0, 3).center());
+        drag(&grid, grid.cellRect(0, 4).center());
+        release(&grid, grid.cellRect(0, 4).center());
+        drag(&grid, grid.cellRect(0, 5).center()); // after release: no painting
+
+        QCOMPARE(grid.timetable().low(), lowAfter);
+        QCOMPARE(grid.timetable().high(), quint64(0));
+        QVERIFY(spy.count() >= 1);
+    }
+
+    void pressOnSundayLastSlot_setsBit111() {
+        RoamingTimetableGrid grid;
+        press(&grid, grid.cellRect(6, 15).center());
+        release(&grid, grid.cellRect(6, 15).center());
+        QCOMPARE(grid.timetable().high(), quint64(1) << 47);
+        QCOMPARE(grid.timetable().low(), quint64(0));
+    }
+
+    void dialog_clearAndMarkAllKeepReservedBits() {
+        roumingShedulerDialog dialog(RoamingTimetable(0x5, 0xF000000000000000), 1);
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Расписание роуминга SIM 2"));
+        const auto buttons = dialog.findChildren<QPushButton *>();
+        QPushButton *all = nullptr;
+        QPushButton *none = nullptr;
+        for (QPushButton *b : buttons) {
+            if (b->text() == QStringLiteral("Отметить все"))
+                all = b;
+            if (b->text() == QStringLiteral("Очистить"))
+                none = b;
+        }
+        QVERIFY(all && none);
+        none->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(0, 0xF000000000000000));
+        all->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(~quint64(0), 0xF000FFFFFFFFFFFF));
+    }
+};
+
+QTEST_MAIN(tst_RoamingTimetableGrid)
+#include "tst_roamingtimetablegrid.moc"
