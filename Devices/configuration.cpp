@@ -26,7 +26,18 @@ ConfigurationValue::ConfigurationValue(QObject *parent)
     : QObject(parent) {}
 
 IConfigurationItem::IConfigurationItem(QObject *parent)
-    : QObject(parent) {}
+    : QObject(parent) {
+    // The section signals carry fixed-width types; spies and queued connections look them up by name.
+    static const bool registered = [] {
+        qRegisterMetaType<uint16_t>("uint16_t");
+        qRegisterMetaType<uint32_t>("uint32_t");
+        qRegisterMetaType<quint8>("quint8");
+        qRegisterMetaType<quint16>("quint16");
+        qRegisterMetaType<quint64>("quint64");
+        return true;
+    }();
+    Q_UNUSED(registered)
+}
 
 IConfigurationItem::~IConfigurationItem() = default;
 

@@ -1,0 +1,180 @@
+#include "AgcConfiguration.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using kd::AgcConfiguration;
+
+namespace {
+QString describe(const AgcConfigurationItem *e) {
+    return QStringLiteral("%1 %2 %3 %4 %5")
+        .arg(e->enabled())
+        .arg(e->thresholdLow())
+        .arg(e->thresholdHigh())
+        .arg(e->sensitivity())
+        .arg(e->averaging());
+}
+
+const QString kOld = QStringLiteral("1 9 9 9 9");
+} // namespace
+
+class tst_AgcConfiguration : public QObject {
+    Q_OBJECT
+
+private slots:
+    void decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QStringList>("expected");
+
+        const QByteArray head = QByteArray::fromHex("8c 02 00 00");
+        const QByteArray r0 = QByteArray::fromHex("01 00 e8 03 d0 07 0a 00 05 00");
+        const QByteArray r1 = QByteArray::fromHex("fe 00 01 00 02 00 03 00 04 00");
+        const QByteArray r2 = QByteArray::fromHex("03 ff ff ff 00 80 01 01 00 00");
+
+        QTest::newRow("three records set three channels")
+            << head + r0 + r1 + r2 << QStringList{"1 1000 2000 10 5", "0 1 2 3 4", "1 65535 32768 257 0"};
+        QTest::newRow("25 bytes set channels 0 and 1 only")
+            << head + r0 + r1 + r2.left(1) << QStringList{"1 1000 2000 10 5", "0 1 2 3 4", kOld};
+        QTest::newRow("a fourth record is skipped")
+            << head + r0 + r1 + r2 + r0
+            << QStringList{"1 1000 2000 10 5", "0 1 2 3 4", "1 65535 32768 257 0"};
+        QTest::newRow("another kind changes nothing")
+            << QByteArray::fromHex("8c 01 00 00") + r0 << QStringList{kOld, kOld, kOld};
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("8c 82 00 00") + r0 << QStringList{kOld, kOld, kOld};
+    }
+
+    void decode() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QStringList, expected);
+        AgcConfiguration s(3);
+        for (int i = 0; i < 3; ++i) {
+            s.element(i)->setEnabled(1);
+            s.element(i)->setThresholdLow(9);
+            s.element(i)->setThresholdHigh(9);
+            s.element(i)->setSensitivity(9);
+            s.element(i)->setAveraging(9);
+        }
+
+        s.decode(payload);
+
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(describe(s.element(i)), expected.at(i));
+    }
+
+    void decode_logsEveryChannel() {
+        AgcConfiguration s(3);
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression("^\\d+ Прочитано 8c 02 00 00 Конфигурация ADC\\[0\\]$"));
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression("^\\d+ Прочитано 8c 02 00 00 Конфигурация ADC\\[1\\]$"));
+        QSignalSpy filled(&s, &AgcConfiguration::DeviceInfoFilled);
+        QSignalSpy channelFilled(&s, &AgcConfiguration::DeviceInfoChanged);
+
+        s.decode(QByteArray::fromHex("8c 02 00 00") + QByteArray(20, '\0'));
+
+        QCOMPARE(filled.count(), 1);
+        QCOMPARE(channelFilled.count(), 2);
+        QCOMPARE(channelFilled.at(1).at(0).toUInt(), 1u);
+    }
+
+    void elementSignals_areReemittedWithTheChannel_data() {
+        QTest::addColumn<int>("channel");
+        QTest::addColumn<int>("field"); // 0 high, 1 low, 2 averaging, 3 sensitivity
+        QTest::addColumn<int>("value");
+
+        QTest::newRow("high threshold of the third channel") << 2 << 0 << 1234;
+        QTest::newRow("low threshold of the first channel") << 0 << 1 << 17;
+        QTest::newRow("averaging of the second channel") << 1 << 2 << 65535;
+        QTest::newRow("sensitivity of the third channel") << 2 << 3 << 3;
+    }
+
+    void elementSignals_areReemittedWithTheChannel() {
+        QFETCH(int, channel);
+        QFETCH(int, field);
+        QFETCH(int, value);
+        AgcConfiguration s(3);
+        QSignalSpy high(&s, &AgcConfiguration::agcChannelHighThresholdChanged);
+        QSignalSpy low(&s, &AgcConfiguration::agcChannelLowThresholdChanged);
+        QSignalSpy averaging(&s, &AgcConfiguration::agcChannelAveragingChanged);
+        QSignalSpy sensitivity(&s, &AgcConfiguration::agcChannelSensitivityChanged);
+        QSignalSpy *spies[] = {&high, &low, &averaging, &sensitivity};
+        AgcConfigurationItem *e = s.element(channel);
+
+        // Emitted directly, as a page's widget mapping may do, not only through the setters.
+        switch (field) {
+        case 0:
+            emit e->thresholdHighChanged(uint16_t(value));
+            break;
+        case 1:
+            emit e->thresholdLowChanged(uint16_t(value));
+            break;
+        case 2:
+            emit e->averagingChanged(uint16_t(value));
+            break;
+        default:
+            emit e->sensitivityChanged(uint16_t(value));
+            break;
+        }
+
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(spies[i]->count(), i == field ? 1 : 0);
+        const QList<QVariant> args = spies[field]->takeFirst();
+        QCOMPARE(args.at(0).toUInt(), uint(channel));
+        QCOMPARE(args.at(1).toUInt(), uint(value));
+    }
+
+    void elementFilled_isReemittedAsDeviceInfoChanged() {
+        AgcConfiguration s(3);
+        QSignalSpy spy(&s, &AgcConfiguration::DeviceInfoChanged);
+        emit s.element(1)->DeviceInfoFilled();
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toUInt(), 1u);
+    }
+
+    void sectionWithoutElements_hasNoneAndEncodesNothing() {
+        AgcConfiguration s(0);
+        QCOMPARE(s.count(), 0);
+        QCOMPARE(s.element(0), nullptr);
+        QVERIFY(s.encode(0).isEmpty());
+        s.decode(QByteArray::fromHex("8c 02 00 00 01 00 01 00 01 00 01 00 01 00"));
+    }
+
+    void encode_data() {
+        QTest::addColumn<int>("channel");
+        QTest::addColumn<int>("enabled");
+        QTest::addColumn<QByteArray>("expected");
+
+        QTest::newRow("channel 1 enabled")
+            << 1 << 1 << QByteArray::fromHex("0c 02 01 00 01 00 e8 03 d0 07 0a 00 05 00");
+        QTest::newRow("enabled 2 is written as 0")
+            << 2 << 2 << QByteArray::fromHex("0c 02 02 00 00 00 e8 03 d0 07 0a 00 05 00");
+        QTest::newRow("channel outside the section") << 3 << 1 << QByteArray();
+    }
+
+    void encode() {
+        QFETCH(int, channel);
+        QFETCH(int, enabled);
+        QFETCH(QByteArray, expected);
+        AgcConfiguration s(3);
+        if (AgcConfigurationItem *e = s.element(channel)) {
+            e->setEnabled(quint8(enabled));
+            e->setThresholdLow(1000);
+            e->setThresholdHigh(2000);
+            e->setSensitivity(10);
+            e->setAveraging(5);
+        }
+
+        QCOMPARE(s.encode(channel).toHex(' '), expected.toHex(' '));
+        if (expected.isEmpty())
+            return;
+        AgcConfiguration device(3);
+        QVERIFY(device.decodeWrite(s.encode(channel)));
+        AgcConfiguration reader(3);
+        reader.decode(device.encodeAnswer());
+        QCOMPARE(describe(reader.element(channel)), QStringLiteral("%1 1000 2000 10 5").arg(enabled & 1));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_AgcConfiguration)
+#include "tst_agcconfiguration.moc"

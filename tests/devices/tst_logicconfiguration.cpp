@@ -1,0 +1,92 @@
+#include "LogicConfiguration.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using kd::LogicConfiguration;
+
+class tst_LogicConfiguration : public QObject {
+    Q_OBJECT
+
+private slots:
+    void decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("func0");
+        QTest::addColumn<int>("func1");
+        QTest::addColumn<QString>("loggedHead"); // empty: nothing decoded
+
+        QTest::newRow("two records") << QByteArray::fromHex("8d 02 00 00 03 00 07 00") << 3 << 7
+                                     << "8d 02 00 00";
+        QTest::newRow("index byte 5 is clamped to 1, records still start at input 0")
+            << QByteArray::fromHex("8d 02 05 00 03 00 07 00") << 3 << 7 << "8d 02 01 00";
+        QTest::newRow("index byte 1 stays 1")
+            << QByteArray::fromHex("8d 02 01 00 04 00") << 4 << 9 << "8d 02 01 00";
+        QTest::newRow("odd byte is no record")
+            << QByteArray::fromHex("8d 02 00 00 04 00 05") << 4 << 9 << "8d 02 00 00";
+        QTest::newRow("a third record is skipped")
+            << QByteArray::fromHex("8d 02 00 00 01 00 02 00 03 00") << 1 << 2 << "8d 02 00 00";
+        QTest::newRow("another kind changes nothing")
+            << QByteArray::fromHex("8d 01 00 00 01 00 02 00") << 9 << 9 << "";
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("8d 82 00 00 01 00") << 9 << 9 << "";
+    }
+
+    void decode() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, loggedHead);
+        LogicConfiguration s(2);
+        s.element(0)->setFunc(9);
+        s.element(1)->setFunc(9);
+        if (!loggedHead.isEmpty()) {
+            QTest::ignoreMessage(QtDebugMsg,
+                                 QRegularExpression(QStringLiteral("^\\d+ Прочитано %1 "
+                                                                   "Конфигурация LogicInputs\\[0\\]$")
+                                                        .arg(loggedHead)));
+        }
+        QSignalSpy filled(&s, &LogicConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(int(s.element(0)->func()), "func0");
+        QTEST(int(s.element(1)->func()), "func1");
+        QCOMPARE(filled.count(), loggedHead.isEmpty() ? 0 : 1);
+    }
+
+    void encode_data() {
+        QTest::addColumn<int>("input");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("first input") << 0 << QByteArray::fromHex("0d 02 00 00 2a 00");
+        QTest::newRow("second input") << 1 << QByteArray::fromHex("0d 02 01 00 2a 00");
+        QTest::newRow("outside the section") << 2 << QByteArray();
+    }
+
+    void encode() {
+        QFETCH(int, input);
+        QFETCH(QByteArray, expected);
+        LogicConfiguration s(2);
+        if (s.element(input))
+            s.element(input)->setFunc(42);
+
+        QCOMPARE(s.encode(input).toHex(' '), expected.toHex(' '));
+        if (expected.isEmpty())
+            return;
+        LogicConfiguration device(2);
+        QVERIFY(device.decodeWrite(expected));
+        QCOMPARE(int(device.element(input)->func()), 42);
+        QCOMPARE(int(device.element(1 - input)->func()), 0);
+        QCOMPARE(device.encodeAnswer().toHex(' '),
+                 QByteArray::fromHex(input == 0 ? "8d 02 00 00 2a 00 00 00" : "8d 02 00 00 00 00 2a 00")
+                     .toHex(' '));
+    }
+
+    void funcChange_isReemittedWithTheInput() {
+        LogicConfiguration s(2);
+        QSignalSpy spy(&s, &LogicConfiguration::funcChanged);
+        s.element(1)->setFunc(3);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_LogicConfiguration)
+#include "tst_logicconfiguration.moc"
