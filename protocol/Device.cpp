@@ -23,6 +23,7 @@ Device::Device(kd::Configuration *configuration, QObject *parent)
     , m_protocol(new proto::UNPProtocol(configuration, this))
     , m_parser(new UNPParcer(configuration, this))
     , m_responseTimer(new QTimer(this)) {
+    qRegisterMetaType<Connection *>();
     m_responseTimer->setInterval(DefaultResponseInterval);
     connect(m_responseTimer, &QTimer::timeout, this, &Device::onResponseTimeout);
 }

@@ -15,8 +15,7 @@
 
 // A container holding all ten sections; the element counts of the multi-element sections are chosen by
 // the test so that per-element writes can be counted.
-inline kd::Configuration *makeConfiguration(QObject *parent, int analog = 3, int logic = 2, int servers = 1)
-{
+inline kd::Configuration *makeConfiguration(QObject *parent, int analog = 3, int logic = 2, int servers = 1) {
     auto *cfg = new kd::Configuration(parent);
     const auto add = [cfg](const char *key, kd::IConfigurationItem *item) {
         cfg->registerItem(QLatin1String(key), item);
@@ -34,8 +33,7 @@ inline kd::Configuration *makeConfiguration(QObject *parent, int analog = 3, int
     return cfg;
 }
 
-template<class S>
-S *section(kd::Configuration *cfg, const char *key)
-{
+template <class S>
+S *section(kd::Configuration *cfg, const char *key) {
     return kd::typed_item<S>(cfg, QLatin1String(key));
 }

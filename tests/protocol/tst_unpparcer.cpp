@@ -16,11 +16,12 @@ public:
 };
 
 // Every parser signal as one text, in emission order.
-QStringList *recordSignals(UNPParcer &parser, QStringList *out)
-{
-    QObject::connect(&parser, &UNPParcer::PasswordChange, [out] { *out << QStringLiteral("PasswordChange"); });
+QStringList *recordSignals(UNPParcer &parser, QStringList *out) {
+    QObject::connect(&parser, &UNPParcer::PasswordChange,
+                     [out] { *out << QStringLiteral("PasswordChange"); });
     QObject::connect(&parser, &UNPParcer::PasswordError, [out] { *out << QStringLiteral("PasswordError"); });
-    QObject::connect(&parser, &UNPParcer::PasswordComplete, [out] { *out << QStringLiteral("PasswordComplete"); });
+    QObject::connect(&parser, &UNPParcer::PasswordComplete,
+                     [out] { *out << QStringLiteral("PasswordComplete"); });
     QObject::connect(&parser, &UNPParcer::DeviceBlocked, [out] { *out << QStringLiteral("DeviceBlocked"); });
     QObject::connect(&parser, &UNPParcer::ControlTelemetry,
                      [out](int t) { *out << QStringLiteral("ControlTelemetry(%1)").arg(t); });
@@ -34,8 +35,7 @@ QStringList *recordSignals(UNPParcer &parser, QStringList *out)
 }
 
 // True when `wanted` appears in `lines` in order (other lines may lie between).
-bool inOrder(const QStringList &lines, const QStringList &wanted)
-{
+bool inOrder(const QStringList &lines, const QStringList &wanted) {
     int at = 0;
     for (const QString &line : lines) {
         if (at < wanted.size() && line == wanted.at(at))
@@ -59,8 +59,7 @@ private slots:
     void missingSectionDecodesNothing();
 };
 
-void tst_UNPParcer::dispatch_data()
-{
+void tst_UNPParcer::dispatch_data() {
     QTest::addColumn<int>("type");
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QStringList>("signalsEmitted");
@@ -71,9 +70,10 @@ void tst_UNPParcer::dispatch_data()
     const QString login = QStringLiteral("Ввод пароля");
     const auto hex = [](const char *h) { return QByteArray::fromHex(h); };
 
-    QTest::newRow("status 1 executed") << 6 << hex("118100000100") << QStringList() << QStringList{Executed} << true;
-    QTest::newRow("status 2 not supported") << 6 << hex("118100000200") << QStringList()
-                                            << QStringList{"....Команда не поддерживается"} << true;
+    QTest::newRow("status 1 executed")
+        << 6 << hex("118100000100") << QStringList() << QStringList{Executed} << true;
+    QTest::newRow("status 2 not supported")
+        << 6 << hex("118100000200") << QStringList() << QStringList{"....Команда не поддерживается"} << true;
     QTest::newRow("status 3 in a section answer asks for the password, decodes nothing")
         << 6 << hex("918100000300") << QStringList{"PasswordChange"}
         << QStringList{"Нужна авторизация, введите пароль...."} << true;
@@ -81,29 +81,31 @@ void tst_UNPParcer::dispatch_data()
                                              << QStringList{"....Введен неправильный пароль"} << true;
     QTest::newRow("status 5 blocked") << 6 << hex("108100000500") << QStringList{"DeviceBlocked"}
                                       << QStringList{"...Прибор заблокирован"} << true;
-    QTest::newRow("status 6 is a box, then blocked") << 6 << hex("018100000600") << QStringList{"DeviceBlocked"}
-                                                     << QStringList() << true;
+    QTest::newRow("status 6 is a box, then blocked")
+        << 6 << hex("018100000600") << QStringList{"DeviceBlocked"} << QStringList() << true;
     QTest::newRow("status 7 unknown packet type")
         << 6 << hex("118100000700") << QStringList() << QStringList{"....Неизвестный тип пакета"} << true;
     QTest::newRow("status 8 has no meaning of its own")
         << 6 << hex("118100000800") << QStringList() << QStringList{"....Неизвестный тип ответа"} << true;
-    QTest::newRow("status 9 execution error") << 6 << hex("118100000900") << QStringList()
-                                              << QStringList{"....Ошибка исполнения команды EXECUTE_ERROR"} << true;
-    QTest::newRow("status 0 unknown") << 6 << hex("118100000000") << QStringList()
-                                      << QStringList{"....Неизвестный тип ответа"} << true;
+    QTest::newRow("status 9 execution error")
+        << 6 << hex("118100000900") << QStringList()
+        << QStringList{"....Ошибка исполнения команды EXECUTE_ERROR"} << true;
+    QTest::newRow("status 0 unknown")
+        << 6 << hex("118100000000") << QStringList() << QStringList{"....Неизвестный тип ответа"} << true;
     QTest::newRow("status 0x0100 unknown (little-endian)")
         << 6 << hex("118100000001") << QStringList() << QStringList{"....Неизвестный тип ответа"} << true;
     QTest::newRow("status answer without its status bytes reads 0")
         << 6 << hex("1181") << QStringList() << QStringList{"....Неизвестный тип ответа"} << true;
-    QTest::newRow("write echo 0x03 ignored") << 6 << hex("03020000") << QStringList() << QStringList() << true;
+    QTest::newRow("write echo 0x03 ignored")
+        << 6 << hex("03020000") << QStringList() << QStringList() << true;
     QTest::newRow("unknown code ignored") << 6 << hex("8f010000") << QStringList() << QStringList() << true;
     QTest::newRow("empty payload ignored") << 6 << QByteArray() << QStringList() << QStringList() << true;
 
     QTest::newRow("device info 0x81")
-        << 6 << hex("81010000") + QByteArray(60, '\0') << QStringList{"DeviceInfoAcquired", "ConfigPackageDetected(129)"}
-        << QStringList() << false;
-    QTest::newRow("navigation 0x83") << 6 << hex("8302000001020304050600") << QStringList{"ConfigPackageDetected(131)"}
-                                     << QStringList() << false;
+        << 6 << hex("81010000") + QByteArray(60, '\0')
+        << QStringList{"DeviceInfoAcquired", "ConfigPackageDetected(129)"} << QStringList() << false;
+    QTest::newRow("navigation 0x83") << 6 << hex("8302000001020304050600")
+                                     << QStringList{"ConfigPackageDetected(131)"} << QStringList() << false;
     QTest::newRow("GSM 0x84") << 6 << hex("84040000") + QByteArray(18, '\0')
                               << QStringList{"ConfigPackageDetected(132)"} << QStringList() << false;
     QTest::newRow("fuel 0x88") << 6 << hex("88010000") + QByteArray(26, '\0')
@@ -125,33 +127,34 @@ void tst_UNPParcer::dispatch_data()
     QTest::newRow("login answer, accepted")
         << 7 << hex("018100000100") << QStringList{"PasswordComplete"}
         << QStringList{commands, login, Executed, "Введен верный пароль"} << true;
-    QTest::newRow("login answer, operation without status bit") << 7 << hex("010100000100")
-                                                                << QStringList{"PasswordComplete"}
-                                                                << QStringList{commands, login, Executed,
-                                                                               "Введен верный пароль"}
-                                                                << true;
-    QTest::newRow("firmware-update mode confirmed") << 7 << hex("01820000") << QStringList{"OnFirmwareUpdateEnter"}
-                                                    << QStringList{commands} << true;
+    QTest::newRow("login answer, operation without status bit")
+        << 7 << hex("010100000100") << QStringList{"PasswordComplete"}
+        << QStringList{commands, login, Executed, "Введен верный пароль"} << true;
+    QTest::newRow("firmware-update mode confirmed")
+        << 7 << hex("01820000") << QStringList{"OnFirmwareUpdateEnter"} << QStringList{commands} << true;
     QTest::newRow("mode answer, other operation ignored")
         << 7 << hex("01030000") << QStringList() << QStringList{commands} << true;
     QTest::newRow("telemetry notice 1") << 7 << hex("82010000") << QStringList{"ControlTelemetry(1)"}
                                         << QStringList{commands, "....телеметрия прибора"} << true;
-    QTest::newRow("telemetry 5 only logged") << 7 << hex("82050000") << QStringList()
-                                             << QStringList{commands, "....телеметрия????"} << true;
-    QTest::newRow("telemetry clock 11") << 7 << hex("820b0000010203040506") << QStringList{"ControlTelemetry(11)"}
-                                        << QStringList{commands} << false;
-    QTest::newRow("telemetry 0x8E read as 14") << 7 << hex("828e0000") + QByteArray(38, '\0')
-                                               << QStringList{"ControlTelemetry(14)"} << QStringList{commands}
-                                               << false;
-    QTest::newRow("telemetry 22 of 7 bytes dropped") << 7 << hex("82160000") + QByteArray(7, '\0')
-                                                     << QStringList() << QStringList{commands} << false;
-    QTest::newRow("telemetry 25 ignored") << 7 << hex("82190000") << QStringList() << QStringList{commands} << true;
-    QTest::newRow("command code 3 ignored") << 7 << hex("03010000") << QStringList() << QStringList{commands} << true;
-    QTest::newRow("packet type 8 ignored") << 8 << hex("018100000300") << QStringList() << QStringList() << true;
+    QTest::newRow("telemetry 5 only logged")
+        << 7 << hex("82050000") << QStringList() << QStringList{commands, "....телеметрия????"} << true;
+    QTest::newRow("telemetry clock 11")
+        << 7 << hex("820b0000010203040506") << QStringList{"ControlTelemetry(11)"} << QStringList{commands}
+        << false;
+    QTest::newRow("telemetry 0x8E read as 14")
+        << 7 << hex("828e0000") + QByteArray(38, '\0') << QStringList{"ControlTelemetry(14)"}
+        << QStringList{commands} << false;
+    QTest::newRow("telemetry 22 of 7 bytes dropped")
+        << 7 << hex("82160000") + QByteArray(7, '\0') << QStringList() << QStringList{commands} << false;
+    QTest::newRow("telemetry 25 ignored")
+        << 7 << hex("82190000") << QStringList() << QStringList{commands} << true;
+    QTest::newRow("command code 3 ignored")
+        << 7 << hex("03010000") << QStringList() << QStringList{commands} << true;
+    QTest::newRow("packet type 8 ignored")
+        << 8 << hex("018100000300") << QStringList() << QStringList() << true;
 }
 
-void tst_UNPParcer::dispatch()
-{
+void tst_UNPParcer::dispatch() {
     QFETCH(int, type);
     QFETCH(QByteArray, payload);
     QFETCH(QStringList, signalsEmitted);
@@ -175,8 +178,7 @@ void tst_UNPParcer::dispatch()
     QCOMPARE(capture.unstamped, 0);
 }
 
-void tst_UNPParcer::powerCycleStatusGoesThroughTheNotifier()
-{
+void tst_UNPParcer::powerCycleStatusGoesThroughTheNotifier() {
     UNPParcer parser;
     RecordingNotifier notifier;
     parser.setStatusNotifier(&notifier);
@@ -184,13 +186,14 @@ void tst_UNPParcer::powerCycleStatusGoesThroughTheNotifier()
     recordSignals(parser, &emitted);
     parser.handleStatus(UNPParcer::PowerCycleNeeded);
     QCOMPARE(notifier.texts.size(), 1);
-    QVERIFY(notifier.texts.first().startsWith(QStringLiteral("Для сброса настроек необходимо отключить питание")));
-    QVERIFY(notifier.texts.first().contains(QStringLiteral("\nВозможно, Вы просто выдернули и вставили кабель USB")));
+    QVERIFY(notifier.texts.first().startsWith(
+        QStringLiteral("Для сброса настроек необходимо отключить питание")));
+    QVERIFY(notifier.texts.first().contains(
+        QStringLiteral("\nВозможно, Вы просто выдернули и вставили кабель USB")));
     QCOMPARE(emitted, QStringList{"DeviceBlocked"}); // only after the box
 }
 
-void tst_UNPParcer::packetEntryCutsSurplusBytes()
-{
+void tst_UNPParcer::packetEntryCutsSurplusBytes() {
     UNPParcer parser;
     LogCapture capture;
     // Announced length 5: the status is the single byte 01; the 01 behind it belongs to no payload.
@@ -201,8 +204,7 @@ void tst_UNPParcer::packetEntryCutsSurplusBytes()
     QCOMPARE(capture.take(), QStringList{"....Неизвестный тип ответа"});
 }
 
-void tst_UNPParcer::sectionDecodedIntoTheConfiguration()
-{
+void tst_UNPParcer::sectionDecodedIntoTheConfiguration() {
     QObject owner;
     kd::Configuration *cfg = makeConfiguration(&owner);
     auto *system = section<kd::SystemConfiguration>(cfg, kd::keys::System);
@@ -212,8 +214,7 @@ void tst_UNPParcer::sectionDecodedIntoTheConfiguration()
     QCOMPARE(filled.count(), 1);
 }
 
-void tst_UNPParcer::missingSectionDecodesNothing()
-{
+void tst_UNPParcer::missingSectionDecodesNothing() {
     kd::Configuration cfg;
     UNPParcer parser(&cfg);
     QStringList emitted;

@@ -17,8 +17,7 @@ using Op = std::function<void(UNPProtocol &)>;
 
 // "full hex" must match exactly; "prefix+N" is a frame whose first bytes are `prefix`, followed by N
 // body bytes taken from the section and the two checksum bytes.
-bool matches(const QByteArray &frame, const QString &expected, QString *why)
-{
+bool matches(const QByteArray &frame, const QString &expected, QString *why) {
     const QStringList parts = expected.split(QLatin1Char('+'));
     const QByteArray prefix = QByteArray::fromHex(parts.at(0).toLatin1());
     if (parts.size() == 1) {
@@ -47,8 +46,7 @@ private slots:
     void telemetryOperationsFollowTheirOrder();
 };
 
-void tst_UNPProtocol::requestFrames_data()
-{
+void tst_UNPProtocol::requestFrames_data() {
     QTest::addColumn<Op>("op");
     QTest::addColumn<QStringList>("frames");
 
@@ -57,8 +55,10 @@ void tst_UNPProtocol::requestFrames_data()
     };
     row("readNavigation: block 3 first", [](UNPProtocol &p) { p.readNavigation(); },
         {"a5a506000400830300008103", "a5a506000400830200008102"});
-    row("readNavigationBlock2", [](UNPProtocol &p) { p.readNavigationBlock2(); }, {"a5a506000400830200008102"});
-    row("readNavigationBlock3", [](UNPProtocol &p) { p.readNavigationBlock3(); }, {"a5a506000400830300008103"});
+    row("readNavigationBlock2", [](UNPProtocol &p) { p.readNavigationBlock2(); },
+        {"a5a506000400830200008102"});
+    row("readNavigationBlock3", [](UNPProtocol &p) { p.readNavigationBlock3(); },
+        {"a5a506000400830300008103"});
     row("readFuel", [](UNPProtocol &p) { p.readFuel(); }, {"a5a506000400880100008a01"});
     row("readCode9", [](UNPProtocol &p) { p.readCode9(); }, {"a5a506000400890100008b01"});
     row("readAnalogInputs", [](UNPProtocol &p) { p.readAnalogInputs(); }, {"a5a5060004008c0200008e02"});
@@ -79,7 +79,8 @@ void tst_UNPProtocol::requestFrames_data()
     row("readTelemetry0C", [](UNPProtocol &p) { p.readTelemetry0C(); }, {"a5a507000400820c0000810c"});
     row("readTelemetryNavReceivers", [](UNPProtocol &p) { p.readTelemetryNavReceivers(); },
         {"a5a507000400820e0000810e"});
-    row("readTelemetryServers", [](UNPProtocol &p) { p.readTelemetryServers(); }, {"a5a507000400820f0000810f"});
+    row("readTelemetryServers", [](UNPProtocol &p) { p.readTelemetryServers(); },
+        {"a5a507000400820f0000810f"});
     row("readTelemetryNavSummary", [](UNPProtocol &p) { p.readTelemetryNavSummary(); },
         {"a5a507000400821000008110"});
     row("readTelemetryAnalogInputs", [](UNPProtocol &p) { p.readTelemetryAnalogInputs(); },
@@ -88,8 +89,10 @@ void tst_UNPProtocol::requestFrames_data()
         {"a5a507000400821200008112"});
     row("readTelemetryFuel", [](UNPProtocol &p) { p.readTelemetryFuel(); }, {"a5a507000400821300008113"});
     row("readTelemetry14", [](UNPProtocol &p) { p.readTelemetry14(); }, {"a5a507000400821400008114"});
-    row("readTelemetryState21", [](UNPProtocol &p) { p.readTelemetryState21(); }, {"a5a507000400821500008115"});
-    row("readTelemetryState22", [](UNPProtocol &p) { p.readTelemetryState22(); }, {"a5a507000400821600008116"});
+    row("readTelemetryState21", [](UNPProtocol &p) { p.readTelemetryState21(); },
+        {"a5a507000400821500008115"});
+    row("readTelemetryState22", [](UNPProtocol &p) { p.readTelemetryState22(); },
+        {"a5a507000400821600008116"});
     row("readTelemetrySim", [](UNPProtocol &p) { p.readTelemetrySim(); }, {"a5a507000400821700008117"});
     row("readTelemetryGsmRegistration", [](UNPProtocol &p) { p.readTelemetryGsmRegistration(); },
         {"a5a507000400821800008118"});
@@ -97,7 +100,8 @@ void tst_UNPProtocol::requestFrames_data()
     row("login", [](UNPProtocol &p) { p.login(0x12345678); }, {"a5a50700080001010000785634124245"});
     row("changePassword", [](UNPProtocol &p) { p.changePassword(0x0A0B0C0D); },
         {"a5a506000800020100000d0c0b0a0a07"});
-    row("resetSettings: argument 0", [](UNPProtocol &p) { p.resetSettings(); }, {"a5a5070006000103000000000003"});
+    row("resetSettings: argument 0", [](UNPProtocol &p) { p.resetSettings(); },
+        {"a5a5070006000103000000000003"});
     row("clearMemory: argument 1", [](UNPProtocol &p) { p.clearMemory(); }, {"a5a5070006000103000001000103"});
     row("writeNavigation: block 3 first", [](UNPProtocol &p) { p.writeNavigation(); },
         {"a5a50600080003030000+4", "a5a506000a0003020000+6"});
@@ -118,8 +122,7 @@ void tst_UNPProtocol::requestFrames_data()
         [](UNPProtocol &p) { p.writeOutputParameters(0x0E, 0x05); }, {"a5a5070008000e050000+4"});
 }
 
-void tst_UNPProtocol::requestFrames()
-{
+void tst_UNPProtocol::requestFrames() {
     QFETCH(Op, op);
     QFETCH(QStringList, frames);
     QObject owner;
@@ -134,8 +137,7 @@ void tst_UNPProtocol::requestFrames()
     }
 }
 
-void tst_UNPProtocol::writesCarryTheSectionEncoders()
-{
+void tst_UNPProtocol::writesCarryTheSectionEncoders() {
     QObject owner;
     kd::Configuration *cfg = makeConfiguration(&owner);
     section<kd::SystemConfiguration>(cfg, kd::keys::System)->value()->setParkingMin(5);
@@ -154,8 +156,7 @@ void tst_UNPProtocol::writesCarryTheSectionEncoders()
     QCOMPARE(payload(3).chopped(2), section<kd::ServerConfiguration>(cfg, kd::keys::Server)->encode(0));
 }
 
-void tst_UNPProtocol::writesWithoutConfigurationSendNothing()
-{
+void tst_UNPProtocol::writesWithoutConfigurationSendNothing() {
     UNPProtocol protocol;
     protocol.writeNavigation();
     protocol.writeGsm();
@@ -168,8 +169,7 @@ void tst_UNPProtocol::writesWithoutConfigurationSendNothing()
     QCOMPARE(protocol.queueSize(), 1);
 }
 
-void tst_UNPProtocol::writeOfMissingElementSendsNothing()
-{
+void tst_UNPProtocol::writeOfMissingElementSendsNothing() {
     QObject owner;
     UNPProtocol protocol(makeConfiguration(&owner, 3, 2, 1));
     protocol.writeAnalogInput(3);
@@ -179,8 +179,7 @@ void tst_UNPProtocol::writeOfMissingElementSendsNothing()
     QCOMPARE(protocol.queueSize(), 0);
 }
 
-void tst_UNPProtocol::queueOperations()
-{
+void tst_UNPProtocol::queueOperations() {
     UNPProtocol protocol;
     QVERIFY(!protocol.peekNext());
     protocol.readSystem();
@@ -198,8 +197,7 @@ void tst_UNPProtocol::queueOperations()
     QVERIFY(!protocol.peekNext());
 }
 
-void tst_UNPProtocol::enqueueFrameFirstGoesToTheHead()
-{
+void tst_UNPProtocol::enqueueFrameFirstGoesToTheHead() {
     UNPProtocol protocol;
     protocol.readSystem();
     protocol.readFuel();
@@ -210,8 +208,7 @@ void tst_UNPProtocol::enqueueFrameFirstGoesToTheHead()
     QCOMPARE(protocol.queue().at(1).toHex(), QByteArray("a5a506000400910100009301"));
 }
 
-void tst_UNPProtocol::sendTextIsBuiltApartFromTheCurrentPacket()
-{
+void tst_UNPProtocol::sendTextIsBuiltApartFromTheCurrentPacket() {
     UNPProtocol protocol;
     protocol.readSystem();
     protocol.sendText(proto::ServerLoginPacketType, QStringLiteral("1"));
@@ -219,8 +216,7 @@ void tst_UNPProtocol::sendTextIsBuiltApartFromTheCurrentPacket()
     QCOMPARE(protocol.queue().last().size(), proto::Frame::TextFrameSize);
 }
 
-void tst_UNPProtocol::changePasswordKeepsTheLastValue()
-{
+void tst_UNPProtocol::changePasswordKeepsTheLastValue() {
     UNPProtocol protocol;
     QCOMPARE(protocol.lastPassword(), 0u);
     protocol.changePassword(1111);
@@ -230,8 +226,7 @@ void tst_UNPProtocol::changePasswordKeepsTheLastValue()
     QCOMPARE(protocol.lastPassword(), 2222u);
 }
 
-void tst_UNPProtocol::telemetryOperationsFollowTheirOrder()
-{
+void tst_UNPProtocol::telemetryOperationsFollowTheirOrder() {
     UNPProtocol protocol;
     const auto &codes = UNPProtocol::telemetrySubCodes();
     QCOMPARE(codes.size(), 15);

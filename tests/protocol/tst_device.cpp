@@ -1,0 +1,387 @@
+#include "FakeLink.h"
+#include "LogCapture.h"
+#include "SectionsFixture.h"
+
+#include "protocol/Device.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
+
+#include <QtTest>
+
+namespace {
+
+const QByteArray SystemRead = QByteArray::fromHex("a5a506000400910100009301");
+const QByteArray FuelRead = QByteArray::fromHex("a5a506000400880100008a01");
+const QByteArray OutputsRead = QByteArray::fromHex("a5a5060004008e0100008c01");
+// A status answer "executed" to a system write: 14 bytes, payload 11 81 00 00 01 00.
+const QByteArray Executed = QByteArray::fromHex("a5a5060006001181000001009181");
+
+struct Session {
+    QObject owner;
+    Device *device;
+    FakeLink *link;
+
+    explicit Session(FakeLink::Fault fault = FakeLink::Silent)
+        : device(new Device(makeConfiguration(&owner), &owner))
+        , link(new FakeLink) {
+        // Time-outs are driven by hand unless a test asks for the timer.
+        device->setResponseInterval(3600 * 1000);
+        link->fault = fault;
+        device->setLink(link);
+    }
+    proto::UNPProtocol *protocol() const { return device->protocol(); }
+    void queueThree() const {
+        protocol()->readSystem();
+        protocol()->readFuel();
+        protocol()->readOutputs();
+    }
+};
+
+} // namespace
+
+class tst_Device : public QObject {
+    Q_OBJECT
+private slots:
+    void sendingStepWritesTheHeadAndDropsIt();
+    void timerArmedOnlyWhileConnected();
+    void withoutLinkTheFrameStaysQueued();
+    void timeouts_data();
+    void timeouts();
+    void answerResetsTheRetryCounter();
+    void secondLossWhileUnresolvedIsNotRaised();
+    void answerAfterLossRestores();
+    void timerDrivesTheTimeouts();
+    void chunks_data();
+    void chunks();
+    void shortChunkIsDroppedWithoutRetry();
+    void firmwareHandlerIsOfferedEveryChunkFirst();
+    void loaderChunkNeverReachesTheParser();
+    void queueSizeLine_data();
+    void queueSizeLine();
+    void trafficLogLines();
+    void passwordMasked_data();
+    void passwordMasked();
+    void idleWhenDrained();
+    void replacingTheLink();
+};
+
+void tst_Device::sendingStepWritesTheHeadAndDropsIt() {
+    Session s;
+    s.queueThree();
+    QSignalSpy sent(s.device, &Device::frameSent);
+    s.device->sendNextCommand();
+    QCOMPARE(s.link->written, QList<QByteArray>{SystemRead});
+    QCOMPARE(s.protocol()->queueSize(), 2);
+    QVERIFY(s.device->isAnswerPending());
+    QCOMPARE(sent.count(), 1);
+    QCOMPARE(sent.at(0).at(0).toByteArray(), SystemRead);
+}
+
+void tst_Device::timerArmedOnlyWhileConnected() {
+    Session s;
+    s.link->linkState = Connection::Connecting;
+    s.protocol()->readSystem();
+    s.device->sendNextCommand();
+    QCOMPARE(s.link->written.size(), 1);
+    QVERIFY(!s.device->isAnswerPending());
+}
+
+void tst_Device::withoutLinkTheFrameStaysQueued() {
+    Device device;
+    device.protocol()->readSystem();
+    LogCapture capture;
+    device.sendNextCommand();
+    device.sendNextCommand();
+    QCOMPARE(device.protocol()->queueSize(), 1);
+    const QString line = QStringLiteral("Command a5a506000400910100009301");
+    QCOMPARE(capture.lines, (QStringList{line, line}));
+    QVERIFY(!device.isAnswerPending());
+}
+
+void tst_Device::timeouts_data() {
+    QTest::addColumn<int>("timeouts");
+    QTest::addColumn<int>("framesWritten");
+    QTest::addColumn<int>("retries");
+    QTest::addColumn<int>("losses");
+    QTest::addColumn<QString>("lastLine");
+
+    // One frame is written by the first sending step; each time-out moves on to the next queued frame.
+    QTest::newRow("first time-out sends the second frame")
+        << 1 << 2 << 1 << 0 << "Повторная отправка, попытка номер: 1";
+    QTest::newRow("second time-out sends the third frame")
+        << 2 << 3 << 2 << 0 << "Повторная отправка, попытка номер: 2";
+    QTest::newRow("third time-out: queue empty, counter still rises")
+        << 3 << 3 << 3 << 0 << "Повторная отправка, попытка номер: 3";
+    QTest::newRow("fourth time-out: connection lost")
+        << 4 << 3 << 4 << 1 << "Повторная отправка, попытка номер: 4";
+    QTest::newRow("later time-outs: counter stays, no second loss")
+        << 7 << 3 << 4 << 1 << "Повторная отправка, попытка номер: 4";
+}
+
+void tst_Device::timeouts() {
+    QFETCH(int, timeouts);
+    QFETCH(int, framesWritten);
+    QFETCH(int, retries);
+    QFETCH(int, losses);
+    QFETCH(QString, lastLine);
+
+    Session s;
+    s.queueThree();
+    QSignalSpy lost(s.device, &Device::connectionLost);
+    s.device->sendNextCommand();
+    LogCapture capture;
+    for (int i = 0; i < timeouts; ++i)
+        s.device->onResponseTimeout();
+    QCOMPARE(s.link->written.size(), framesWritten);
+    QCOMPARE(s.link->written.mid(0, 3),
+             (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}).mid(0, framesWritten));
+    QCOMPARE(s.device->retryCount(), retries);
+    QCOMPARE(lost.count(), losses);
+    QCOMPARE(capture.lines.filter(QStringLiteral("Повторная отправка")).last(), lastLine);
+}
+
+void tst_Device::answerResetsTheRetryCounter() {
+    Session s;
+    QSignalSpy lost(s.device, &Device::connectionLost);
+    s.protocol()->readSystem();
+    s.device->sendNextCommand();
+    for (int i = 0; i < 3; ++i)
+        s.device->onResponseTimeout();
+    s.link->deliverNow(Executed);
+    QCOMPARE(s.device->retryCount(), 0);
+    for (int i = 0; i < 3; ++i)
+        s.device->onResponseTimeout();
+    QCOMPARE(s.device->retryCount(), 3);
+    QCOMPARE(lost.count(), 0);
+}
+
+void tst_Device::secondLossWhileUnresolvedIsNotRaised() {
+    Session s;
+    QSignalSpy lost(s.device, &Device::connectionLost);
+    for (int i = 0; i < 4; ++i)
+        s.device->onResponseTimeout();
+    QCOMPARE(lost.count(), 1);
+    QVERIFY(s.device->isConnectionLost());
+    // The window reconnects (counter back to 0) while its waiting dialog is still open.
+    s.device->resetRetries();
+    for (int i = 0; i < 4; ++i)
+        s.device->onResponseTimeout();
+    QCOMPARE(lost.count(), 1);
+    s.device->resolveConnectionLost();
+    s.device->resetRetries();
+    for (int i = 0; i < 4; ++i)
+        s.device->onResponseTimeout();
+    QCOMPARE(lost.count(), 2);
+}
+
+void tst_Device::answerAfterLossRestores() {
+    Session s;
+    QSignalSpy restored(s.device, &Device::connectionRestored);
+    s.link->deliverNow(Executed);
+    QCOMPARE(restored.count(), 0);
+    for (int i = 0; i < 4; ++i)
+        s.device->onResponseTimeout();
+    s.link->deliverNow(Executed);
+    QCOMPARE(restored.count(), 1);
+    QVERIFY(!s.device->isConnectionLost());
+}
+
+void tst_Device::timerDrivesTheTimeouts() {
+    Session s;
+    s.device->setResponseInterval(5);
+    QSignalSpy lost(s.device, &Device::connectionLost);
+    s.queueThree();
+    s.device->sendNextCommand();
+    QVERIFY(lost.wait(5000));
+    QCOMPARE(s.link->written.size(), 3);
+    QCOMPARE(s.device->retryCount(), 4);
+    // Closing the link stops the timer at its next tick.
+    s.link->opened = false;
+    QTRY_VERIFY(!s.device->isAnswerPending());
+}
+
+void tst_Device::chunks_data() {
+    QTest::addColumn<QList<QByteArray>>("reads");
+    QTest::addColumn<bool>("reassembly");
+    QTest::addColumn<QList<QByteArray>>("accepted"); // payloads handed to the parser
+
+    const QByteArray payload = QByteArray::fromHex("118100000100");
+    const QByteArray other = QByteArray::fromHex("a5a5060006000381000001008381");
+    const QByteArray otherPayload = QByteArray::fromHex("038100000100");
+    using L = QList<QByteArray>;
+
+    for (bool on : {true, false}) {
+        const char *mode = on ? " (joining)" : " (one chunk, one frame)";
+        QTest::addRow("N+8 accepted%s", mode) << L{Executed} << on << L{payload};
+        QTest::addRow("N+20 accepted, surplus cut%s", mode)
+            << L{Executed + QByteArray(12, 'x')} << on << L{payload};
+        QTest::addRow("N+7 not parsed%s", mode) << L{Executed.chopped(1)} << on << L{};
+        QTest::addRow("N+7 then a whole fresh answer%s", mode)
+            << L{Executed.chopped(1), other} << on << L{otherPayload};
+        QTest::addRow("two whole answers%s", mode) << L{Executed, other} << on << L{payload, otherPayload};
+    }
+    QTest::newRow("N+7 completed by the next read (joining)")
+        << L{Executed.chopped(1), Executed.right(1)} << true << L{payload};
+    QTest::newRow("N+7 and its last byte (one chunk, one frame)")
+        << L{Executed.chopped(1), Executed.right(1)} << false << L{};
+    QTest::newRow("split after the header (joining)")
+        << L{Executed.left(6), Executed.mid(6)} << true << L{payload};
+    QTest::newRow("split in three (joining)")
+        << L{Executed.left(3), Executed.mid(3, 5), Executed.mid(8)} << true << L{payload};
+    // Without markers the head is not held back, so the tail stands alone (and announces length 0).
+    QTest::newRow("garbage head is not held (joining)")
+        << L{QByteArray::fromHex("0102ff00"), Executed.mid(4)} << true << L{QByteArray()};
+}
+
+void tst_Device::chunks() {
+    QFETCH(QList<QByteArray>, reads);
+    QFETCH(bool, reassembly);
+    QFETCH(QList<QByteArray>, accepted);
+
+    Session s;
+    s.device->setReassembly(reassembly);
+    QList<QByteArray> parsed;
+    connect(s.device, &Device::answerAccepted, [&parsed](quint8, const QByteArray &p) { parsed << p; });
+    for (const QByteArray &r : reads)
+        s.link->deliverNow(r);
+    QCOMPARE(parsed, accepted);
+}
+
+void tst_Device::shortChunkIsDroppedWithoutRetry() {
+    Session s(FakeLink::Truncated);
+    s.device->setReassembly(false);
+    s.protocol()->readSystem();
+    s.protocol()->readFuel();
+    QSignalSpy dropped(s.device, &Device::chunkDropped);
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.device->sendNextCommand();
+    QVERIFY(dropped.wait(1000));
+    QCOMPARE(answered.count(), 0);
+    QVERIFY(!s.device->isAnswerPending());
+    QCOMPARE(s.link->written.size(), 1); // the fuel read waits for the next event
+    QCOMPARE(s.protocol()->queueSize(), 1);
+}
+
+void tst_Device::firmwareHandlerIsOfferedEveryChunkFirst() {
+    Session s;
+    QList<QByteArray> offered;
+    bool claim = true;
+    s.device->setFirmwareHandler([&](const QByteArray &chunk) {
+        offered << chunk;
+        return claim;
+    });
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.link->deliverNow(Executed);
+    QCOMPARE(answered.count(), 0);
+    claim = false;
+    s.link->deliverNow(Executed);
+    QCOMPARE(answered.count(), 1);
+    QCOMPARE(offered, (QList<QByteArray>{Executed, Executed}));
+}
+
+void tst_Device::loaderChunkNeverReachesTheParser() {
+    Session s;
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    QSignalSpy dropped(s.device, &Device::chunkDropped);
+    s.link->deliverNow(QByteArray::fromHex("550100000400000000910000") + QByteArray(8, '\0'));
+    QCOMPARE(answered.count(), 0);
+    QCOMPARE(dropped.count(), 0);
+}
+
+void tst_Device::queueSizeLine_data() {
+    QTest::addColumn<int>("queued");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("empty queue") << 0 << "Queue size: ";
+    QTest::newRow("one frame") << 1 << "ueue size: ";
+    QTest::newRow("five frames") << 5 << " size: ";
+    QTest::newRow("eleven frames") << 11 << " ";
+    QTest::newRow("twelve frames") << 12 << "";
+    QTest::newRow("twenty frames") << 20 << "";
+}
+
+void tst_Device::queueSizeLine() {
+    QFETCH(int, queued);
+    QFETCH(QString, line);
+    Session s;
+    for (int i = 0; i < queued; ++i)
+        s.protocol()->readSystem();
+    LogCapture capture;
+    s.link->deliverNow(Executed);
+    QVERIFY(capture.lines.size() >= 3);
+    QVERIFY(capture.lines.at(0).startsWith(QStringLiteral("From device: ")));
+    QCOMPARE(capture.lines.at(2), line); // after the parser's status line, before the next command
+}
+
+void tst_Device::trafficLogLines() {
+    Session s;
+    s.protocol()->readSystem();
+    LogCapture capture;
+    s.device->sendNextCommand();
+    s.link->deliverNow(Executed + QByteArray::fromHex("00"));
+    s.device->onResponseTimeout();
+    QCOMPARE(capture.lines, (QStringList{
+                                "Command a5a506000400910100009301",
+                                "From device: a5a506000600118100000100918100: 15",
+                                "....Команду выполнил",
+                                "Queue size: ",
+                                "Повторная отправка, попытка номер: 1",
+                            }));
+    QCOMPARE(capture.unstamped, 0);
+}
+
+void tst_Device::passwordMasked_data() {
+    QTest::addColumn<int>("request");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("login") << 0 << "Command a5a50700080001010000************";
+    QTest::newRow("password change") << 1 << "Command a5a50600080002010000************";
+    QTest::newRow("reset settings is not masked") << 2 << "Command a5a5070006000103000000000003";
+}
+
+void tst_Device::passwordMasked() {
+    QFETCH(int, request);
+    QFETCH(QString, line);
+    Session s;
+    if (request == 0)
+        s.protocol()->login(0x12345678);
+    else if (request == 1)
+        s.protocol()->changePassword(0x0A0B0C0D);
+    else
+        s.protocol()->resetSettings();
+    LogCapture capture;
+    s.device->sendNextCommand();
+    QCOMPARE(capture.lines, QStringList{line});
+    QCOMPARE(s.link->written.first().size() * 2 + 8, line.size()); // the frame itself goes out whole
+    QVERIFY(!s.link->written.first().contains('*'));
+}
+
+void tst_Device::idleWhenDrained() {
+    Session s(FakeLink::NoFault);
+    QSignalSpy idle(s.device, &Device::idle);
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.queueThree();
+    s.device->sendNextCommand();
+    QVERIFY(!s.device->isIdle());
+    QVERIFY(idle.wait(1000));
+    QCOMPARE(answered.count(), 3);
+    QCOMPARE(idle.count(), 1);
+    QVERIFY(s.device->isIdle());
+}
+
+void tst_Device::replacingTheLink() {
+    Session s;
+    QPointer<FakeLink> old = s.link;
+    auto *fresh = new FakeLink;
+    QSignalSpy changed(s.device, &Device::linkChanged);
+    s.device->setLink(fresh);
+    QCOMPARE(changed.count(), 1);
+    QVERIFY(!old->opened);
+    QTRY_VERIFY(old.isNull());
+    QCOMPARE(s.device->link(), fresh);
+    QCOMPARE(fresh->parent(), s.device);
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    fresh->deliverNow(Executed);
+    QCOMPARE(answered.count(), 1);
+}
+
+QTEST_GUILESS_MAIN(tst_Device)
+#include "tst_device.moc"
