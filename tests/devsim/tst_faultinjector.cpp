@@ -25,6 +25,7 @@ private slots:
     void lineTime();
     void baudHoldsAnswerUntilItsLastByteLeft();
     void latencyDelaysEachAnswer();
+    void requestTakesItsLineTimeBeforeTheAnswer();
     void rawBytesAreNeitherSpoiltNorCounted();
 };
 
@@ -153,19 +154,19 @@ void tst_FaultInjector::silentLastAnswerStillHangsUp() {
 void tst_FaultInjector::lineTime_data() {
     QTest::addColumn<int>("bytes");
     QTest::addColumn<int>("baud");
-    QTest::addColumn<int>("ms");
+    QTest::addColumn<int>("us");
     QTest::newRow("unpaced") << 1000 << 0 << 0;
-    QTest::newRow("1152 bytes at 115200") << 1152 << 115200 << 100;
-    QTest::newRow("one byte rounds up") << 1 << 115200 << 1;
-    QTest::newRow("960 bytes at 9600") << 960 << 9600 << 1000;
+    QTest::newRow("1152 bytes at 115200") << 1152 << 115200 << 100000;
+    QTest::newRow("one byte rounds up") << 1 << 115200 << 87;
+    QTest::newRow("960 bytes at 9600") << 960 << 9600 << 1000000;
     QTest::newRow("nothing") << 0 << 9600 << 0;
 }
 
 void tst_FaultInjector::lineTime() {
     QFETCH(int, bytes);
     QFETCH(int, baud);
-    QFETCH(int, ms);
-    QCOMPARE(FaultInjector::lineTimeMs(bytes, baud), qint64(ms));
+    QFETCH(int, us);
+    QCOMPARE(FaultInjector::lineTimeUs(bytes, baud), qint64(us));
 }
 
 void tst_FaultInjector::baudHoldsAnswerUntilItsLastByteLeft() {
@@ -178,12 +179,12 @@ void tst_FaultInjector::baudHoldsAnswerUntilItsLastByteLeft() {
     f.sendAnswer(QByteArray(1152, 'a')); // 100 ms on the line
     f.sendAnswer(QByteArray(1152, 'b')); // queued behind it: 200 ms
     QCOMPARE(writes.count(), 0);
-    now = 100;
+    now = 100000;
     QTRY_COMPARE(writes.count(), 1);
     QCOMPARE(writes.at(0).at(0).toByteArray().at(0), 'a');
     QTest::qWait(150); // the timer fires, but on our clock the second one is still on the line
     QCOMPARE(writes.count(), 1);
-    now = 200;
+    now = 200000;
     QTRY_COMPARE(writes.count(), 2);
     QCOMPARE(writes.at(1).at(0).toByteArray().at(0), 'b');
 }
@@ -192,12 +193,27 @@ void tst_FaultInjector::latencyDelaysEachAnswer() {
     FaultInjector::Settings s;
     s.latencyMs = 30;
     FaultInjector f(s);
-    qint64 now = 1000;
+    qint64 now = 1000000;
     f.setClock([&now] { return now; });
     QSignalSpy writes(&f, &FaultInjector::write);
     f.sendAnswer(answer(1));
     QCOMPARE(writes.count(), 0);
-    now = 1030;
+    now = 1030000;
+    QTRY_COMPARE(writes.count(), 1);
+}
+
+void tst_FaultInjector::requestTakesItsLineTimeBeforeTheAnswer() {
+    FaultInjector::Settings s;
+    s.baud = 9600;
+    FaultInjector f(s);
+    qint64 now = 0;
+    f.setClock([&now] { return now; });
+    QSignalSpy writes(&f, &FaultInjector::write);
+    f.sendAnswer(QByteArray(96, 'a'), 96); // 100 ms to hear the request, 100 ms to say the answer
+    now = 199000;
+    QTest::qWait(20);
+    QCOMPARE(writes.count(), 0);
+    now = 200000;
     QTRY_COMPARE(writes.count(), 1);
 }
 

@@ -5,6 +5,8 @@
 #include "SimLink.h"
 #include "VirtualTracker.h"
 
+#include <protocol/Frame.h>
+
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -75,7 +77,7 @@ void DevsimSession::onReceived(const QByteArray &bytes) {
     const QList<RequestAssembler::Request> requests = m_assembler.feed(bytes, m_clock.elapsed());
     for (const RequestAssembler::Request &r : requests) {
         for (const QByteArray &frame : m_tracker->handle(r.type, r.payload))
-            m_faults->sendAnswer(frame);
+            m_faults->sendAnswer(frame, r.payload.size() + proto::Frame::Overhead);
     }
 }
 

@@ -23,7 +23,7 @@ FaultInjector::FaultInjector(const Settings &settings, QObject *parent)
     , m_timer(new QTimer(this)) {
     auto clock = std::make_shared<QElapsedTimer>();
     clock->start();
-    m_clock = [clock] { return clock->elapsed(); };
+    m_clock = [clock] { return clock->nsecsElapsed() / 1000; };
     m_timer->setSingleShot(true);
     m_timer->setTimerType(Qt::PreciseTimer);
     connect(m_timer, &QTimer::timeout, this, &FaultInjector::deliverDue);
@@ -44,25 +44,26 @@ FaultInjector::Fault FaultInjector::faultFor(int n) const {
     return Fault::None;
 }
 
-qint64 FaultInjector::lineTimeMs(qint64 bytes, int baud) {
+qint64 FaultInjector::lineTimeUs(qint64 bytes, int baud) {
     if (baud <= 0 || bytes <= 0)
         return 0;
-    return (bytes * BitsPerByte * 1000 + baud - 1) / baud;
+    return (bytes * BitsPerByte * 1000000 + baud - 1) / baud;
 }
 
 QByteArray FaultInjector::truncated(const QByteArray &frame) {
     return frame.left(qMax(1, frame.size() / 2));
 }
 
-void FaultInjector::sendAnswer(const QByteArray &frame) {
+void FaultInjector::sendAnswer(const QByteArray &frame, int requestBytes) {
     const int n = ++m_answers;
+    const qint64 delay = m_settings.latencyMs * 1000ll + lineTimeUs(requestBytes, m_settings.baud);
     const bool last = m_settings.hangupAfter > 0 && n == m_settings.hangupAfter;
     QByteArray bytes = frame;
     switch (faultFor(n)) {
     case Fault::Silent:
         qCInfo(lcDevsim) << "answer" << n << "dropped on purpose";
         if (last)
-            schedule(QByteArray(), m_settings.latencyMs, true);
+            schedule(QByteArray(), delay, true);
         return;
     case Fault::Garbage:
         qCInfo(lcDevsim) << "answer" << n << "replaced by random bytes";
@@ -78,10 +79,10 @@ void FaultInjector::sendAnswer(const QByteArray &frame) {
     }
     if (m_settings.split && bytes.size() > 1) {
         const int half = bytes.size() / 2;
-        schedule(bytes.left(half), m_settings.latencyMs, false);
-        schedule(bytes.mid(half), m_settings.splitPauseMs, last);
+        schedule(bytes.left(half), delay, false);
+        schedule(bytes.mid(half), m_settings.splitPauseMs * 1000ll, last);
     } else {
-        schedule(bytes, m_settings.latencyMs, last);
+        schedule(bytes, delay, last);
     }
 }
 
@@ -94,7 +95,7 @@ void FaultInjector::schedule(const QByteArray &bytes, qint64 extraDelay, bool ha
     // line has finished with what went before.
     const qint64 now = m_clock();
     const qint64 start = qMax(now + extraDelay, m_lineFreeAt);
-    const qint64 due = start + lineTimeMs(bytes.size(), m_settings.baud);
+    const qint64 due = start + lineTimeUs(bytes.size(), m_settings.baud);
     m_lineFreeAt = due;
     m_pending.append(Piece{due, bytes, hangUpAfter});
     deliverDue();
@@ -112,5 +113,5 @@ void FaultInjector::deliverDue() {
         }
     }
     if (!m_pending.isEmpty())
-        m_timer->start(int(qMax<qint64>(0, m_pending.first().due - m_clock())));
+        m_timer->start(int(qMax<qint64>(0, (m_pending.first().due - m_clock() + 999) / 1000)));
 }

@@ -30,18 +30,19 @@ public:
 
     explicit FaultInjector(const Settings &settings, QObject *parent = nullptr);
 
-    // The millisecond clock that pacing is measured on (a monotonic clock unless a test injects one).
+    // The microsecond clock that pacing is measured on (a monotonic clock unless a test injects one).
     void setClock(std::function<qint64()> clock);
 
-    // An answer of the device: numbered, possibly spoilt, paced.
-    void sendAnswer(const QByteArray &frame);
+    // An answer of the device: numbered, possibly spoilt, paced. requestBytes: the size of the request it
+    // answers, which on a paced line takes its own time to come in before the device can answer.
+    void sendAnswer(const QByteArray &frame, int requestBytes = 0);
     // Bytes of the boot loader: paced like everything on the line but never spoilt or counted.
     void sendRaw(const QByteArray &bytes);
 
     // Which fault hits answer number n (from 1). A silent answer beats garbage, garbage beats a cut.
     Fault faultFor(int n) const;
-    // How many milliseconds bytes take on a line of baud bits per second at 10 bits a byte (0: unpaced).
-    static qint64 lineTimeMs(qint64 bytes, int baud);
+    // How many microseconds bytes take on a line of baud bits per second at 10 bits a byte (0: unpaced).
+    static qint64 lineTimeUs(qint64 bytes, int baud);
     // The first part of a cut answer: half of it, at least one byte.
     static QByteArray truncated(const QByteArray &frame);
 
@@ -56,7 +57,7 @@ signals:
 
 private:
     struct Piece {
-        qint64 due = 0;
+        qint64 due = 0; // microseconds
         QByteArray bytes;
         bool hangUpAfter = false;
     };
