@@ -15,6 +15,11 @@ QString stamp() {
     return QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss.zzz"));
 }
 
+// The two marker bytes of a UNP frame; no page-channel message starts so.
+bool startsLikeFrame(const QByteArray &chunk) {
+    return chunk.size() >= 2 && quint8(chunk.at(0)) == 0xA5 && quint8(chunk.at(1)) == 0xA5;
+}
+
 } // namespace
 
 DeviceUpdater::DeviceUpdater(QObject *parent)
@@ -59,6 +64,8 @@ bool DeviceUpdater::claims(const QByteArray &chunk) const {
 }
 
 bool DeviceUpdater::offer(const QByteArray &chunk) {
+    if (!m_buffer.isEmpty() && startsLikeFrame(chunk))
+        m_buffer.clear(); // the device left its loader: the piece we held will never be completed
     if (!claims(chunk))
         return false;
     m_buffer.append(chunk);

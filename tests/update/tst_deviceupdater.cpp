@@ -278,6 +278,16 @@ private slots:
         QVERIFY(!m_updater->offer(QByteArray::fromHex("a5a5060004008181")));
     }
 
+    void frameAfterAPieceIsNotSwallowed() {
+        QVERIFY(m_updater->begin());
+        QSignalSpy asked(m_updater, &DeviceUpdater::pageRequested);
+        QVERIFY(m_updater->offer(message(PageRequested, 7).left(5)));
+        QVERIFY(!m_updater->offer(QByteArray::fromHex("a5a50600040081810000")));
+        QVERIFY(m_updater->offer(message(PageRequested, 511)));
+        QCOMPARE(asked.count(), 1);
+        QCOMPARE(asked.at(0).at(0).toInt(), 511);
+    }
+
     void severalMessagesInOneChunk() {
         QVERIFY(m_updater->begin());
         QSignalSpy confirmed(m_updater, &DeviceUpdater::pageConfirmed);
