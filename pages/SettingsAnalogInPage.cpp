@@ -36,7 +36,7 @@ SettingsAnalogInPage::SettingsAnalogInPage(VantorConfiguration *configuration, Q
     refresh();
 }
 
-void SettingsAnalogInPage::loadFromSection() {
+void SettingsAnalogInPage::showSection() {
     const kd::AgcConfiguration *section = configuration() ? configuration()->agc() : nullptr;
     if (!section)
         return;

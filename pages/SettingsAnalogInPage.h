@@ -22,12 +22,12 @@ public:
 
     explicit SettingsAnalogInPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     const Channel &channel(int index) const { return m_channels.at(index); }
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

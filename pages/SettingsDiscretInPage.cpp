@@ -59,7 +59,7 @@ SettingsDiscretInPage::SettingsDiscretInPage(VantorConfiguration *configuration,
     refresh();
 }
 
-void SettingsDiscretInPage::loadFromSection() {
+void SettingsDiscretInPage::showSection() {
     const kd::LogicConfiguration *section = configuration() ? configuration()->logic() : nullptr;
     if (!section)
         return;

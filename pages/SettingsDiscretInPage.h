@@ -14,7 +14,6 @@ public:
 
     explicit SettingsDiscretInPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     QComboBox *function(int input) const { return m_functions.at(input); }
@@ -22,6 +21,7 @@ public:
     static QStringList functionNames();
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -39,7 +39,7 @@ SettingsFuelLevelPage::SettingsFuelLevelPage(VantorConfiguration *configuration,
     refresh();
 }
 
-void SettingsFuelLevelPage::loadFromSection() {
+void SettingsFuelLevelPage::showSection() {
     const kd::FuelConfiguration *section = configuration() ? configuration()->fuel() : nullptr;
     if (!section)
         return;

@@ -17,7 +17,6 @@ public:
 
     explicit SettingsFuelLevelPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     QSpinBox *address(int sensor) const { return m_addresses.at(sensor); }
@@ -25,6 +24,7 @@ public:
     QSpinBox *averaging(int tank) const { return m_averaging.at(tank); }
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -84,7 +84,7 @@ SettingsGSMPage::SettingsGSMPage(VantorConfiguration *configuration, QWidget *pa
     refresh();
 }
 
-void SettingsGSMPage::loadFromSection() {
+void SettingsGSMPage::showSection() {
     const kd::GSMConfiguration *section = configuration() ? configuration()->gsm() : nullptr;
     if (!section)
         return;

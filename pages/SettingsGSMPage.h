@@ -32,7 +32,6 @@ public:
                              const QString &profilePath = GsmProfileStore::defaultPath(),
                              const QString &networksPath = PreferredNetworkStore::defaultPath());
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     const Sim &sim(int index) const { return m_sims.at(index); }
@@ -54,6 +53,7 @@ public:
     const PreferredNetworkStore &preferredNetworks() const { return m_networks; }
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -38,7 +38,7 @@ SettingsNavyPage::SettingsNavyPage(VantorConfiguration *configuration, QWidget *
     refresh();
 }
 
-void SettingsNavyPage::loadFromSection() {
+void SettingsNavyPage::showSection() {
     const auto *section = configuration() ? configuration()->navigation() : nullptr;
     const NavigationConfigurationItem *item = section ? section->value() : nullptr;
     if (!item)

@@ -11,7 +11,6 @@ class SettingsNavyPage : public SettingsPageBase {
 public:
     explicit SettingsNavyPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     QSpinBox *deltaCourse;
@@ -23,5 +22,6 @@ public:
     QSpinBox *faultSpeed;
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 };

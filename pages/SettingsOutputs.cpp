@@ -47,7 +47,7 @@ void SettingsOutputs::rebuildOutputs(int count) {
     }
 }
 
-void SettingsOutputs::loadFromSection() {
+void SettingsOutputs::showSection() {
     const kd::OutputConfiguration *section = configuration() ? configuration()->outputs() : nullptr;
     const OutputConfigurationItem *item = section ? section->value() : nullptr;
     if (item) {

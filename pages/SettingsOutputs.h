@@ -21,7 +21,6 @@ public:
 
     explicit SettingsOutputs(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     int outputCount() const { return m_outputs.size(); }
@@ -37,6 +36,7 @@ public slots:
     void updateEnabled();
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -91,7 +91,7 @@ SettingsPageBase::Notifier SettingsPageBase::messageBoxNotifier() {
 }
 
 void SettingsPageBase::refresh() {
-    loading([this] { loadFromSection(); });
+    loading([this] { showSection(); });
     setModified(false);
 }
 

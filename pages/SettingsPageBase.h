@@ -19,10 +19,11 @@ class IConfigurationItem;
 // A settings page maps the widgets of one configuration section to and from the model; it never talks
 // to the link or the protocol itself, it only asks the shared workflows to write its section.
 //
-// The model is the page's reference: loadFromSection() shows it, storeToSection() takes the user's
-// edits into it. An edit of a widget marks the page modified (dynamic property "modified" = true, which
-// the style sheets use, plus a marker label in the page header and modifiedChanged()); loading from
-// the model, a refresh after the device answered, revert() and applyToDevice() clear the mark.
+// The model is the page's reference: loadFromSection() shows it (through the page's showSection()),
+// storeToSection() takes the user's edits into it. An edit of a widget marks the page modified (dynamic
+// property "modified" = true, which the style sheets use, plus a marker label in the page header and
+// modifiedChanged()); loading from the model, a refresh after the device answered, revert() and
+// applyToDevice() clear the mark.
 class SettingsPageBase : public QWidget {
     Q_OBJECT
 public:
@@ -44,8 +45,8 @@ public:
     // "*" while modified, else empty: the window may append it to the page list entry.
     QString modifiedMarker() const;
 
-    // Fills the widgets from the model; never counts as a user change.
-    virtual void loadFromSection() = 0;
+    // Fills the widgets from the model and clears the mark; never counts as a user change.
+    void loadFromSection() { refresh(); }
     // Takes the widgets' values into the model.
     virtual void storeToSection() = 0;
     // Stores, then enqueues the write of this page's section (the workflow starts the queue).
@@ -72,6 +73,8 @@ signals:
     void modifiedChanged(bool modified);
 
 protected:
+    // Fills the widgets from the model; called with the page in loading state.
+    virtual void showSection() = 0;
     // Enqueues the write of this page's section; the model already holds the widgets' values.
     virtual void writeSection(DeviceWorkflows &workflows) = 0;
 

@@ -24,7 +24,7 @@ SettingsTransmittDataToServer::SettingsTransmittDataToServer(VantorConfiguration
     refresh();
 }
 
-void SettingsTransmittDataToServer::loadFromSection() {
+void SettingsTransmittDataToServer::showSection() {
     const kd::ServerConfiguration *section = configuration() ? configuration()->servers() : nullptr;
     if (!section)
         return;

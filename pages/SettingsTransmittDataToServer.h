@@ -12,13 +12,13 @@ class SettingsTransmittDataToServer : public SettingsPageBase {
 public:
     explicit SettingsTransmittDataToServer(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     int serverCount() const { return m_servers.size(); }
     ServersWidget *server(int index) const { return m_servers.value(index); }
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -29,7 +29,7 @@ SystemPage::SystemPage(VantorConfiguration *configuration, QWidget *parent)
     refresh();
 }
 
-void SystemPage::loadFromSection() {
+void SystemPage::showSection() {
     const auto *section = configuration() ? configuration()->system() : nullptr;
     const SystemConfigurationItem *item = section ? section->value() : nullptr;
     if (!item)

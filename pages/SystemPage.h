@@ -11,7 +11,6 @@ class SystemPage : public SettingsPageBase {
 public:
     explicit SystemPage(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
-    void loadFromSection() override;
     void storeToSection() override;
 
     QSpinBox *parkingMin;
@@ -21,5 +20,6 @@ public:
     QCheckBox *outCtrl;
 
 protected:
+    void showSection() override;
     void writeSection(DeviceWorkflows &workflows) override;
 };

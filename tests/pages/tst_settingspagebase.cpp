@@ -63,6 +63,26 @@ private slots:
         QCOMPARE(page.property("modified").toBool(), false);
     }
 
+    // The window loads every page straight after building it and after a file was opened.
+    void loadFromSection_showsModelWithoutMarking() {
+        PageSession s;
+        SystemPage page(&s.configuration);
+        page.pwrMode->setValue(1);
+        s.configuration.system()->value()->setParkingMin(90);
+        s.configuration.system()->value()->setLowSpeed(1);
+        QSignalSpy spy(&page, &SettingsPageBase::modifiedChanged);
+
+        page.loadFromSection();
+
+        QCOMPARE(page.parkingMin->value(), 90);
+        QCOMPARE(page.pwrMode->value(), 0);
+        QVERIFY(page.lowSpeed->isChecked());
+        QVERIFY(!page.isModified());
+        QCOMPARE(spy.count(), 1);
+        page.loadFromSection();
+        QCOMPARE(spy.count(), 1);
+    }
+
     void modelChangedWithoutDecode_leavesEditsAlone() {
         PageSession s;
         SystemPage page(&s.configuration);
