@@ -187,6 +187,18 @@ bool QTIFWUpdater::parseAnswer(const QByteArray &answer, QList<ComponentInformat
     return true;
 }
 
+QString QTIFWUpdater::reportText(const QList<ComponentInformation> &components) {
+    QString text = QStringLiteral("Количество обновлений: %1\n").arg(components.size());
+    for (const ComponentInformation &c : components) {
+        text += QStringLiteral("Доступно обновление.\n");
+        text += QStringLiteral("Название приложения: %1\n").arg(c.name);
+        text += QStringLiteral("Версия: %1\n").arg(c.version);
+        text += QStringLiteral("Размер: %1\n").arg(c.size);
+        text += QLatin1Char('\n');
+    }
+    return text;
+}
+
 bool QTIFWUpdater::readNetworkSettings(const QString &fileName, NetworkSettings &settings, QString &error) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {

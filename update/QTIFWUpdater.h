@@ -49,6 +49,8 @@ public:
     // Parses the tool's XML answer; on failure returns false with the user's message in error.
     static bool parseAnswer(const QByteArray &answer, QList<ComponentInformation> &components,
                             QString &error);
+    // The report the window shows in its "Результат проверки обновлений" question box.
+    static QString reportText(const QList<ComponentInformation> &components);
     // Reads "network.xml"; on failure returns false with the message in error.
     static bool readNetworkSettings(const QString &fileName, NetworkSettings &settings, QString &error);
 

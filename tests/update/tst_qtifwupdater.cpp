@@ -138,6 +138,21 @@ private slots:
         QCOMPARE(readFile(QStringLiteral("updater-args.txt")), QStringLiteral("--updater --no-proxy\n"));
     }
 
+    void reportText_data() {
+        QTest::addColumn<QList<ComponentInformation>>("components");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("none") << QList<ComponentInformation>() << "Количество обновлений: 0\n";
+        QTest::newRow("one")
+            << QList<ComponentInformation>{{"Tavrel", "1.0.0.31", "48213"}}
+            << "Количество обновлений: 1\nДоступно обновление.\nНазвание приложения: Tavrel\n"
+               "Версия: 1.0.0.31\nРазмер: 48213\n\n";
+    }
+    void reportText() {
+        QFETCH(QList<ComponentInformation>, components);
+        QFETCH(QString, text);
+        QCOMPARE(QTIFWUpdater::reportText(components), text);
+    }
+
     void networkSettings_data() {
         QTest::addColumn<QByteArray>("xml");
         QTest::addColumn<bool>("ok");
