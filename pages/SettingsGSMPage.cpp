@@ -120,6 +120,21 @@ void SettingsGSMPage::storeToSection() {
     }
 }
 
+QString SettingsGSMPage::inputProblem() const {
+    for (int i = 0; i < m_sims.size(); ++i) {
+        const Sim &sim = m_sims.at(i);
+        const QString suffix = QStringLiteral(" SIM %1").arg(i + 1);
+        for (const auto &field : {qMakePair(QStringLiteral("Точка доступа"), sim.apn),
+                                  qMakePair(QStringLiteral("Пользователь"), sim.user),
+                                  qMakePair(QStringLiteral("Пароль"), sim.password)}) {
+            const QString problem = textProblem(field.first + suffix, field.second->text());
+            if (!problem.isEmpty())
+                return problem;
+        }
+    }
+    return QString();
+}
+
 void SettingsGSMPage::writeSection(DeviceWorkflows &workflows) {
     workflows.writeGsm();
 }

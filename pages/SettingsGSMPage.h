@@ -54,6 +54,7 @@ public:
 
 protected:
     void showSection() override;
+    QString inputProblem() const override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

@@ -47,25 +47,38 @@ QString SettingsPageBase::modifiedMarker() const {
     return m_modified ? QStringLiteral("*") : QString();
 }
 
-void SettingsPageBase::applyToDevice(DeviceWorkflows &workflows) {
+bool SettingsPageBase::applyToDevice(DeviceWorkflows &workflows) {
+    const QString problem = inputProblem();
+    if (!problem.isEmpty()) {
+        notify(m_title, problem);
+        return false;
+    }
     storeToSection();
     writeSection(workflows);
     setModified(false);
+    return true;
+}
+
+QString SettingsPageBase::textProblem(const QString &field, const QString &text) {
+    if (DeviceTextValidator::isSendable(text))
+        return QString();
+    return QStringLiteral("Поле «%1» содержит символы, которые нельзя передать в прибор.\n"
+                          "Допустимы латинские буквы, цифры и знаки, не более %2 символов.")
+        .arg(field)
+        .arg(DeviceTextValidator::MaxLength);
 }
 
 bool SettingsPageBase::confirmLeave(DeviceWorkflows *workflows) {
     if (!m_modified)
         return true;
-    if (ask(QString::fromUtf8(UnsavedTitle), QString::fromUtf8(UnsavedQuestion))) {
-        if (workflows) {
-            applyToDevice(*workflows);
-        } else {
-            storeToSection();
-            setModified(false);
-        }
-    } else {
+    if (!ask(QString::fromUtf8(UnsavedTitle), QString::fromUtf8(UnsavedQuestion))) {
         revert();
+        return true;
     }
+    if (workflows)
+        return applyToDevice(*workflows);
+    storeToSection();
+    setModified(false);
     return true;
 }
 

@@ -49,12 +49,14 @@ public:
     void loadFromSection() { refresh(); }
     // Takes the widgets' values into the model.
     virtual void storeToSection() = 0;
-    // Stores, then enqueues the write of this page's section (the workflow starts the queue).
-    virtual void applyToDevice(DeviceWorkflows &workflows);
+    // Stores, then enqueues the write of this page's section (the workflow starts the queue). A field the
+    // device cannot take (see inputProblem()) is reported through the notifier and nothing is written:
+    // returns false then.
+    virtual bool applyToDevice(DeviceWorkflows &workflows);
 
     // The unsaved-change prompt, for leaving the page: without changes nothing is asked. Yes writes the
     // section to the device (or only into the model when there is no device session), No drops the
-    // edits. Returns whether leaving may proceed.
+    // edits. Returns whether leaving may proceed: false only when Yes found a field that cannot be sent.
     bool confirmLeave(DeviceWorkflows *workflows);
 
     void setAsker(Asker asker);
@@ -75,6 +77,10 @@ signals:
 protected:
     // Fills the widgets from the model; called with the page in loading state.
     virtual void showSection() = 0;
+    // Why the shown values cannot go to the device (text the device cannot take), or empty.
+    virtual QString inputProblem() const { return QString(); }
+    // The problem text for a text field named `field` whose content cannot be sent, or empty.
+    static QString textProblem(const QString &field, const QString &text);
     // Enqueues the write of this page's section; the model already holds the widgets' values.
     virtual void writeSection(DeviceWorkflows &workflows) = 0;
 

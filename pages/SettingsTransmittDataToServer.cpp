@@ -6,6 +6,7 @@
 #include "Devices/VantorConfiguration.h"
 #include "protocol/DeviceWorkflows.h"
 
+#include <QLineEdit>
 #include <QVBoxLayout>
 
 SettingsTransmittDataToServer::SettingsTransmittDataToServer(VantorConfiguration *configuration,
@@ -42,6 +43,16 @@ void SettingsTransmittDataToServer::storeToSection() {
         if (ServerConfigurationItem *item = section->element(i))
             m_servers.at(i)->store(*item);
     }
+}
+
+QString SettingsTransmittDataToServer::inputProblem() const {
+    for (int i = 0; i < m_servers.size(); ++i) {
+        const QString problem =
+            textProblem(QStringLiteral("Адрес сервера %1").arg(i + 1), m_servers.at(i)->address->text());
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return QString();
 }
 
 void SettingsTransmittDataToServer::writeSection(DeviceWorkflows &workflows) {

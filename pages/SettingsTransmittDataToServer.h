@@ -19,6 +19,7 @@ public:
 
 protected:
     void showSection() override;
+    QString inputProblem() const override;
     void writeSection(DeviceWorkflows &workflows) override;
 
 private:

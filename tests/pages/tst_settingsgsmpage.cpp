@@ -112,6 +112,35 @@ private slots:
         QVERIFY(frames.at(3).startsWith(QStringLiteral("6:04040100")));
     }
 
+    // Text the device cannot take (e.g. from a configuration file) is never sent cut to zero bytes.
+    void unsendableText_isRefusedAndTheLeaveIsStopped_data() {
+        QTest::addColumn<int>("sim");
+        QTest::addColumn<QString>("field");
+        QTest::newRow("Cyrillic access point, SIM 1") << 0 << "Точка доступа SIM 1";
+        QTest::newRow("Cyrillic password, SIM 2") << 1 << "Пароль SIM 2";
+    }
+    void unsendableText_isRefusedAndTheLeaveIsStopped() {
+        QFETCH(int, sim);
+        QFETCH(QString, field);
+        PageSession s;
+        ScriptedAsker asker;
+        if (sim == 0)
+            s.configuration.gsm()->element(0)->setApn(QStringLiteral("интернет"));
+        else
+            s.configuration.gsm()->element(1)->setApnPassword(QStringLiteral("пароль"));
+        auto page = makePage(s, asker);
+        page->sim(0).user->setText(QStringLiteral("edited"));
+
+        QVERIFY(!page->applyToDevice(s.workflows));
+        QVERIFY(!page->confirmLeave(&s.workflows));
+
+        QVERIFY(s.queued().isEmpty());
+        QCOMPARE(asker.asked.size(), 3); // refused apply, the question, refused apply
+        QVERIFY(asker.asked.at(0).startsWith(QStringLiteral("GSM|Поле «") + field + QStringLiteral("»")));
+        QVERIFY(page->isModified());
+        QCOMPARE(s.configuration.gsm()->element(0)->apnUser(), QString());
+    }
+
     void editedTimetable_marksModifiedAndReachesTheModel() {
         PageSession s;
         ScriptedAsker asker;

@@ -82,6 +82,18 @@ private slots:
         QCOMPARE(s.queued(), QStringList{serverFrame(enable, address.toLatin1(), port, proto)});
     }
 
+    void cyrillicAddress_isNotSent() {
+        PageSession s;
+        s.configuration.servers()->value()->setServer(QStringLiteral("сервер.рф"));
+        SettingsTransmittDataToServer page(&s.configuration);
+        ScriptedAsker asker;
+        page.setNotifier(asker.notifier());
+        QVERIFY(!page.applyToDevice(s.workflows));
+        QVERIFY(s.queued().isEmpty());
+        QCOMPARE(asker.asked.size(), 1);
+        QVERIFY(asker.asked.first().contains(QStringLiteral("Адрес сервера 1")));
+    }
+
     void typingAnAddress_marksModified() {
         PageSession s;
         SettingsTransmittDataToServer page(&s.configuration);
