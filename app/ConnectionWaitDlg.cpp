@@ -14,6 +14,7 @@ ConnectionWaitDlg::ConnectionWaitDlg(QWidget *parent)
     , m_cancel(new QPushButton(QStringLiteral("Отмена"), this)) {
     setWindowTitle(QStringLiteral("Подключение к прибору"));
     setModal(true);
+    setMinimumWidth(360);
 
     m_animation->setMovie(m_movie);
     m_animation->setAlignment(Qt::AlignCenter);

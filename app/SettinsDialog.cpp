@@ -68,6 +68,7 @@ void SettinsDialog::buildForm() {
     auto *connectionBox = new QGroupBox(QStringLiteral("Соединение с прибором"), this);
     m_connectionType = new QComboBox(connectionBox);
     m_connectionType->setObjectName(QStringLiteral("connectionTypeBox"));
+    m_connectionType->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_connectionType->addItems(
         {QStringLiteral("Локальное соединение (USB)"), QStringLiteral("Удаленное соединение (TCP)")});
     m_timeout = spinBox(connectionBox, "timeoutBox", 3600);

@@ -27,8 +27,6 @@ loginDialog::loginDialog(QWidget *parent, AppSettings *store)
 
     m_local->setObjectName(QStringLiteral("localButton"));
     m_remote->setObjectName(QStringLiteral("remoteButton"));
-    m_local->setIcon(QIcon(QStringLiteral(":/images/localConnection.png")));
-    m_remote->setIcon(QIcon(QStringLiteral(":/images/remoteConnection.png")));
 
     m_imei->setObjectName(QStringLiteral("imeiEdit"));
     m_imei->setMaxLength(16);

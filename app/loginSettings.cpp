@@ -8,6 +8,7 @@
 #include <QFormLayout>
 #include <QIntValidator>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
@@ -32,13 +33,17 @@ loginSettings::loginSettings(QWidget *parent, AppSettings *store)
     m_updatePath->setObjectName(QStringLiteral("updatePathEdit"));
     m_updatePath->setReadOnly(true);
 
+    m_address->setMinimumWidth(240);
     auto *form = new QFormLayout;
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(QStringLiteral("Адрес сервера конфигурирования"), m_address);
     form->addRow(QStringLiteral("Порт"), m_port);
     form->addRow(QStringLiteral("Таймаут для операций с переопросом (с)"), m_timeout);
     form->addRow(QStringLiteral("Сетевой путь размещения обновлений конфигуратора"), m_updatePath);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("Сохранить"));
+    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("Отмена"));
     connect(buttons, &QDialogButtonBox::accepted, this, &loginSettings::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &loginSettings::reject);
 

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QImage>
 #include <QMovie>
+#include <QRegularExpression>
 #include <QtTest>
 
 class tst_Skin : public QObject {
@@ -124,6 +125,15 @@ void tst_Skin::sheetsStyleModifiedPages() {
     QVERIFY(sheet.contains("[invalid=\"true\"]"));
     QVERIFY(!sheet.contains('\0'));
     QCOMPARE(sheet.count('{'), sheet.count('}'));
+
+    // Every image the sheet draws with is compiled in.
+    const QRegularExpression url(QStringLiteral("url\\((:/[^)]+)\\)"));
+    int images = 0;
+    for (auto it = url.globalMatch(QString::fromLatin1(sheet)); it.hasNext(); ++images) {
+        const QString name = it.next().captured(1);
+        QVERIFY2(!QImage(name).isNull(), qPrintable(name));
+    }
+    QVERIFY(images >= 3);
 }
 
 void tst_Skin::everyIconNameResolves_data() {

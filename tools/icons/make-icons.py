@@ -213,6 +213,27 @@ ICONS = {
     "clear_memory": eraser(RED),
 }
 
+# Small marks the style sheets draw on spin boxes, combo boxes and check boxes (16x16), one set for
+# the light theme and a white one for the dark theme.
+def chevron(colour, up):
+    d = "M9 20 l7 -7 l7 7" if up else "M9 12 l7 7 l7 -7"
+    return ('<path d="%s" fill="none" stroke="%s" stroke-width="3.5" stroke-linecap="round" '
+            'stroke-linejoin="round"/>' % (d, colour))
+
+
+def check_mark(colour):
+    return ('<path d="M7 16.5 l6 6 l12 -13" fill="none" stroke="%s" stroke-width="4" stroke-linecap="round" '
+            'stroke-linejoin="round"/>' % colour)
+
+
+SMALL = {
+    "arrow_up": chevron(DARK, True),
+    "arrow_down": chevron(DARK, False),
+    "arrow_up_white": chevron("#e3e8ed", True),
+    "arrow_down_white": chevron("#e3e8ed", False),
+    "check_white": check_mark(WHITE),
+}
+
 SIZES = {"app": 256}
 
 
@@ -239,6 +260,8 @@ def main():
     os.makedirs(SVG_OUT, exist_ok=True)
     for name, body in ICONS.items():
         rasterise(svg(body), name, 32)
+    for name, body in SMALL.items():
+        rasterise(svg(body), name, 16)
     rasterise(svg(app_icon()), "app", SIZES["app"])
     shutil.copy(os.path.join(SVG_OUT, "app.svg"), os.path.join(OUT, "tavrel-cfg.svg"))
 
