@@ -11,6 +11,7 @@
 #include <protocol/SerialConnection.h>
 #include <protocol/TcpConnection.h>
 #include <protocol/UNPParcer.h>
+#include <update/UpdateChannel.h>
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -112,6 +113,8 @@ private slots:
     void telemetryOfEveryKindArrives();
     void splitAndPacedAnswersStillArrive();
     void hangUpEndsTheProgramAndRemovesTheLink();
+    void firmwareUpdateHandsTheLineToTheBootLoader();
+    void serverStandInHangsUpOnTheClient();
     void serverStandInAcceptsTheRightImeiOnly();
     void badCommandLineExitsWithUsage();
 
@@ -302,6 +305,84 @@ void tst_Devsim::hangUpEndsTheProgramAndRemovesTheLink() {
     QCOMPARE(sim.process().exitCode(), 0);
     QVERIFY(!QFileInfo(linkPath).isSymLink());
     QVERIFY(s.sections.contains(0x81)); // the one answer made it before the line went dead
+}
+
+void tst_Devsim::firmwareUpdateHandsTheLineToTheBootLoader() {
+    using namespace UpdateChannel;
+    DevsimProcess sim;
+    QVERIFY(sim.start({"--pty", "--fw-version", "4.10.21", "--hw-version", "1a05"}));
+    auto *link = new SerialConnection(sim.address());
+    QVERIFY(link->open());
+    Session s(link);
+
+    // The test plays the configurator's page streamer: each page as it is asked for or the last confirmed.
+    QByteArray pending;
+    QList<Message> messages;
+    int confirmedLast = -1;
+    auto page = [](int n) { return QByteArray(PageSize, char(n * 7)); };
+    s.device.setFirmwareHandler([&](const QByteArray &chunk) {
+        if (pending.isEmpty() && !chunk.startsWith(char(Start)))
+            return false;
+        pending += chunk;
+        while (pending.size() >= MessageSize) {
+            const QByteArray bytes = pending.left(MessageSize);
+            pending.remove(0, MessageSize);
+            if (!messageCrcValid(bytes))
+                continue;
+            const Message m = decodeMessage(bytes);
+            messages.append(m);
+            if (m.kind == PageRequested)
+                link->write(encodePagePacket(m.page, page(m.page)));
+            else if (m.kind == PageConfirmed && m.page < LastPage)
+                link->write(encodePagePacket(m.page + 1, page(m.page + 1)));
+            else if (m.kind == PageConfirmed)
+                confirmedLast = m.page;
+        }
+        return true;
+    });
+    QSignalSpy entered(s.device.parser(), &UNPParcer::OnFirmwareUpdateEnter);
+    s.workflows.enterFirmwareUpdate();
+    QTRY_COMPARE_WITH_TIMEOUT(entered.count(), 1, 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(!messages.isEmpty(), 5000);
+    const Message first = messages.first();
+    QCOMPARE(int(first.kind), int(PageRequested));
+    QCOMPARE(int(first.page), 0);
+    QCOMPARE(first.hardware, quint16(0x1a05));
+    QCOMPARE(int(first.fwMajor), 4);
+    QCOMPARE(int(first.fwMiddle), 10);
+    QCOMPARE(int(first.fwBuild), 21);
+    QTRY_COMPARE_WITH_TIMEOUT(confirmedLast, int(LastPage), 15000);
+
+    // Written and restarted: the device speaks the configuration protocol again.
+    s.device.setFirmwareHandler(nullptr);
+    QSignalSpy identified(s.device.parser(), &UNPParcer::DeviceInfoAcquired);
+    s.workflows.readIdentity();
+    QTRY_COMPARE_WITH_TIMEOUT(identified.count(), 2, 5000);
+}
+
+void tst_Devsim::serverStandInHangsUpOnTheClient() {
+    DevsimProcess sim;
+    QVERIFY(sim.start({"--tcp", "0", "--imei", "42", "--hangup-after", "2"}));
+    const quint16 port = quint16(sim.address().section(':', 1).toUInt());
+    const QByteArray request = proto::Frame::build(6, QByteArray::fromHex("81020000"));
+    const QByteArray answer = proto::Frame::build(6, QByteArray::fromHex("81020000") + "Vantor micro" + '\0');
+
+    QTcpSocket first;
+    first.connectToHost(QHostAddress::LocalHost, port);
+    QVERIFY(first.waitForConnected(3000));
+    first.write(proto::Frame::textFrame(proto::ServerLoginPacketType, "42") + request + request);
+    QTRY_COMPARE_WITH_TIMEOUT(first.state(), QAbstractSocket::UnconnectedState, 5000);
+    QCOMPARE(first.readAll(), answer + answer); // both answers, then the line goes dead
+
+    // The server keeps listening and the device hangs up only once: a later client stays.
+    QTcpSocket second;
+    second.connectToHost(QHostAddress::LocalHost, port);
+    QVERIFY(second.waitForConnected(3000));
+    second.write(proto::Frame::textFrame(proto::ServerLoginPacketType, "42") + request + request);
+    QTRY_COMPARE_WITH_TIMEOUT(second.bytesAvailable(), qint64(2 * answer.size()), 5000);
+    QTest::qWait(50);
+    QCOMPARE(second.state(), QAbstractSocket::ConnectedState);
+    QCOMPARE(sim.process().state(), QProcess::Running);
 }
 
 void tst_Devsim::serverStandInAcceptsTheRightImeiOnly() {

@@ -20,6 +20,7 @@ namespace {
 constexpr int MaxPendingOutput = 64 * 1024;
 constexpr int ReadRetryMs = 100;
 constexpr int HangUpPollMs = 10;
+constexpr int HangUpSettleMs = 50;
 constexpr int HangUpDrainMs = 2000;
 
 QString errnoText() {
@@ -146,10 +147,13 @@ void PtyLink::hangUp() {
     if (m_master < 0)
         return;
     // Closing the master throws away what the configurator has not read yet, so the last answer would
-    // never arrive: wait until our output and the slave's input queue are empty, or a time limit passes.
+    // never arrive. Bytes pass from master to slave a moment after they are written, so the slave's
+    // input queue must be seen empty after a short settling time, twice in a row (or a time limit passes).
     int waiting = 0;
-    const bool pending = !m_output.isEmpty() || (::ioctl(m_slave, FIONREAD, &waiting) == 0 && waiting > 0);
-    if (pending && m_hangUpWaitMs < HangUpDrainMs) {
+    const bool pending = !m_output.isEmpty() || ::ioctl(m_slave, FIONREAD, &waiting) != 0 || waiting > 0;
+    m_hangUpQuietPolls = pending ? 0 : m_hangUpQuietPolls + 1;
+    const bool settled = m_hangUpWaitMs >= HangUpSettleMs && m_hangUpQuietPolls >= 2;
+    if (!settled && m_hangUpWaitMs < HangUpDrainMs) {
         m_hangUpWaitMs += HangUpPollMs;
         QTimer::singleShot(HangUpPollMs, this, &PtyLink::hangUp);
         return;

@@ -35,4 +35,5 @@ private:
     QTimer *m_retryRead = nullptr;
     QByteArray m_output;
     int m_hangUpWaitMs = 0;
+    int m_hangUpQuietPolls = 0;
 };
