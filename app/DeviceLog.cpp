@@ -29,8 +29,9 @@ struct LogState {
 };
 
 LogState &state() {
-    static LogState s;
-    return s;
+    // Never destroyed: a line logged by some other static's destructor must still find it.
+    static LogState *s = new LogState;
+    return *s;
 }
 
 QString defaultDirectory() {

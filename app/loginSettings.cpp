@@ -27,7 +27,7 @@ loginSettings::loginSettings(QWidget *parent, AppSettings *store)
     m_port->setObjectName(QStringLiteral("serverPortEdit"));
     m_port->setValidator(new QIntValidator(1, 65535, m_port));
     m_timeout->setObjectName(QStringLiteral("timeoutBox"));
-    m_timeout->setRange(1, 600);
+    m_timeout->setRange(1, 3600);
     m_logSave->setObjectName(QStringLiteral("logSaveBox"));
     m_logSave->setToolTip(DeviceLog::directory());
     m_updatePath->setObjectName(QStringLiteral("updatePathEdit"));

@@ -1,4 +1,3 @@
-#include "ConnectionToServerDialog.h"
 #include "ConnectionWaitDlg.h"
 
 #include <QMovie>
@@ -13,7 +12,6 @@ private slots:
     void ending_data();
     void ending();
     void spinnerRunsOnlyWhileShown();
-    void serverBoxHasOnlyTitleBarAndStaysBelow();
 };
 
 void tst_ConnectionWaitDlg::ending_data() {
@@ -53,19 +51,6 @@ void tst_ConnectionWaitDlg::spinnerRunsOnlyWhileShown() {
     QCOMPARE(dialog.movie()->state(), QMovie::Running);
     dialog.accept();
     QCOMPARE(dialog.movie()->state(), QMovie::NotRunning);
-}
-
-void tst_ConnectionWaitDlg::serverBoxHasOnlyTitleBarAndStaysBelow() {
-    ConnectionToServerDialog dialog;
-    const Qt::WindowFlags flags = dialog.windowFlags();
-    QVERIFY(flags & Qt::CustomizeWindowHint);
-    QVERIFY(flags & Qt::WindowTitleHint);
-    QVERIFY(flags & Qt::WindowStaysOnBottomHint);
-    QVERIFY(!(flags & Qt::WindowCloseButtonHint));
-    QVERIFY(!(flags & Qt::WindowMinimizeButtonHint));
-    QVERIFY(!(flags & Qt::WindowContextHelpButtonHint));
-    dialog.setMessage(QStringLiteral("x"));
-    QCOMPARE(dialog.message(), QStringLiteral("x"));
 }
 
 QTEST_MAIN(tst_ConnectionWaitDlg)
