@@ -279,5 +279,17 @@ def main():
                         os.path.join(OUT, "loading.gif")], check=True)
 
 
+def write_resource_list():
+    """resources.qrc lists every PNG and GIF of images/ and the two style sheets, sorted."""
+    images = sorted(f for f in os.listdir(OUT) if f.endswith((".png", ".gif")))
+    lines = ['<!DOCTYPE RCC>', '<RCC version="1.0">', '    <qresource prefix="/">']
+    lines += ['        <file>images/%s</file>' % f for f in images]
+    lines += ['        <file>css/style.css</file>', '        <file>css/styleBlack.css</file>']
+    lines += ['    </qresource>', '</RCC>']
+    with open(os.path.join(ROOT, "resources", "resources.qrc"), "w", encoding="utf-8") as f:
+        f.write("\n".join(lines) + "\n")
+
+
 if __name__ == "__main__":
     main()
+    write_resource_list()
