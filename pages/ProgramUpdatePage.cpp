@@ -72,6 +72,10 @@ ProgramUpdatePage::ProgramUpdatePage(QWidget *parent)
         m_confirmed = qMax(m_confirmed, page + 1);
         showCounts();
     });
+    // The device is not told (it simply gets no page), but the user must learn why nothing moves.
+    connect(m_updater, &DeviceUpdater::pageRefused, this, [this] {
+        appendProgress(QStringLiteral("Прошивка не предназначена для этого прибора, обновление не начато."));
+    });
     connect(chooseButton, &QPushButton::clicked, this, &ProgramUpdatePage::chooseFile);
     connect(startButton, &QPushButton::clicked, this, &ProgramUpdatePage::on_startButton_clicked);
     showCounts();

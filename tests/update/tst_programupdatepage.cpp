@@ -111,6 +111,39 @@ private slots:
         QCOMPARE(page.progressLines().last(), QStringLiteral("Обновление завершено."));
     }
 
+    void refusedImageIsReported_data() {
+        QTest::addColumn<int>("deviceBuild");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("listed build") << 18 << false;
+        QTest::newRow("unlisted build") << 16 << true;
+    }
+    void refusedImageIsReported() {
+        QFETCH(int, deviceBuild);
+        QFETCH(bool, refused);
+        ProgramUpdatePage page;
+        page.setMessageBoxesEnabled(false);
+        QCOMPARE(page.loadFile(m_good), 0);
+        page.startButton->click();
+        page.updater()->setInterval(0);
+        UpdateChannel::Message m;
+        m.kind = UpdateChannel::PageRequested;
+        m.fwMajor = 3;
+        m.fwMiddle = 9;
+        m.fwBuild = quint8(deviceBuild);
+        QSignalSpy sent(page.updater(), &DeviceUpdater::pageSent);
+        QVERIFY(page.updater()->offer(UpdateChannel::encodeMessage(m)));
+        const QString refusal =
+            QStringLiteral("Прошивка не предназначена для этого прибора, обновление не начато.");
+        if (refused) {
+            QTRY_COMPARE(page.progressLines().last(), refusal);
+            QVERIFY(sent.isEmpty());
+        } else {
+            QTRY_VERIFY(!sent.isEmpty());
+            QVERIFY(!page.progressLines().contains(refusal));
+        }
+        page.finishUpdate();
+    }
+
 private:
     QScopedPointer<QTemporaryDir> m_dir;
     QString m_good;
