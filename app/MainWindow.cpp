@@ -6,9 +6,11 @@
 #include "ConnectionWaitDlg.h"
 #include "Device.h"
 #include "DeviceInfoConfiguration.h"
+#include "DeviceUpdater.h"
 #include "DeviceWorkflows.h"
 #include "FirmwareUpdater.h"
 #include "OutputConfiguration.h"
+#include "ProgramUpdatePage.h"
 #include "Prompter.h"
 #include "QTIFWUpdater.h"
 #include "SerialConnection.h"
@@ -28,6 +30,7 @@
 #include "UNPParcer.h"
 #include "UNPProtocol.h"
 #include "VantorConfiguration.h"
+#include "WaitMessageDlg.h"
 #include "loginDialog.h"
 #include "ui_MainWindow.h"
 
@@ -208,8 +211,21 @@ void MainWindow::setupPages() {
     add(FuelPage, new SettingsFuelLevelPage(m_configuration));
     add(OutputsPage, new SettingsOutputs(m_configuration));
 
-    m_firmwarePage = new QWidget;
+    m_firmwarePage = new ProgramUpdatePage;
     ui->stackedWidget->addWidget(m_firmwarePage);
+    m_firmwarePage->setMessageBoxesEnabled(false);
+    connect(m_firmwarePage, &ProgramUpdatePage::loadFailed, this,
+            [this](const QString &title, const QString &text) { m_prompter->warning(this, title, text); });
+    m_firmwarePage->setFileChooser([this] {
+        return m_prompter->openFileName(this, QStringLiteral("Открыть файл прошивки"), m_lastDir,
+                                        QStringLiteral("Файл прошивки (*.bsk)"));
+    });
+    connect(m_firmwarePage, &ProgramUpdatePage::startUpdate, this, &MainWindow::startFirmwareUpdate);
+    connect(m_firmwarePage->updater(), &DeviceUpdater::UpdateComplete, this,
+            &MainWindow::onFirmwareUpdateComplete);
+    // Every received chunk goes to the boot-loader channel first; it claims only its own messages.
+    DeviceUpdater *updater = m_firmwarePage->updater();
+    m_device->setFirmwareHandler([updater](const QByteArray &chunk) { return updater->offer(chunk); });
 
     const auto asker = [this](QWidget *parent, const QString &title, const QString &text) {
         return m_prompter->question(parent, title, text);
@@ -823,13 +839,66 @@ void MainWindow::onDeviceFirmwareReady() {
 
 void MainWindow::on_needUpdFirmware() {
     m_deviceUpdateAsked = false;
-    if (m_prompter->question(this, appTitle(),
-                             QStringLiteral("Новая версия обновления прибора доступна, обновить?")))
-        showFirmwarePage();
+    if (!m_prompter->question(this, appTitle(),
+                              QStringLiteral("Новая версия обновления прибора доступна, обновить?")))
+        return;
+    showFirmwarePage();
+    m_firmwarePage->loadFile(m_firmwareUpdater->firmwarePath());
 }
 
 void MainWindow::showFirmwarePage() {
     ui->listWidget->setCurrentRow(FirmwarePage);
+}
+
+void MainWindow::startFirmwareUpdate() {
+    Connection *link = m_device->link();
+    if (!link || link->state() != Connection::Connected) {
+        m_prompter->warning(this, appTitle(), QStringLiteral("Прибор не подключен"));
+        m_firmwarePage->finishUpdate();
+        return;
+    }
+    DeviceUpdater *updater = m_firmwarePage->updater();
+    updater->setConnection(link);
+    if (!updater->begin()) {
+        m_firmwarePage->finishUpdate();
+        return;
+    }
+    m_device->protocol()->clearQueue();
+    m_telemetryTimer->stop();
+    m_workflows->enterFirmwareUpdate();
+    setDeviceControlsEnabled(false);
+}
+
+void MainWindow::onFirmwareUpdateComplete() {
+    setDeviceControlsEnabled(true);
+    m_telemetryTimer->stop();
+    m_identified = false;
+    auto *wait = new WaitMessageDlg(this);
+    wait->setAttribute(Qt::WA_DeleteOnClose);
+    connect(wait, &QDialog::finished, this, [this] {
+        m_firmwarePage->appendProgress(QStringLiteral("Обновление завершено."));
+        m_firmwarePage->finishUpdate();
+        // The device starts its new firmware: identify it again.
+        if (m_device->link() && m_device->link()->state() == Connection::Connected)
+            m_workflows->readIdentity();
+    });
+    wait->open();
+}
+
+void MainWindow::setDeviceControlsEnabled(bool on) {
+    for (QAction *a :
+         {ui->action_ReadCfg, ui->action_WriteCfg, ui->action_ClearMemory, ui->action_ResetSettings,
+          ui->action_Reconnect, ui->action_LocalControl, ui->action_RemoteControl, ui->action_CreateNewCfg,
+          ui->action_OpenCfgFromFile, ui->actionSettings})
+        a->setEnabled(on);
+    ui->readButton->setEnabled(on);
+    ui->writeButton->setEnabled(on);
+    ui->connectButton->setEnabled(on);
+    ui->listWidget->setEnabled(on);
+    if (on)
+        updateApplyButton();
+    else
+        ui->applyButton->setEnabled(false);
 }
 
 void MainWindow::onUpdateCheckComplete(const QList<ComponentInformation> &components) {

@@ -12,6 +12,7 @@ class ConnectionWaitDlg;
 class Device;
 class DeviceWorkflows;
 class FirmwareUpdater;
+class ProgramUpdatePage;
 class Prompter;
 class QDialog;
 class QListWidgetItem;
@@ -86,6 +87,7 @@ public:
     DeviceWorkflows *workflows() const { return m_workflows; }
     VantorConfiguration *configuration() const { return m_configuration; }
     SettingsStatePage *statePage() const { return m_statePage; }
+    ProgramUpdatePage *firmwarePage() const { return m_firmwarePage; }
     // The settings page shown for a list row (for the data-transfer row: its current tab).
     SettingsPageBase *settingsPage(int row) const;
     QList<SettingsPageBase *> settingsPages() const;
@@ -163,6 +165,9 @@ private:
     void onDeviceFirmwareReady();
     void onUpdateCheckComplete(const QList<ComponentInformation> &components);
     void showFirmwarePage();
+    void startFirmwareUpdate();
+    void onFirmwareUpdateComplete();
+    void setDeviceControlsEnabled(bool on);
 
     QString appTitle() const;
 
@@ -187,7 +192,7 @@ private:
     QTabWidget *m_dataTabs = nullptr;
     QVector<SettingsPageBase *> m_rowPages; // per list row, null for rows without a settings page
     QList<SettingsPageBase *> m_dataPages;  // the tabs of the data-transfer row
-    QWidget *m_firmwarePage = nullptr;
+    ProgramUpdatePage *m_firmwarePage = nullptr;
     int m_currentRow = DevicePage;
 
     FirmwareUpdater *m_firmwareUpdater = nullptr;

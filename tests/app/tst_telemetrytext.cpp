@@ -93,9 +93,9 @@ void tst_TelemetryText::coordinate_data() {
     QTest::addColumn<int>("degrees");
     QTest::addColumn<double>("minutes");
     QTest::addColumn<QString>("text");
-    QTest::newRow("north, padded degrees") << false << 5 << 30.5 << "05° 30.5000";
-    QTest::newRow("south gets a minus") << true << 55 << 45.1234 << "-55° 45.1234";
-    QTest::newRow("three-digit longitude") << false << 137 << 0.0 << "137° 0.0000";
+    QTest::newRow("north, padded degrees") << false << 5 << 30.5 << "05° 30.50000";
+    QTest::newRow("south gets a minus") << true << 55 << 45.1234 << "-55° 45.12340";
+    QTest::newRow("three-digit longitude") << false << 137 << 0.0 << "137° 0.00000";
 }
 
 void tst_TelemetryText::coordinate() {
@@ -246,8 +246,8 @@ void tst_TelemetryText::receiverRecord_data() {
     fix.speed = 605;
     fix.course = 1800;
     QTest::newRow("3D fix, western longitude") << fix.toBytes() << "09.03.26 07:05:01"
-                                               << "55° 45.1235"
-                                               << "-37° 6.0000"
+                                               << "55° 45.12345"
+                                               << "-37° 6.00000"
                                                << "60.5 км/ч"
                                                << "180.0°"
                                                << "0.80 / 1.25 / 15.00";
