@@ -88,6 +88,11 @@ void Device::resetRetries() {
     m_retries = 0;
 }
 
+void Device::stop() {
+    m_responseTimer->stop();
+    m_partial.clear();
+}
+
 bool Device::isAnswerPending() const {
     return m_responseTimer->isActive();
 }

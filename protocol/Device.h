@@ -44,6 +44,8 @@ public:
     int retryLimit() const { return m_retryLimit; }
     int retryCount() const { return m_retries; }
     void resetRetries();
+    // Stops waiting for an answer (the response timer) and forgets a held frame head; the queue stays.
+    void stop();
     bool isAnswerPending() const;
     // Nothing queued and no answer awaited.
     bool isIdle() const;

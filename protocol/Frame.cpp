@@ -1,7 +1,5 @@
 #include "Frame.h"
 
-#include <QStringList>
-
 namespace proto {
 
 namespace {
@@ -13,19 +11,6 @@ quint16 readU16(const QByteArray &bytes, int offset) {
 void appendU16(QByteArray &bytes, quint16 value) {
     bytes.append(char(value & 0xFF));
     bytes.append(char(value >> 8));
-}
-
-QString typeName(quint8 type) {
-    switch (type) {
-    case ConfigPacketType:
-        return QStringLiteral("configuration");
-    case CommandPacketType:
-        return QStringLiteral("command");
-    case ServerLoginPacketType:
-        return QStringLiteral("server login");
-    default:
-        return QStringLiteral("unknown");
-    }
 }
 
 } // namespace
@@ -121,49 +106,6 @@ Frame::Explanation Frame::explain(const QByteArray &bytes) {
     e.body = payload.mid(HeadSize);
     e.surplus = bytes.mid(end + 2);
     return e;
-}
-
-QString Frame::describe(const QByteArray &bytes) {
-    if (isFirmwareChunk(bytes))
-        return QStringLiteral("firmware loader packet, %1 bytes").arg(bytes.size());
-    const Explanation e = explain(bytes);
-    if (bytes.size() < PayloadOffset)
-        return QStringLiteral("too short for a frame: %1 bytes").arg(bytes.size());
-    const auto hex2 = [](int v) { return QStringLiteral("0x%1").arg(v, 2, 16, QLatin1Char('0')); };
-    QStringList lines;
-    lines << QStringLiteral("markers: %1").arg(e.markersOk ? QStringLiteral("ok") : QStringLiteral("wrong"));
-    lines << QStringLiteral("type: %1 (%2)").arg(e.type).arg(typeName(e.type));
-    lines << QStringLiteral("length: %1").arg(e.length);
-    if (!e.complete) {
-        lines << QStringLiteral("incomplete: %1 of %2 bytes").arg(bytes.size()).arg(e.length + Overhead);
-        return lines.join(QLatin1Char('\n'));
-    }
-    lines << QStringLiteral("checksum: 0x%1 %2")
-                 .arg(e.checksum, 4, 16, QLatin1Char('0'))
-                 .arg(e.checksumOk ? QStringLiteral("ok")
-                                   : QStringLiteral("wrong, expected 0x%1")
-                                         .arg(e.expectedChecksum, 4, 16, QLatin1Char('0')));
-    if (e.code >= 0)
-        lines << QStringLiteral("code: %1%2")
-                     .arg(hex2(e.code))
-                     .arg(e.type != ServerLoginPacketType && (e.code & 0x80)
-                              ? QStringLiteral(" (read/answer)")
-                              : QString());
-    if (e.operation >= 0) {
-        QString op = QStringLiteral("operation: %1").arg(hex2(e.operation));
-        if (e.operation & 0x80)
-            op += QStringLiteral(" (status answer)");
-        lines << op;
-    }
-    if (e.parameter >= 0)
-        lines << QStringLiteral("parameter: %1").arg(e.parameter);
-    if ((e.operation & 0x80) && e.operation >= 0 && e.body.size() >= 2)
-        lines << QStringLiteral("status: %1").arg(readU16(e.body, 0));
-    if (!e.body.isEmpty())
-        lines << QStringLiteral("body: %1").arg(QString::fromLatin1(e.body.toHex(' ')));
-    if (!e.surplus.isEmpty())
-        lines << QStringLiteral("surplus: %1 bytes ignored").arg(e.surplus.size());
-    return lines.join(QLatin1Char('\n'));
 }
 
 } // namespace proto

@@ -76,9 +76,8 @@ struct Frame {
         QByteArray body;    // payload after the four-byte head
         QByteArray surplus; // bytes behind the frame
     };
+    // Header, checksum verdict and payload head of a frame, for reading traffic logs.
     static Explanation explain(const QByteArray &bytes);
-    // Multi-line human-readable description of a frame for the terminal.
-    static QString describe(const QByteArray &bytes);
 };
 
 } // namespace proto

@@ -54,6 +54,7 @@ private slots:
     void chunks_data();
     void chunks();
     void shortChunkIsDroppedWithoutRetry();
+    void stopForgetsTheHeldHead();
     void firmwareHandlerIsOfferedEveryChunkFirst();
     void loaderChunkNeverReachesTheParser();
     void queueSizeLine_data();
@@ -260,6 +261,19 @@ void tst_Device::shortChunkIsDroppedWithoutRetry() {
     QVERIFY(!s.device->isAnswerPending());
     QCOMPARE(s.link->written.size(), 1); // the fuel read waits for the next event
     QCOMPARE(s.protocol()->queueSize(), 1);
+}
+
+void tst_Device::stopForgetsTheHeldHead() {
+    Session s;
+    s.protocol()->readSystem();
+    s.device->sendNextCommand();
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.link->deliverNow(Executed.left(6));
+    s.device->stop();
+    s.link->deliverNow(Executed.mid(6));
+    QCOMPARE(answered.count(), 0);
+    QVERIFY(!s.device->isAnswerPending());
+    QCOMPARE(s.protocol()->queueSize(), 0);
 }
 
 void tst_Device::firmwareHandlerIsOfferedEveryChunkFirst() {

@@ -137,20 +137,19 @@ void tst_Frame::explain_data() {
     QTest::addColumn<int>("code");
     QTest::addColumn<int>("operation");
     QTest::addColumn<int>("parameter");
-    QTest::addColumn<QString>("describeContains");
 
     QTest::newRow("worked example") << QByteArray::fromHex("a5a506000400830200008102") << true << true << 0x83
-                                    << 2 << 0 << QStringLiteral("checksum: 0x0281 ok");
+                                    << 2 << 0;
     QTest::newRow("bad checksum") << QByteArray::fromHex("a5a506000400830200008103") << true << false << 0x83
-                                  << 2 << 0 << QStringLiteral("expected 0x0281");
+                                  << 2 << 0;
     QTest::newRow("status answer") << QByteArray::fromHex("a5a5060006009181000001009081") << true << true
-                                   << 0x91 << 0x81 << 0 << QStringLiteral("status: 1");
-    QTest::newRow("GSM read of SIM 2") << QByteArray::fromHex("a5a506000400840301008703") << true << true
-                                       << 0x84 << 3 << 1 << QStringLiteral("parameter: 1");
-    QTest::newRow("incomplete") << QByteArray::fromHex("a5a5060006009181") << false << false << -1 << -1 << -1
-                                << QStringLiteral("incomplete: 8 of 14 bytes");
+                                   << 0x91 << 0x81 << 0;
+    QTest::newRow("GSM read of SIM 2")
+        << QByteArray::fromHex("a5a506000400840301008703") << true << true << 0x84 << 3 << 1;
+    QTest::newRow("incomplete") << QByteArray::fromHex("a5a5060006009181") << false << false << -1 << -1
+                                << -1;
     QTest::newRow("empty payload") << QByteArray::fromHex("a5a5070000000700") << true << true << -1 << -1
-                                   << -1 << QStringLiteral("type: 7 (command)");
+                                   << -1;
 }
 
 void tst_Frame::explain() {
@@ -160,15 +159,12 @@ void tst_Frame::explain() {
     QFETCH(int, code);
     QFETCH(int, operation);
     QFETCH(int, parameter);
-    QFETCH(QString, describeContains);
     const Frame::Explanation e = Frame::explain(bytes);
     QCOMPARE(e.complete, complete);
     QCOMPARE(e.checksumOk, checksumOk);
     QCOMPARE(e.code, code);
     QCOMPARE(e.operation, operation);
     QCOMPARE(e.parameter, parameter);
-    const QString text = Frame::describe(bytes);
-    QVERIFY2(text.contains(describeContains), qPrintable(text));
 }
 
 QTEST_GUILESS_MAIN(tst_Frame)

@@ -43,7 +43,6 @@ private slots:
     void enqueueFrameFirstGoesToTheHead();
     void sendTextIsBuiltApartFromTheCurrentPacket();
     void changePasswordKeepsTheLastValue();
-    void telemetryOperationsFollowTheirOrder();
 };
 
 void tst_UNPProtocol::requestFrames_data() {
@@ -224,19 +223,6 @@ void tst_UNPProtocol::changePasswordKeepsTheLastValue() {
     QCOMPARE(protocol.lastPassword(), 2222u);
     protocol.login(3333);
     QCOMPARE(protocol.lastPassword(), 2222u);
-}
-
-void tst_UNPProtocol::telemetryOperationsFollowTheirOrder() {
-    UNPProtocol protocol;
-    const auto &codes = UNPProtocol::telemetrySubCodes();
-    QCOMPARE(codes.size(), 15);
-    QVERIFY(!codes.contains(0x0D));
-    for (quint8 c : codes)
-        protocol.readTelemetry(c);
-    for (int i = 0; i < codes.size(); ++i)
-        QCOMPARE(protocol.queue().at(i), UNPProtocol::telemetryFrame(codes.at(i)));
-    QCOMPARE(protocol.queue().at(0).toHex(), QByteArray("a5a507000400820a0000810a"));
-    QCOMPARE(protocol.queue().at(1).toHex(), QByteArray("a5a507000400820900008109"));
 }
 
 QTEST_GUILESS_MAIN(tst_UNPProtocol)
