@@ -34,11 +34,13 @@ SettingsGSMPage::SettingsGSMPage(VantorConfiguration *configuration, QWidget *pa
     auto *sims = new QHBoxLayout;
     for (int i = 0; i < SimCount; ++i) {
         auto *group = new QGroupBox(QStringLiteral("SIM %1").arg(i + 1), this);
-        Sim sim{deviceTextEdit(), deviceTextEdit(), deviceTextEdit(),
-                checkBox(QStringLiteral("Роуминг запрещен")), new QLabel(group)};
-        sim.password->setEchoMode(QLineEdit::PasswordEchoOnEdit);
         auto *schedule = new QPushButton(QStringLiteral("Расписание роуминга..."), group);
+        Sim sim{deviceTextEdit(),  deviceTextEdit(),
+                deviceTextEdit(),  checkBox(QStringLiteral("Роуминг запрещен")),
+                new QLabel(group), schedule};
+        sim.password->setEchoMode(QLineEdit::PasswordEchoOnEdit);
         connect(schedule, &QPushButton::clicked, this, [this, i] { editTimetable(i); });
+        connect(sim.forbidden, &QCheckBox::toggled, schedule, &QPushButton::setDisabled);
         auto *networks = new QPushButton(QStringLiteral("Предпочтительные сети..."), group);
         connect(networks, &QPushButton::clicked, this, [this, i] { editNetworks(i); });
 

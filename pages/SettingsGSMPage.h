@@ -12,6 +12,7 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QPushButton;
 
 // "GSM": access point, user, password and roaming rules of both SIM cards, plus the GSM profiles kept
 // on this computer ("Управление профилем") and the preferred networks of each SIM (also kept here only).
@@ -26,6 +27,7 @@ public:
         QLineEdit *password;
         QCheckBox *forbidden;
         QLabel *timetableSummary;
+        QPushButton *schedule; // usable only while roaming is allowed
     };
 
     explicit SettingsGSMPage(VantorConfiguration *configuration, QWidget *parent = nullptr,

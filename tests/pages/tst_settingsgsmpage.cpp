@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -87,6 +88,8 @@ private slots:
         QCOMPARE(page->sim(0).user->text(), user);
         QCOMPARE(page->sim(0).password->text(), password);
         QCOMPARE(int(page->sim(0).forbidden->isChecked()), forbidden);
+        QCOMPARE(page->sim(0).schedule->isEnabled(), !forbidden);
+        QVERIFY(page->sim(1).schedule->isEnabled());
         QCOMPARE(page->timetable(0), RoamingTimetable(low, high));
         QCOMPARE(page->timetable(1), RoamingTimetable(0x1234, high));
         QVERIFY(!page->isModified());
