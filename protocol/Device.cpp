@@ -49,7 +49,7 @@ void Device::setLink(Connection *link) {
     if (link) {
         link->setParent(this);
         connect(link, &Connection::readyRead, this, &Device::onReadyRead);
-        connect(link, &Connection::disconnected, m_responseTimer, &QTimer::stop);
+        connect(link, &Connection::disconnected, this, [this] { m_responseTimer->stop(); });
     }
     emit linkChanged(link);
 }

@@ -1,6 +1,7 @@
 #include "TcpConnection.h"
 
 #include "Frame.h"
+#include "TrafficLog.h"
 
 #include <QTcpSocket>
 
@@ -62,6 +63,8 @@ QByteArray TcpConnection::readAll() {
 }
 
 void TcpConnection::onConnected() {
-    m_socket->write(loginFrame(m_imei));
+    const QByteArray frame = loginFrame(m_imei);
+    proto::TrafficLog::write(QStringLiteral("Command ") + QString::fromLatin1(frame.toHex()));
+    m_socket->write(frame);
     emit connected();
 }

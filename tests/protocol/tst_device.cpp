@@ -389,10 +389,16 @@ void tst_Device::replacingTheLink() {
     s.device->setLink(fresh);
     QCOMPARE(changed.count(), 1);
     QVERIFY(!old->opened);
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.protocol()->readSystem();
+    s.device->sendNextCommand();
+    old->deliverNow(Executed); // a late answer on the old link is not ours
+    emit old->disconnected();
+    QCOMPARE(answered.count(), 0);
+    QVERIFY(s.device->isAnswerPending());
     QTRY_VERIFY(old.isNull());
     QCOMPARE(s.device->link(), fresh);
     QCOMPARE(fresh->parent(), s.device);
-    QSignalSpy answered(s.device, &Device::answerAccepted);
     fresh->deliverNow(Executed);
     QCOMPARE(answered.count(), 1);
 }
