@@ -419,6 +419,18 @@ void tst_Devsim::badCommandLineExitsWithUsage() {
     QCOMPARE(p.exitCode(), 2);
     QVERIFY(p.readAllStandardOutput().isEmpty());
     QVERIFY(p.readAllStandardError().contains("Usage"));
+
+    // --link never replaces a file that is not a link.
+    const QString path = m_dir.filePath("notes.txt");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("keep");
+    file.close();
+    p.start(devsimPath, {"--pty", "--link", path});
+    QVERIFY(p.waitForFinished(5000));
+    QCOMPARE(p.exitCode(), 1);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("keep"));
 }
 
 QTEST_GUILESS_MAIN(tst_Devsim)

@@ -7,6 +7,7 @@
 
 #include <protocol/Frame.h>
 
+#include <QDateTime>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -24,6 +25,8 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     , m_faults(new FaultInjector(faultSettings(options), this))
     , m_statePath(options.statePath) {
     m_clock.start();
+    // The device clock is set from the network at start, so it shows the real time.
+    m_tracker->model().setStartUnixTime(quint32(QDateTime::currentSecsSinceEpoch()));
     m_tracker->setBlocked(options.blocked);
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);

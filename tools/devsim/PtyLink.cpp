@@ -3,6 +3,7 @@
 #include "DevsimLog.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -68,7 +69,15 @@ bool PtyLink::start(QString *error) {
     }
 
     if (!m_symlinkPath.isEmpty()) {
-        QFile::remove(m_symlinkPath);
+        // A stale link of an earlier run is replaced; anything else at that path is not ours to delete.
+        const QFileInfo existing(m_symlinkPath);
+        if (existing.exists() && !existing.isSymLink()) {
+            *error = QStringLiteral("%1 exists and is not a symbolic link").arg(m_symlinkPath);
+            closeAll();
+            return false;
+        }
+        if (existing.isSymLink())
+            QFile::remove(m_symlinkPath);
         if (!QFile::link(m_slavePath, m_symlinkPath)) {
             *error = QStringLiteral("cannot make the link %1 -> %2").arg(m_symlinkPath, m_slavePath);
             closeAll();

@@ -39,6 +39,7 @@ public:
     // startUnixTime: the device clock at power-on.
     explicit TrackerModel(quint32 startUnixTime = 1763856000);
 
+    void setStartUnixTime(quint32 t) { m_startUnixTime = t; }
     void setSetup(const Setup &setup) { m_setup = setup; }
     const Setup &setup() const { return m_setup; }
     void setElapsed(qint64 ms);
