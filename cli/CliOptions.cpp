@@ -12,7 +12,8 @@ struct CommandInfo {
 
 const QHash<QString, CommandInfo> &commands() {
     // Deadlines cover the whole command including retries of unanswered requests; read and write carry a
-    // dozen requests each, the firmware transfer streams hundreds of pages.
+    // dozen requests each. The firmware transfer runs as long as the loader keeps asking for pages: its
+    // time is the longest silence it tolerates.
     static const QHash<QString, CommandInfo> table{
         {QStringLiteral("ports"), {CliOptions::Command::Ports, 0}},
         {QStringLiteral("info"), {CliOptions::Command::Info, 15000}},
@@ -24,7 +25,7 @@ const QHash<QString, CommandInfo> &commands() {
         {QStringLiteral("set-password"), {CliOptions::Command::SetPassword, 15000}},
         {QStringLiteral("decode"), {CliOptions::Command::Decode, 0}},
         {QStringLiteral("fwinfo"), {CliOptions::Command::FwInfo, 0}},
-        {QStringLiteral("flash"), {CliOptions::Command::Flash, 600000}},
+        {QStringLiteral("flash"), {CliOptions::Command::Flash, 30000}},
         {QStringLiteral("help"), {CliOptions::Command::Help, 0}},
     };
     return table;
@@ -259,6 +260,7 @@ QString CliOptions::usage() {
         "  --password N             пароль, если прибор запросит авторизацию\n"
         "  --log ФАЙЛ               журнал обмена с прибором\n"
         "  --timeout С              предельное время команды в секундах\n"
+        "                           (для flash - наибольшая пауза прибора)\n"
         "\n"
         "Команды:\n"
         "  ports                    подключенные по USB приборы, по одному в строке\n"

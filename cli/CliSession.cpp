@@ -12,6 +12,8 @@
 #include "protocol/Device.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/TcpConnection.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
 
 #include <QAbstractSocket>
 #include <QSerialPort>
@@ -168,10 +170,7 @@ void CliSession::startCommand() {
     const int deadline = m_options.deadlineMs();
 #ifdef TAVREL_CLI_HAS_FLASH
     if (m_options.command == CliOptions::Command::Flash) {
-        auto *flash = new FlashCommand(m_device, m_options.file, qMax(1, deadline / 1000), m_err, this);
-        m_flash = flash;
-        connect(flash, &FlashCommand::finished, this, &CliSession::finish);
-        flash->start();
+        startFlash();
         return;
     }
 #endif
@@ -215,6 +214,49 @@ void CliSession::startCommand() {
     command->start();
 }
 
+void CliSession::startFlash() {
+#ifdef TAVREL_CLI_HAS_FLASH
+    UNPParcer *parser = m_device->parser();
+    connect(parser, &UNPParcer::PasswordChange, this,
+            [this] { fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password")); });
+    connect(parser, &UNPParcer::PasswordError, this, [this] { fail(QStringLiteral("неверный пароль")); });
+    connect(parser, &UNPParcer::DeviceBlocked, this,
+            [this] { fail(QStringLiteral("прибор заблокирован, повторите попытку позже")); });
+    // The switch to the loader is answered like a login: a status that refuses it is no switch at all.
+    connect(m_device, &Device::answerAccepted, this, [this](quint8 type, const QByteArray &payload) {
+        if (type != proto::CommandPacketType || payload.size() < 6 ||
+            quint8(payload.at(0)) != proto::code::Mode ||
+            quint8(payload.at(1)) != (proto::op::FirmwareUpdate | 0x80))
+            return;
+        const quint16 status = quint16(quint8(payload.at(4)) | (quint8(payload.at(5)) << 8));
+        if (status == UNPParcer::AuthorisationNeeded)
+            fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password"));
+        else if (status == UNPParcer::Blocked)
+            fail(QStringLiteral("прибор заблокирован, повторите попытку позже"));
+    });
+    auto begin = [this] {
+        if (m_flash || m_finished)
+            return;
+        m_connectDeadline.stop();
+        auto *flash =
+            new FlashCommand(m_device, m_options.file, qMax(1, m_options.deadlineMs() / 1000), m_err, this);
+        m_flash = flash;
+        connect(flash, &FlashCommand::finished, this, &CliSession::finish);
+        flash->start();
+    };
+    if (!m_options.hasPassword) {
+        begin();
+        return;
+    }
+    // The loader is only reached once the device has accepted the password.
+    connect(parser, &UNPParcer::PasswordComplete, this, begin);
+    m_connectDeadline.start(m_options.deadlineMs());
+    m_device->protocol()->clearQueue();
+    m_device->protocol()->login(m_options.password);
+    m_device->sendNextCommand();
+#endif
+}
+
 void CliSession::onLinkError(int errorGroup, int errorCode) {
     const QString text = linkErrorText(errorGroup, errorCode);
     if (!text.isEmpty())
@@ -224,6 +266,7 @@ void CliSession::onLinkError(int errorGroup, int errorCode) {
 void CliSession::interrupt() {
     if (m_finished)
         return;
+    m_connectDeadline.stop();
     const bool watching = m_options.command == CliOptions::Command::Telemetry && m_options.watch;
     if (!watching)
         m_err << QStringLiteral("tavrel-cli: прервано") << '\n';

@@ -36,6 +36,7 @@ private:
     void onConnected();
     void onLinkError(int errorGroup, int errorCode);
     void startCommand();
+    void startFlash();
     void fail(const QString &message);
     void finish(int exitCode);
 
@@ -45,7 +46,7 @@ private:
     VantorConfiguration *m_configuration = nullptr;
     Device *m_device = nullptr;
     QPointer<DeviceCommand> m_command;
-    QObject *m_flash = nullptr;
+    QPointer<QObject> m_flash;
     QTimer m_connectDeadline;
     bool m_started = false;
     bool m_finished = false;

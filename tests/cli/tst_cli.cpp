@@ -1,6 +1,8 @@
 // The terminal tool end to end: every case runs the real tavrel-cli binary against the virtual tracker
 // (a pseudo-terminal or its configuration-server stand-in on 127.0.0.1) and checks exit status, stdout,
 // stderr and the files it writes.
+#include "BskBuilder.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -160,6 +162,7 @@ private slots:
     void info_text_showsIdentity();
     void info_json_hasConfigurationFileKeys();
     void info_remote_throughConfigurationServer();
+    void info_noRecognisedDevice_exitsOne();
     void read_writesWholeConfigurationFile();
     void read_refusedByDevice_keepsExistingFile();
     void read_unwritableTarget_exitsOne();
@@ -182,6 +185,9 @@ private slots:
     void usageErrors_exitTwo();
     void faults_sessionSurvives_data();
     void faults_sessionSurvives();
+    void fwinfo_describesImageWithoutDevice();
+    void flash_data();
+    void flash();
 
 private:
     QTemporaryDir m_dir;
@@ -242,6 +248,16 @@ void tst_Cli::info_remote_throughConfigurationServer() {
         runCli(other << QStringLiteral("--timeout") << QStringLiteral("3") << QStringLiteral("info"));
     QCOMPARE(refused.exitCode, 1);
     QVERIFY2(isOneErrorLine(refused.err), qPrintable(describe(refused)));
+}
+
+void tst_Cli::info_noRecognisedDevice_exitsOne() {
+    const Result ports = runCli({QStringLiteral("ports")});
+    QCOMPARE(ports.exitCode, 0);
+    if (!ports.out.isEmpty())
+        QSKIP("a real tracker is plugged in");
+    const Result r = runCli({QStringLiteral("info")});
+    QCOMPARE(r.exitCode, 1);
+    QCOMPARE(r.err, QStringLiteral("tavrel-cli: Нет подключенных приборов\n"));
 }
 
 void tst_Cli::read_writesWholeConfigurationFile() {
@@ -697,6 +713,55 @@ void tst_Cli::faults_sessionSurvives() {
     QVERIFY2(next.exitCode == 0, qPrintable(describe(next)));
     QCOMPARE(QJsonDocument::fromJson(next.out.toUtf8()).object().value(QStringLiteral("IMEI")).toString(),
              DeviceImei);
+}
+
+void tst_Cli::fwinfo_describesImageWithoutDevice() {
+    BskBuilder b;
+    b.pages = 3;
+    const QString file = m_dir.filePath(QStringLiteral("info.bsk"));
+    QVERIFY(BskBuilder::write(file, b.build()));
+    const Result r = runCli({QStringLiteral("fwinfo"), file});
+    QVERIFY2(r.exitCode == 0, qPrintable(describe(r)));
+    QVERIFY2(r.out.startsWith(QStringLiteral("pages 3\n")), qPrintable(r.out));
+
+    const Result missing = runCli({QStringLiteral("fwinfo"), m_dir.filePath(QStringLiteral("none.bsk"))});
+    QVERIFY(missing.exitCode != 0 && missing.exitCode != 2);
+    QVERIFY(!missing.err.isEmpty());
+}
+
+void tst_Cli::flash_data() {
+    QTest::addColumn<QStringList>("devsim");
+    QTest::addColumn<QStringList>("password");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("plain") << QStringList() << QStringList() << 0;
+    QTest::newRow("login first") << QStringList{QStringLiteral("--password"), QStringLiteral("55")}
+                                 << QStringList{QStringLiteral("--password"), QStringLiteral("55")} << 0;
+    QTest::newRow("password missing")
+        << QStringList{QStringLiteral("--password"), QStringLiteral("55")} << QStringList() << 1;
+    QTest::newRow("password wrong") << QStringList{QStringLiteral("--password"), QStringLiteral("55")}
+                                    << QStringList{QStringLiteral("--password"), QStringLiteral("56")} << 1;
+}
+
+void tst_Cli::flash() {
+    QFETCH(QStringList, devsim);
+    QFETCH(QStringList, password);
+    QFETCH(int, exitCode);
+    BskBuilder b;
+    b.pages = 512;
+    const QString file = m_dir.filePath(QStringLiteral("flash.bsk"));
+    QVERIFY(BskBuilder::write(file, b.build()));
+    Devsim sim;
+    QVERIFY(sim.start(Devsim::Pty, devsim));
+    const Result r = runCli(sim.link() << password << QStringLiteral("--timeout") << QStringLiteral("5")
+                                       << QStringLiteral("flash") << file);
+    QVERIFY(r.finished);
+    QVERIFY2(r.exitCode == exitCode, qPrintable(describe(r)));
+    // A refused password ends the command at once, not after the loader's silence.
+    if (exitCode != 0) {
+        QVERIFY2(r.err.contains(QStringLiteral("tavrel-cli: ")) && r.err.contains(QStringLiteral("парол")),
+                 qPrintable(r.err));
+        QVERIFY(r.elapsedMs < 4000);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
