@@ -160,7 +160,6 @@ int main(int argc, char *argv[]) {
     }
     out.flush();
 
-    device.setLink(nullptr);
     devsim.terminate();
     if (!devsim.waitForFinished(3000))
         devsim.kill();

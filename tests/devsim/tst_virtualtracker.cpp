@@ -255,7 +255,7 @@ void tst_VirtualTracker::passwordGuardsEverythingButLogin() {
     QVERIFY(device.loggedIn());
     QCOMPARE(quint8(ask(device, 6, hex("91010000")).payload.at(0)), quint8(0x91));
 
-    device.reboot();
+    device.logout();
     QCOMPARE(ask(device, 6, hex("91010000")).status(), int(VirtualTracker::NeedLogin));
 }
 
@@ -265,7 +265,7 @@ void tst_VirtualTracker::passwordChangeIsStored() {
     QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(VirtualTracker::Done));
     QCOMPARE(device.password(), std::optional<quint32>(0x12345678));
     QCOMPARE(changed.count(), 1);
-    device.reboot();
+    device.logout();
     QCOMPARE(ask(device, 6, hex("81010000")).status(), int(VirtualTracker::NeedLogin));
     QCOMPARE(ask(device, 7, hex("0101000078563412")).status(), int(VirtualTracker::Done));
 }

@@ -30,7 +30,10 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     m_tracker->setBlocked(options.blocked);
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
-    connect(m_link, &SimLink::peerChanged, this, [this] { m_assembler.clear(); });
+    connect(m_link, &SimLink::peerChanged, this, [this] {
+        m_assembler.clear();
+        m_tracker->logout();
+    });
     connect(m_link, &SimLink::finished, this, &DevsimSession::finished);
     connect(m_faults, &FaultInjector::write, m_link, &SimLink::write);
     connect(m_faults, &FaultInjector::hangUp, m_link, &SimLink::hangUp);
@@ -53,7 +56,7 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     connect(m_bootLoader, &BootLoader::finished, this, [this] {
         qCInfo(lcDevsim) << "firmware written, the device starts again";
         m_assembler.clear();
-        m_tracker->reboot();
+        m_tracker->logout();
     });
 #endif
 }

@@ -77,7 +77,7 @@ void VirtualTracker::setPassword(std::optional<quint32> password) {
     m_loggedIn = false;
 }
 
-void VirtualTracker::reboot() {
+void VirtualTracker::logout() {
     m_loggedIn = false;
 }
 

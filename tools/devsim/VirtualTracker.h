@@ -47,8 +47,9 @@ public:
 
     // The factory configuration (identity included).
     void restoreDefaults();
-    // The device started again (after a firmware update): a login is needed again.
-    void reboot();
+    // The device started again (after a firmware update), or a new configurator reached it through the
+    // server: a login is needed again.
+    void logout();
 
     // Device state as a JSON object: the configuration-file form plus, under "device", what that form
     // loses (IMEI, faultSpeed, roaming words, output states, the password).
