@@ -22,9 +22,14 @@ const char *const kCompletionKeys[] = {keys::MainDeviceInfo, keys::Agc,   keys::
                                        keys::Logic,          keys::Gsm,   keys::Fuel,
                                        keys::Server,         keys::Output};
 
-// Missing values and non-numbers read as 0.
+// Missing values, non-numbers and numbers beyond 64 bits read as 0 (JSON numbers are doubles, and
+// converting an out-of-range double to an integer is undefined).
 qint64 number(const QJsonValue &v) {
-    return v.isDouble() ? qint64(v.toDouble()) : 0;
+    if (!v.isDouble())
+        return 0;
+    const double d = v.toDouble();
+    constexpr double Limit = 9223372036854775808.0; // 2^63
+    return (d > -Limit && d < Limit) ? qint64(d) : 0;
 }
 
 quint8 byteOf(const QJsonValue &v) {

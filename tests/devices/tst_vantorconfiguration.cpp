@@ -233,6 +233,8 @@ private slots:
             << QByteArray(R"({"softver":4000000000})") << "Version" << qint64(4000000000);
         QTest::newRow("a string where a number belongs reads as 0")
             << QByteArray(R"({"softver":"918"})") << "Version" << qint64(0);
+        QTest::newRow("a number beyond 64 bits reads as 0")
+            << QByteArray(R"({"gsm":[{"roaming1":{"timetableHi":1e300}}]})") << "timetableHi" << qint64(0);
         QTest::newRow("server port") << QByteArray(R"({"Server":[{"port":21070,"server":"a.b"}]})") << "port"
                                      << qint64(21070);
     }
