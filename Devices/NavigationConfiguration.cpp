@@ -19,22 +19,61 @@ constexpr quint8 PwrNavMask = 0x0F;
 NavigationConfigurationItem::NavigationConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-#define TAVREL_NAV_SETTER(Setter, member, signal)                                                            \
-    void NavigationConfigurationItem::Setter(quint8 v) {                                                     \
-        if (assign(member, v)) {                                                                             \
-            emit signal(v);                                                                                  \
-            emit changed();                                                                                  \
-        }                                                                                                    \
+void NavigationConfigurationItem::Setter(quint8 v) {
+    if (assign(member, v)) {
+        emit signal(v);
+        emit changed();
     }
+}
 
-TAVREL_NAV_SETTER(setDeltaCourse, m_deltaCourse, deltaCourseChanged)
-TAVREL_NAV_SETTER(setDeltaSpeed, m_deltaSpeed, deltaSpeedChanged)
-TAVREL_NAV_SETTER(setDriveTimeout, m_driveTimeout, driveTimeoutChanged)
-TAVREL_NAV_SETTER(setDeltaDistance, m_deltaDistance, deltaDistanceChanged)
-TAVREL_NAV_SETTER(setFreezeNav, m_freezeNav, freezeNavChanged)
-TAVREL_NAV_SETTER(setPwrNav, m_pwrNav, pwrNavChanged)
-TAVREL_NAV_SETTER(setFaultSpeed, m_faultSpeed, faultSpeedChanged)
-#undef TAVREL_NAV_SETTER
+void NavigationConfigurationItem::setDeltaCourse(quint8 v) {
+    if (assign(m_deltaCourse, v)) {
+        emit deltaCourseChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setDeltaSpeed(quint8 v) {
+    if (assign(m_deltaSpeed, v)) {
+        emit deltaSpeedChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setDriveTimeout(quint8 v) {
+    if (assign(m_driveTimeout, v)) {
+        emit driveTimeoutChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setDeltaDistance(quint8 v) {
+    if (assign(m_deltaDistance, v)) {
+        emit deltaDistanceChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setFreezeNav(quint8 v) {
+    if (assign(m_freezeNav, v)) {
+        emit freezeNavChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setPwrNav(quint8 v) {
+    if (assign(m_pwrNav, v)) {
+        emit pwrNavChanged(v);
+        emit changed();
+    }
+}
+
+void NavigationConfigurationItem::setFaultSpeed(quint8 v) {
+    if (assign(m_faultSpeed, v)) {
+        emit faultSpeedChanged(v);
+        emit changed();
+    }
+}
 
 namespace kd {
 
