@@ -19,13 +19,6 @@ constexpr quint8 PwrNavMask = 0x0F;
 NavigationConfigurationItem::NavigationConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void NavigationConfigurationItem::Setter(quint8 v) {
-    if (assign(member, v)) {
-        emit signal(v);
-        emit changed();
-    }
-}
-
 void NavigationConfigurationItem::setDeltaCourse(quint8 v) {
     if (assign(m_deltaCourse, v)) {
         emit deltaCourseChanged(v);
