@@ -147,8 +147,10 @@ void SerialConnection::onPortError(QSerialPort::SerialPortError portError) {
         return;
     qCDebug(lcProtocol) << "serial port error" << portError << m_port->errorString();
     emit error(SerialError, int(portError));
-    if (portError == QSerialPort::ResourceError && m_port->isOpen()) {
-        // The cable was pulled: the port is gone for good.
+    // A pulled cable shows as a resource error; a pseudo-terminal whose other end went away keeps the read
+    // notifier firing with read errors. Either way the port is gone for good: close it rather than spin.
+    const bool gone = portError == QSerialPort::ResourceError || portError == QSerialPort::ReadError;
+    if (gone && m_port->isOpen()) {
         m_port->close();
         emit disconnected();
     }

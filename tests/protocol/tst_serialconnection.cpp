@@ -54,6 +54,7 @@ private slots:
     void recordShowsUnknownFields();
     void opensAPseudoTerminal();
     void failedOpenLogsBusyPort();
+    void vanishedPortIsASerialError();
 };
 
 void tst_SerialConnection::recognition_data() {
@@ -157,6 +158,26 @@ void tst_SerialConnection::failedOpenLogsBusyPort() {
     QCOMPARE(errors.count(), 0);
     QCOMPARE(connected.count(), 0);
     QCOMPARE(link.state(), int(Connection::Closed));
+}
+
+void tst_SerialConnection::vanishedPortIsASerialError() {
+    Pty pty;
+    if (pty.slavePath.isEmpty())
+        QSKIP("no pseudo-terminals here");
+    SerialConnection link(pty.slavePath);
+    QVERIFY(link.open());
+    QSignalSpy errors(&link, &Connection::error);
+    QSignalSpy disconnected(&link, &Connection::disconnected);
+    ::close(pty.master); // like pulling the cable
+    pty.master = -1;
+    QTRY_COMPARE(disconnected.count(), 1);
+    QCOMPARE(errors.count(), 1);
+    QCOMPARE(errors.first().at(0).toInt(), int(Connection::SerialError));
+    // A vanished pseudo-terminal reads as a read error, a pulled USB cable as a resource error.
+    const int code = errors.first().at(1).toInt();
+    QVERIFY2(code == int(QSerialPort::ReadError) || code == int(QSerialPort::ResourceError),
+             qPrintable(QString::number(code)));
+    QVERIFY(!link.isOpen());
 }
 
 QTEST_GUILESS_MAIN(tst_SerialConnection)
