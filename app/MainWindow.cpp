@@ -392,6 +392,7 @@ void MainWindow::setConnectionType(int type) {
 }
 
 void MainWindow::onLinkConnected() {
+    updateDeviceActions();
     if (m_connectionType == LocalConnection) {
         m_device->resetRetries();
         setConnectionTypeIndicator(true);
@@ -436,6 +437,7 @@ void MainWindow::onLinkError(int group, int code) {
     m_stateButton->setText(QStringLiteral("Нет подключенных приборов"));
     m_stateButton->setIcon(QIcon(QStringLiteral(":/images/red_state.png")));
     ui->deviceStack->setCurrentWidget(ui->placeholderPanel);
+    updateDeviceActions();
     if (!text.isEmpty())
         m_prompter->warning(this, QString::fromUtf8(LinkErrorTitle), text);
 }
@@ -597,6 +599,7 @@ void MainWindow::setConnectionTypeIndicator(bool connected) {
 }
 
 void MainWindow::setNotConnected() {
+    updateDeviceActions();
     m_stateButton->setText(QStringLiteral("Нет подключенных приборов"));
     m_stateButton->setIcon(QIcon(QStringLiteral(":/images/red_state.png")));
     ui->deviceStack->setCurrentWidget(ui->placeholderPanel);
@@ -620,10 +623,22 @@ void MainWindow::updateOutputsPage() {
 }
 
 void MainWindow::updateApplyButton() {
+    updateDeviceActions();
+}
+
+void MainWindow::updateDeviceActions() {
+    const bool linkUp = m_device->link() && m_device->link()->state() == Connection::Connected;
+    const bool device = linkUp && !m_updating;
+    for (QAction *a :
+         {ui->action_ReadCfg, ui->action_WriteCfg, ui->action_ClearMemory, ui->action_ResetSettings})
+        a->setEnabled(device);
+    ui->readButton->setEnabled(device);
+    ui->writeButton->setEnabled(device);
     const bool settingsShown = settingsPage(ui->listWidget->currentRow()) != nullptr;
-    ui->applyButton->setEnabled(settingsShown);
-    ui->applyButton->setToolTip(settingsShown ? QString()
-                                              : QStringLiteral("На этой странице нет настроек прибора"));
+    ui->applyButton->setEnabled(device && settingsShown);
+    ui->applyButton->setToolTip(!settingsShown ? QStringLiteral("На этой странице нет настроек прибора")
+                                : device ? QString()
+                                         : QStringLiteral("Прибор не подключен"));
 }
 
 void MainWindow::refreshAllPages() {
@@ -846,6 +861,10 @@ void MainWindow::on_needUpdFirmware() {
     m_firmwarePage->loadFile(m_firmwareUpdater->firmwarePath());
 }
 
+void MainWindow::showPage(int row) {
+    ui->listWidget->setCurrentRow(row);
+}
+
 void MainWindow::showFirmwarePage() {
     ui->listWidget->setCurrentRow(FirmwarePage);
 }
@@ -886,19 +905,13 @@ void MainWindow::onFirmwareUpdateComplete() {
 }
 
 void MainWindow::setDeviceControlsEnabled(bool on) {
-    for (QAction *a :
-         {ui->action_ReadCfg, ui->action_WriteCfg, ui->action_ClearMemory, ui->action_ResetSettings,
-          ui->action_Reconnect, ui->action_LocalControl, ui->action_RemoteControl, ui->action_CreateNewCfg,
-          ui->action_OpenCfgFromFile, ui->actionSettings})
+    m_updating = !on;
+    for (QAction *a : {ui->action_Reconnect, ui->action_LocalControl, ui->action_RemoteControl,
+                       ui->action_CreateNewCfg, ui->action_OpenCfgFromFile, ui->actionSettings})
         a->setEnabled(on);
-    ui->readButton->setEnabled(on);
-    ui->writeButton->setEnabled(on);
     ui->connectButton->setEnabled(on);
     ui->listWidget->setEnabled(on);
-    if (on)
-        updateApplyButton();
-    else
-        ui->applyButton->setEnabled(false);
+    updateDeviceActions();
 }
 
 void MainWindow::onUpdateCheckComplete(const QList<ComponentInformation> &components) {

@@ -116,6 +116,8 @@ public slots:
     // Closes the current link and opens it again (a new link for the connection type).
     void reconnect();
     void setConnectionType(int type);
+    // Shows the page of a list row (as if the user picked it).
+    void showPage(int row);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -153,6 +155,8 @@ private:
     void setDeviceName(const QString &name);
     void updateOutputsPage();
     void updateApplyButton();
+    // Device commands only while a link is up and no firmware transfer runs.
+    void updateDeviceActions();
     void refreshAllPages();
     // The unsaved-change prompt of the page shown for a row; true when leaving may proceed.
     bool confirmLeave(int row);
@@ -184,6 +188,7 @@ private:
     QVector<QTime> m_deadlines;
     int m_connectionType = LocalConnection;
     bool m_identified = false;
+    bool m_updating = false;
     QPushButton *m_typeButton = nullptr;
     QPushButton *m_stateButton = nullptr;
     QPointer<ConnectionWaitDlg> m_waitDialog;

@@ -1,15 +1,177 @@
 #include "AppSettings.h"
 #include "DeviceLog.h"
 #include "MainWindow.h"
+#include "Prompter.h"
+#include "SettingsStatePage.h"
+#include "Skin.h"
+#include "VantorConfiguration.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDialog>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QProcess>
+#include <QPushButton>
+#include <QTextStream>
+#include <QTimer>
 
-// tavrel-cfg [--port PATH] [--no-login] [--no-update-check]
+#include <functional>
+
+namespace {
+
+// Screenshot runs answer every question with Yes and print the messages instead of showing boxes.
+class ConsolePrompter : public Prompter {
+public:
+    bool question(QWidget *, const QString &title, const QString &text) override {
+        say(QStringLiteral("question"), title, text);
+        return true;
+    }
+    void information(QWidget *, const QString &title, const QString &text) override {
+        say(QStringLiteral("information"), title, text);
+    }
+    void warning(QWidget *, const QString &title, const QString &text) override {
+        say(QStringLiteral("warning"), title, text);
+    }
+    void critical(QWidget *, const QString &title, const QString &text) override {
+        say(QStringLiteral("critical"), title, text);
+    }
+
+private:
+    static void say(const QString &kind, const QString &title, const QString &text) {
+        QTextStream(stderr) << kind << ": " << title << ": " << QString(text).replace('\n', ' ') << '\n';
+    }
+};
+
+// Walks the window through its states and saves a picture of the screen at each: not connected,
+// the device page with a fix, every settings page after a full read, and the dark theme.
+class ScreenshotTour : public QObject {
+public:
+    ScreenshotTour(MainWindow *window, const QString &folder, bool withDevice)
+        : QObject(window)
+        , m_window(window)
+        , m_folder(folder)
+        , m_withDevice(withDevice) {
+        QDir().mkpath(folder);
+    }
+
+    void start() {
+        if (!m_withDevice) {
+            after(1500, [this] {
+                shoot(QStringLiteral("01-not-connected"));
+                qApp->quit();
+            });
+            return;
+        }
+        waitFor(
+            [this] {
+                const QString fix = m_window->statePage()->fixButton(0)->text();
+                return m_window->isIdentified() &&
+                       (fix.startsWith(QLatin1String("2D")) || fix.startsWith(QLatin1String("3D")));
+            },
+            60000,
+            [this] {
+                after(1500, [this] {
+                    shoot(QStringLiteral("02-connected-device-page"));
+                    m_window->readAll();
+                    waitFor(
+                        [this] {
+                            for (const char *key :
+                                 {"SystemConfiguration", "NavConfiguration", "GSMConfiguration",
+                                  "ServerConfiguration", "agcConfiguration", "LogicConfiguration",
+                                  "FuelConfiguration", "OutConfiguration"}) {
+                                if (!m_window->configuration()->isFilled(QString::fromLatin1(key)))
+                                    return false;
+                            }
+                            return true;
+                        },
+                        30000, [this] { nextPage(MainWindow::SystemPage); });
+                });
+            });
+    }
+
+private:
+    void nextPage(int row) {
+        if (row >= MainWindow::PageCount) {
+            applySkin(qApp, Skin::Dark);
+            m_window->showPage(MainWindow::DevicePage);
+            after(1500, [this] {
+                shoot(QStringLiteral("20-dark-theme"));
+                qApp->quit();
+            });
+            return;
+        }
+        m_window->showPage(row);
+        after(700, [this, row] {
+            auto *list = m_window->findChild<QListWidget *>(QStringLiteral("listWidget"));
+            if (list->currentRow() == row)
+                shoot(QStringLiteral("%1-%2")
+                          .arg(row + 2, 2, 10, QLatin1Char('0'))
+                          .arg(QLatin1String(slug(row))));
+            nextPage(row + 1);
+        });
+    }
+
+    static const char *slug(int row) {
+        static const char *const names[] = {"device",
+                                            "system-page",
+                                            "navigation-page",
+                                            "data-transfer-page",
+                                            "analog-inputs-page",
+                                            "logic-inputs-page",
+                                            "fuel-page",
+                                            "outputs-page",
+                                            "firmware-update-page"};
+        return names[row];
+    }
+
+    void after(int ms, std::function<void()> f) { QTimer::singleShot(ms, this, std::move(f)); }
+
+    void waitFor(std::function<bool()> ready, int timeoutMs, std::function<void()> then) {
+        auto *timer = new QTimer(this);
+        auto *clock = new QElapsedTimer;
+        clock->start();
+        timer->start(100);
+        connect(timer, &QTimer::timeout, this, [=] {
+            const bool done = ready();
+            if (!done && clock->elapsed() < timeoutMs)
+                return;
+            if (!done)
+                QTextStream(stderr) << "screenshots: gave up waiting, taking the picture anyway\n";
+            timer->deleteLater();
+            delete clock;
+            then();
+        });
+    }
+
+    void shoot(const QString &name) {
+        const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
+        // The whole virtual screen, as the user sees it; without ImageMagick only the window.
+        if (QFileInfo(QStringLiteral("/usr/bin/import")).isExecutable() &&
+            QProcess::execute(QStringLiteral("/usr/bin/import"),
+                              {QStringLiteral("-window"), QStringLiteral("root"), path}) == 0) {
+            QTextStream(stdout) << path << '\n';
+            return;
+        }
+        m_window->grab().save(path);
+        QTextStream(stdout) << path << '\n';
+    }
+
+    MainWindow *m_window;
+    QString m_folder;
+    bool m_withDevice;
+};
+
+} // namespace
+
+// tavrel-cfg [--port PATH] [--no-login] [--no-update-check] [--screenshots DIR]
 //   --port PATH        open this serial port at once (a device path or the virtual device's terminal)
 //   --no-login         skip the start-up connection dialog and use the stored connection type
 //   --no-update-check  do not download the device firmware image at start
+//   --screenshots DIR  walk through the window's states, save a picture of each into DIR, then quit
+//                      (implies --no-login and --no-update-check; every question is answered Yes)
 int main(int argc, char *argv[]) {
     // The console's code page and stream encoding are set up before anything is logged.
     DeviceLog::install(AppSettings().deviceLogToFile());
@@ -31,12 +193,27 @@ int main(int argc, char *argv[]) {
                                      QStringLiteral("Skip the start-up connection dialog."));
     const QCommandLineOption noUpdateCheck(QStringLiteral("no-update-check"),
                                            QStringLiteral("Do not download the device firmware at start."));
-    parser.addOptions({port, noLogin, noUpdateCheck});
+    const QCommandLineOption screenshots(
+        QStringLiteral("screenshots"),
+        QStringLiteral("Save pictures of the window's states into DIR, then quit."), QStringLiteral("DIR"));
+    parser.addOptions({port, noLogin, noUpdateCheck, screenshots});
     parser.process(app);
 
     MainWindow::Options options;
     options.portName = parser.value(port);
     options.updateCheckAtStart = !parser.isSet(noUpdateCheck);
+
+    if (parser.isSet(screenshots)) {
+        options.updateCheckAtStart = false;
+        options.prompter = std::make_shared<ConsolePrompter>();
+        MainWindow window(options);
+        window.resize(1280, 800);
+        window.show();
+        auto *tour = new ScreenshotTour(&window, parser.value(screenshots), !options.portName.isEmpty());
+        tour->start();
+        return app.exec();
+    }
+
     std::function<int(QDialog *)> runLogin;
     if (!parser.isSet(noLogin))
         runLogin = [](QDialog *dialog) { return dialog->exec(); };
