@@ -20,14 +20,14 @@ class UNPProtocol;
 
 // One device session: the current link, the protocol with its command queue, the answer parser and the
 // response timer. Frames are sent one at a time; each leaves the queue as soon as it is written, so a
-// time-out moves on to the next frame instead of repeating the unanswered one (the device firmware
-// expects exactly this pacing).
+// time-out moves on to the next frame instead of repeating the unanswered one.
 class Device : public QObject {
     Q_OBJECT
 public:
     static constexpr int DefaultResponseInterval = 3000;
     static constexpr int DefaultRetryLimit = 3;
 
+    // The configuration is filled by the parser and read by the writes; it is not owned.
     explicit Device(kd::Configuration *configuration = nullptr, QObject *parent = nullptr);
     ~Device() override;
 
@@ -74,6 +74,7 @@ public slots:
     void onResponseTimeout();
 
 signals:
+    // The frame as written, password included: show it through proto::TrafficLog::maskedHex.
     void frameSent(const QByteArray &frame);
     void chunkReceived(const QByteArray &chunk);
     // A chunk neither claimed nor taken as a frame (announced length not all there).
