@@ -131,8 +131,13 @@ void CliSession::start() {
     if (m_options.deadlineMs() > 0)
         m_connectDeadline.start(m_options.deadlineMs());
     if (!link->open()) {
-        fail(QStringLiteral("не удалось открыть порт %1")
-                 .arg(static_cast<SerialConnection *>(link)->portName()));
+        if (m_options.isRemote())
+            fail(QStringLiteral("не удалось подключиться к серверу %1:%2")
+                     .arg(m_options.remoteHost)
+                     .arg(m_options.remotePort));
+        else
+            fail(QStringLiteral("не удалось открыть порт %1")
+                     .arg(static_cast<SerialConnection *>(link)->portName()));
         return;
     }
     if (link->state() == Connection::Connected)

@@ -191,7 +191,6 @@ void DeviceCommand::matchAnswer(quint8 type, const QByteArray &payload) {
         }
     } else {
         e.state = Expectation::Done;
-        answerMatched(e);
     }
     m_quiet.start();
     checkComplete();

@@ -77,22 +77,17 @@ protected:
     virtual void buildRequests() = 0;
     // Every expectation settled (some may have failed); the command prints its result and finishes.
     virtual void complete() = 0;
-    // A data answer was matched (the parser has already decoded it into the configuration).
-    virtual void answerMatched(const Expectation &) {}
 
     void finish(int exitCode);
     // Ends with 1 and one line on stderr.
     void fail(const QString &message);
-    // "нет ответа на: ..." for every expectation not done, empty when all are done.
+    // "нет ответа: ..." and "отказ: ..." naming what is not done, empty when all are done.
     QString missingAnswers() const;
     bool allDone() const;
     void sendMissing();
 
     Device *device() const { return m_device; }
     QTextStream &out() { return m_out; }
-    QTextStream &err() { return m_err; }
-    const Options &options() const { return m_options; }
-    const QVector<Expectation> &expectations() const { return m_expectations; }
     // Starts the requests again from scratch (telemetry watch rounds).
     void resetExpectations();
     void restartDeadline();

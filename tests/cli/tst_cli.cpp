@@ -10,6 +10,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -163,6 +164,7 @@ private slots:
     void info_json_hasConfigurationFileKeys();
     void info_remote_throughConfigurationServer();
     void info_noRecognisedDevice_exitsOne();
+    void info_serverRefuses_exitsOne();
     void read_writesWholeConfigurationFile();
     void read_refusedByDevice_keepsExistingFile();
     void read_unwritableTarget_exitsOne();
@@ -258,6 +260,21 @@ void tst_Cli::info_noRecognisedDevice_exitsOne() {
     const Result r = runCli({QStringLiteral("info")});
     QCOMPARE(r.exitCode, 1);
     QCOMPARE(r.err, QStringLiteral("tavrel-cli: Нет подключенных приборов\n"));
+}
+
+void tst_Cli::info_serverRefuses_exitsOne() {
+    quint16 port = 0;
+    {
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
+        port = probe.serverPort();
+    }
+    const Result r = runCli({QStringLiteral("--remote"), QStringLiteral("127.0.0.1:%1").arg(port),
+                             QStringLiteral("--imei"), DeviceImei, QStringLiteral("--timeout"),
+                             QStringLiteral("5"), QStringLiteral("info")});
+    QCOMPARE(r.exitCode, 1);
+    QCOMPARE(r.err, QStringLiteral("tavrel-cli: Сервер отказал в подключении\n"));
+    QVERIFY(r.elapsedMs < 4000);
 }
 
 void tst_Cli::read_writesWholeConfigurationFile() {
