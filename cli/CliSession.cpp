@@ -33,7 +33,8 @@ int responseIntervalFor(bool remote, int deadlineMs) {
     const int base = remote ? Device::DefaultResponseInterval : 1000;
     if (deadlineMs <= 0)
         return base;
-    return qMin(base, qMax(250, deadlineMs / 10));
+    // Four waits without a word count as a lost connection; the relay through the server gets longer ones.
+    return qMin(base, qMax(remote ? 1000 : 250, deadlineMs / 10));
 }
 
 } // namespace
