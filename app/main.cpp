@@ -15,6 +15,7 @@
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTextStream>
 #include <QTimer>
 
@@ -75,6 +76,10 @@ public:
             [this] {
                 after(1500, [this] {
                     shoot(QStringLiteral("02-connected-device-page"));
+                    // The whole telemetry page, below the fold included.
+                    if (auto *scroll = m_window->statePage()->findChild<QScrollArea *>())
+                        scroll->widget()->grab().save(
+                            QDir(m_folder).filePath(QStringLiteral("02-device-page-full.png")));
                     m_window->readAll();
                     waitFor(
                         [this] {

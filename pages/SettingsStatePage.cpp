@@ -9,6 +9,7 @@
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -29,10 +30,15 @@ QString simIcon(int slotState) {
 
 QString serverIcon(int state) {
     if (state == int(kd::ServerState::Connected))
-        return QStringLiteral(":/images/cloud_up_white.png");
-    if (state == int(kd::ServerState::Connecting))
         return QStringLiteral(":/images/cloud_plus.png");
+    if (state == int(kd::ServerState::Connecting))
+        return QStringLiteral(":/images/cloud_up_white.png");
     return QStringLiteral(":/images/cloud_close.png");
+}
+
+QString bulbIcon(bool active) {
+    return active ? QStringLiteral(":/images/light_bulb.png")
+                  : QStringLiteral(":/images/light_bulb_white.png");
 }
 
 QString clockSource(quint16 source) {
@@ -86,9 +92,9 @@ SettingsStatePage::SettingsStatePage(VantorConfiguration *configuration, QWidget
     addValue(state, QStringLiteral("Использованная память"), QStringLiteral("memory"));
     addValue(state, QStringLiteral("Записи отправлены / сохранены"), QStringLiteral("records"));
     addValue(state, QStringLiteral("Сетевой адрес"), QStringLiteral("netAddr"));
-    addValue(state, QStringLiteral("Навигация"), QStringLiteral("navigationActive"));
-    addValue(state, QStringLiteral("GSM"), QStringLiteral("gsmActive"));
-    addValue(state, QStringLiteral("Зажигание"), QStringLiteral("ignition"));
+    addIconValue(state, QStringLiteral("Навигация"), QStringLiteral("navigationActive"));
+    addIconValue(state, QStringLiteral("GSM"), QStringLiteral("gsmActive"));
+    addIconValue(state, QStringLiteral("Зажигание"), QStringLiteral("ignition"));
     addValue(state, QStringLiteral("Время работы"), QStringLiteral("uptime"));
     addValue(state, QStringLiteral("Перезапуски"), QStringLiteral("resetCount"));
     columns->addWidget(stateBox, 0, 1);
@@ -154,7 +160,7 @@ SettingsStatePage::SettingsStatePage(VantorConfiguration *configuration, QWidget
         for (int row = 0; row < gsmNames.size(); ++row)
             addGridValue(gsm, row + 1, 2 * s + 2, gsmNames.at(row) + QString::number(s));
     }
-    columns->addWidget(gsmBox, 2, 0);
+    columns->addWidget(gsmBox, 3, 0);
 
     // Server connections.
     auto *serverBox = group(QStringLiteral("Серверы"));
@@ -175,7 +181,7 @@ SettingsStatePage::SettingsStatePage(VantorConfiguration *configuration, QWidget
         for (int row = 0; row < serverNames.size(); ++row)
             addGridValue(servers, row, 2 * s + 2, serverNames.at(row) + QString::number(s));
     }
-    columns->addWidget(serverBox, 2, 1);
+    columns->addWidget(serverBox, 2, 0, 1, 2);
 
     // Inputs and fuel sensors.
     auto *inputBox = group(QStringLiteral("Входы"));
@@ -187,15 +193,15 @@ SettingsStatePage::SettingsStatePage(VantorConfiguration *configuration, QWidget
         addValue(inputs, QStringLiteral("Импульсы входа %1").arg(i + 1),
                  QStringLiteral("logicCounter%1").arg(i));
     }
-    columns->addWidget(inputBox, 3, 0);
+    columns->addWidget(inputBox, 3, 1);
 
     auto *fuelBox = group(QStringLiteral("Топливо"));
     auto *fuel = new QFormLayout(fuelBox);
     for (int i = 0; i < FuelSensors; ++i)
         addValue(fuel, QStringLiteral("Датчик %1").arg(i + 1), QStringLiteral("fuel%1").arg(i));
     addValue(fuel, QStringLiteral("Ошибки / опросы"), QStringLiteral("fuelPolls"));
-    columns->addWidget(fuelBox, 3, 1);
-    columns->setRowStretch(4, 1);
+    columns->addWidget(fuelBox, 4, 0);
+    columns->setRowStretch(5, 1);
 
     clearTelemetry();
     showIdentity();
@@ -207,6 +213,22 @@ QLabel *SettingsStatePage::addValue(QFormLayout *form, const QString &title, con
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_values.insert(name, label);
     form->addRow(title, label);
+    return label;
+}
+
+QLabel *SettingsStatePage::addIconValue(QFormLayout *form, const QString &title, const QString &name) {
+    auto *row = new QWidget(form->parentWidget());
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *icon = new QLabel(row);
+    icon->setObjectName(name + QStringLiteral("Icon"));
+    m_icons.insert(icon->objectName(), icon);
+    auto *label = new QLabel(row);
+    label->setObjectName(name);
+    m_values.insert(name, label);
+    layout->addWidget(icon);
+    layout->addWidget(label, 1);
+    form->addRow(title, row);
     return label;
 }
 
@@ -222,6 +244,11 @@ QLabel *SettingsStatePage::addGridValue(QGridLayout *grid, int row, int column, 
 QString SettingsStatePage::valueText(const QString &name) const {
     const QLabel *label = m_values.value(name);
     return label ? label->text() : QString();
+}
+
+QString SettingsStatePage::iconResource(const QString &name) const {
+    const QLabel *label = m_icons.value(name);
+    return label ? label->property("iconResource").toString() : QString();
 }
 
 QPushButton *SettingsStatePage::fixButton(int receiver) const {
@@ -325,6 +352,8 @@ void SettingsStatePage::clearTelemetry() {
     }
     for (int s = 0; s < Sims; ++s)
         setIcon(QStringLiteral("simIcon%1").arg(s), simIcon(int(kd::SimSlotState::Absent)));
+    for (const char *name : {"navigationActiveIcon", "gsmActiveIcon", "ignitionIcon"})
+        setIcon(QLatin1String(name), bulbIcon(false));
     for (int s = 0; s < Servers; ++s)
         setIcon(QStringLiteral("serverIcon%1").arg(s), serverIcon(int(kd::ServerState::Disconnected)));
 }
@@ -340,10 +369,17 @@ void SettingsStatePage::showDeviceState() {
     setValue(QStringLiteral("memory"), spacedCounter(r->memoryUsed, r->memoryTotal));
     setValue(QStringLiteral("records"), counter(r->recordsSent, r->recordsStored));
     setValue(QStringLiteral("netAddr"), QString::number(r->netAddr));
-    setValue(QStringLiteral("navigationActive"),
-             activity(r->activityFlags & kd::DeviceStateRecord::NavigationActive));
-    setValue(QStringLiteral("gsmActive"), activity(r->activityFlags & kd::DeviceStateRecord::GsmActive));
-    setValue(QStringLiteral("ignition"), activity(r->activityFlags & kd::DeviceStateRecord::Ignition));
+    const struct {
+        const char *name;
+        quint32 flag;
+    } flags[] = {{"navigationActive", kd::DeviceStateRecord::NavigationActive},
+                 {"gsmActive", kd::DeviceStateRecord::GsmActive},
+                 {"ignition", kd::DeviceStateRecord::Ignition}};
+    for (const auto &f : flags) {
+        const bool on = r->activityFlags & f.flag;
+        setValue(QLatin1String(f.name), activity(on));
+        setIcon(QLatin1String(f.name) + QStringLiteral("Icon"), bulbIcon(on));
+    }
     setValue(QStringLiteral("uptime"), duration(r->uptime));
     setValue(QStringLiteral("resetCount"), QString::number(r->resetCount));
 }

@@ -31,6 +31,8 @@ public:
     // screenshots read the page through it.
     QString valueText(const QString &name) const;
     QLabel *valueLabel(const QString &name) const { return m_values.value(name); }
+    // The resource shown by an icon label ("serverIcon0", "simIcon1", "ignitionIcon", ...).
+    QString iconResource(const QString &name) const;
     QPushButton *fixButton(int receiver) const;
 
 public slots:
@@ -45,6 +47,7 @@ public slots:
 
 private:
     QLabel *addValue(QFormLayout *form, const QString &title, const QString &name);
+    QLabel *addIconValue(QFormLayout *form, const QString &title, const QString &name);
     QLabel *addGridValue(QGridLayout *grid, int row, int column, const QString &name);
     void setValue(const QString &name, const QString &text);
     void setIcon(const QString &name, const QString &resource);

@@ -201,8 +201,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_MainWindow::initTestCase()
-{
+void tst_MainWindow::initTestCase() {
     // The traffic log is not what these tests look at.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 }

@@ -1,0 +1,239 @@
+#include "ControlInfoConfiguration.h"
+#include "DeviceInfoConfiguration.h"
+#include "SettingsStatePage.h"
+#include "TelemetryRecords.h"
+#include "VantorConfiguration.h"
+
+#include <QPushButton>
+#include <QtTest>
+
+namespace {
+// A telemetry answer as the device sends it: 82 kind 00 00, then the records.
+QByteArray answer(int kind, const QList<QByteArray> &records) {
+    QByteArray payload = QByteArray::fromHex("82");
+    payload.append(char(kind)).append('\0').append('\0');
+    for (const QByteArray &r : records)
+        payload.append(r);
+    return payload;
+}
+} // namespace
+
+class tst_SettingsStatePage : public QObject {
+    Q_OBJECT
+private slots:
+    void telemetry_data();
+    void telemetry();
+    void identity_showsDeviceInformation();
+    void clear_putsDashesBack();
+};
+
+void tst_SettingsStatePage::telemetry_data() {
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("icon"); // icon label and its resource, "name=resource"; empty: none checked
+
+    kd::SimStateRecord absent;
+    absent.state = 8;
+    kd::SimStateRecord ready;
+    QTest::newRow("sim 8 keeps its spelling")
+        << answer(kd::telemetry::SimStates, {ready.toBytes(), absent.toBytes()}) << "simState1"
+        << "Сим отсутсвует"
+        << "";
+    QTest::newRow("sim 0 ready") << answer(kd::telemetry::SimStates, {ready.toBytes()}) << "simState0"
+                                 << "Готово"
+                                 << "";
+
+    kd::GsmRegistrationRecord reg;
+    reg.slotState = quint8(kd::SimSlotState::Active);
+    reg.registration = 4;
+    reg.signalLevel = 99;
+    QTest::newRow("registration 4 has no text")
+        << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "registration0"
+        << ""
+        << "simIcon0=:/images/sim_card_active.png";
+    QTest::newRow("active slot") << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "simSlot0"
+                                 << "Активна"
+                                 << "";
+    QTest::newRow("unknown signal level")
+        << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "signal0"
+        << "-"
+        << "";
+    kd::GsmRegistrationRecord roaming;
+    roaming.slotState = quint8(kd::SimSlotState::Inserted);
+    roaming.registration = 5;
+    roaming.operatorCode = 25099;
+    QTest::newRow("second sim roaming")
+        << answer(kd::telemetry::GsmRegistration, {reg.toBytes(), roaming.toBytes()}) << "registration1"
+        << "Роуминг"
+        << "simIcon1=:/images/sim_card_inserted.png";
+    QTest::newRow("operator code") << answer(kd::telemetry::GsmRegistration,
+                                             {reg.toBytes(), roaming.toBytes()})
+                                   << "operator1"
+                                   << "250 99"
+                                   << "";
+
+    kd::NavReceiverRecord noFix;
+    noFix.fixMode = 1;
+    noFix.satellites = 3;
+    noFix.latDegrees = 55;
+    noFix.speed = 100;
+    for (const char *field : {"fixTime0", "latitude0", "longitude0", "speed0", "course0"})
+        QTest::newRow(qPrintable(QStringLiteral("no fix: %1 is a dash").arg(QLatin1String(field))))
+            << answer(kd::telemetry::NavReceivers, {noFix.toBytes()}) << field << "-"
+            << "";
+    QTest::newRow("no fix label") << answer(kd::telemetry::NavReceivers, {noFix.toBytes()}) << "fixLabel0"
+                                  << "Нет навигации"
+                                  << "";
+
+    kd::NavReceiverRecord fix;
+    fix.fixMode = 3;
+    fix.fixQuality = 2;
+    fix.day = 1;
+    fix.month = 2;
+    fix.year = 26;
+    fix.hours = 3;
+    fix.minutes = 4;
+    fix.seconds = 5;
+    fix.latDegrees = 59;
+    fix.latFlags = kd::NavReceiverRecord::HemisphereBit;
+    fix.latMinutes = 1234567;
+    QTest::newRow("second receiver fix time")
+        << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()}) << "fixTime1"
+        << "01.02.26 03:04:05"
+        << "";
+    QTest::newRow("southern latitude")
+        << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()}) << "latitude1"
+        << "-59° 12.34567"
+        << "";
+    QTest::newRow("differential") << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()})
+                                  << "fixQuality1"
+                                  << "Дифференциальный"
+                                  << "";
+
+    kd::ServerStateRecord server;
+    server.protocol = quint8(kd::ServerProtocol::WialonCombine);
+    server.state = quint8(kd::ServerState::Connected);
+    server.ip[0] = 10;
+    server.ip[3] = 7;
+    server.port = 20332;
+    server.packetsSent = 9;
+    server.packetsAcked = 8;
+    QTest::newRow("server state") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverState0"
+                                  << "Подключен"
+                                  << "serverIcon0=:/images/cloud_plus.png";
+    QTest::newRow("server protocol") << answer(kd::telemetry::Servers, {server.toBytes()})
+                                     << "serverProtocol0"
+                                     << "WIALON COMBINE"
+                                     << "";
+    QTest::newRow("server address") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverAddress0"
+                                    << "10.0.0.7:20332"
+                                    << "";
+    QTest::newRow("server packets") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverPackets0"
+                                    << "8 / 9"
+                                    << "";
+    QTest::newRow("second server still off")
+        << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverState1"
+        << "-"
+        << "serverIcon1=:/images/cloud_close.png";
+
+    kd::DeviceStateRecord state;
+    state.boardTemperature = -5;
+    state.batteryTemperature = 40;
+    state.memoryUsed = 12;
+    state.memoryTotal = 100;
+    state.netAddr = 3;
+    state.activityFlags = kd::DeviceStateRecord::Ignition;
+    state.supplyVoltage = 12345;
+    QTest::newRow("temperatures") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "temperatures"
+                                  << "-5 / 40°С"
+                                  << "";
+    QTest::newRow("memory") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "memory"
+                            << "12 / 100"
+                            << "";
+    QTest::newRow("network address") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "netAddr"
+                                     << "3"
+                                     << "";
+    QTest::newRow("ignition on") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "ignition"
+                                 << "Активен"
+                                 << "ignitionIcon=:/images/light_bulb.png";
+    QTest::newRow("navigation off") << answer(kd::telemetry::DeviceState, {state.toBytes()})
+                                    << "navigationActive"
+                                    << "Неактивен"
+                                    << "navigationActiveIcon=:/images/light_bulb_white.png";
+    QTest::newRow("supply") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "supplyVoltage"
+                            << "12.35 В"
+                            << "";
+
+    kd::LogicInputRecord counter;
+    counter.mode = quint16(kd::InputMode::UniversalCounter);
+    counter.value = 52;
+    kd::LogicInputRecord level;
+    level.mode = quint16(kd::InputMode::Logic);
+    level.value = 1;
+    QTest::newRow("logic counter") << answer(kd::telemetry::LogicInputs, {level.toBytes(), counter.toBytes()})
+                                   << "logic1"
+                                   << "Унив. счетчик, 52"
+                                   << "";
+    QTest::newRow("logic level") << answer(kd::telemetry::LogicInputs, {level.toBytes(), counter.toBytes()})
+                                 << "logic0"
+                                 << "Логический, 1"
+                                 << "";
+
+    kd::FuelSensorsRecord fuel;
+    fuel.level[1] = 3247;
+    fuel.onlineMask = 0x2;
+    QTest::newRow("fuel sensor online") << answer(kd::telemetry::FuelSensors, {fuel.toBytes()}) << "fuel1"
+                                        << "3247"
+                                        << "";
+    QTest::newRow("fuel sensor silent") << answer(kd::telemetry::FuelSensors, {fuel.toBytes()}) << "fuel0"
+                                        << "-"
+                                        << "";
+}
+
+void tst_SettingsStatePage::telemetry() {
+    QFETCH(QByteArray, payload);
+    QFETCH(QString, field);
+    QFETCH(QString, text);
+    QFETCH(QString, icon);
+    VantorConfiguration cfg;
+    SettingsStatePage page(&cfg);
+    QVERIFY(cfg.controlInfo()->decode(payload));
+    page.updateTelemetry(quint8(payload[1]) & 0x7F);
+    QVERIFY2(page.valueLabel(field), qPrintable(field));
+    QCOMPARE(page.valueText(field), text);
+    if (!icon.isEmpty())
+        QCOMPARE(page.iconResource(icon.section('=', 0, 0)), icon.section('=', 1));
+}
+
+void tst_SettingsStatePage::identity_showsDeviceInformation() {
+    VantorConfiguration cfg;
+    SettingsStatePage page(&cfg);
+    cfg.deviceInfo()->setName(QStringLiteral("Vantor micro"));
+    cfg.deviceInfo()->setIMEI(QStringLiteral("863071014478127"));
+    cfg.deviceInfo()->setDeviceGroup(1);
+    cfg.deviceInfo()->setDeviceType(3);
+    cfg.deviceInfo()->setDeviceMod(2);
+    page.showIdentity();
+    QCOMPARE(page.valueText(QStringLiteral("deviceName")), QStringLiteral("Vantor micro"));
+    QCOMPARE(page.valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
+    QCOMPARE(page.valueText(QStringLiteral("hardware")), QStringLiteral("1 / 3 / 2"));
+}
+
+void tst_SettingsStatePage::clear_putsDashesBack() {
+    VantorConfiguration cfg;
+    SettingsStatePage page(&cfg);
+    kd::NavReceiverRecord fix;
+    fix.fixMode = 2;
+    fix.satellites = 6;
+    QVERIFY(cfg.controlInfo()->decode(answer(kd::telemetry::NavReceivers, {fix.toBytes()})));
+    page.updateTelemetry(kd::telemetry::NavReceivers);
+    QCOMPARE(page.fixButton(0)->text(), QStringLiteral("2D, 6 спутн."));
+    QCOMPARE(page.valueText(QStringLiteral("fixLabel0")), QStringLiteral("2D режим"));
+    page.clearTelemetry();
+    QCOMPARE(page.fixButton(0)->text(), QStringLiteral("Нет фиксации, 0 спутн."));
+    QCOMPARE(page.valueText(QStringLiteral("fixLabel0")), QStringLiteral("-"));
+}
+
+QTEST_MAIN(tst_SettingsStatePage)
+#include "tst_settingsstatepage.moc"
