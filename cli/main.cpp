@@ -50,8 +50,11 @@ int listPorts(QTextStream &out) {
 int decode(const CliOptions &options, QTextStream &out, QTextStream &err) {
     QByteArray frame;
     if (!FrameText::extractHex(options.decodeHex, &frame)) {
-        err << QStringLiteral("tavrel-cli: не удалось прочитать кадр: нужны пары шестнадцатеричных цифр")
-            << '\n'
+        // The exchange log hides passwords behind asterisks; such a frame cannot be rebuilt.
+        const QString reason = options.decodeHex.contains(QLatin1Char('*'))
+                                   ? QStringLiteral("пароль в журнале скрыт, кадр не восстановить")
+                                   : QStringLiteral("нужны пары шестнадцатеричных цифр");
+        err << QStringLiteral("tavrel-cli: не удалось прочитать кадр: ") << reason << '\n'
             << CliOptions::usageHint() << '\n';
         return ExitUsage;
     }

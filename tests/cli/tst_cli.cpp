@@ -665,6 +665,8 @@ void tst_Cli::usageErrors_exitTwo_data() {
     QTest::newRow("extra argument") << QStringList{QStringLiteral("info"), QStringLiteral("now")};
     QTest::newRow("decode odd digits") << QStringList{QStringLiteral("decode"), QStringLiteral("a5a")};
     QTest::newRow("decode not hex") << QStringList{QStringLiteral("decode"), QStringLiteral("a5zz")};
+    QTest::newRow("decode masked login") << QStringList{
+        QStringLiteral("decode"), QStringLiteral("1795396427 Command a5a50700080001010000************")};
     QTest::newRow("set-password not a number")
         << QStringList{QStringLiteral("set-password"), QStringLiteral("-1")};
 }
