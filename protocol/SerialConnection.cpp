@@ -112,6 +112,9 @@ bool SerialConnection::open() {
         proto::TrafficLog::write(QStringLiteral("Busy port"));
         return false;
     }
+    // Answers to an earlier session that nobody read may still wait in the driver; one chunk is taken as
+    // one frame, so a stale answer in front of the first real one would hide it.
+    m_port->clear(QSerialPort::Input);
     emit connected();
     return true;
 }
