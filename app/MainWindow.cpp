@@ -194,8 +194,8 @@ void MainWindow::setupPages() {
                                ? new SettingsGSMPage(m_configuration)
                                : new SettingsGSMPage(m_configuration, nullptr, m_options.gsmProfilePath,
                                                      m_options.gsmNetworksPath);
-    m_dataTabs->addTab(servers, servers->title());
-    m_dataTabs->addTab(gsm, gsm->title());
+    m_dataTabs->addTab(servers, QStringLiteral("Серверы"));
+    m_dataTabs->addTab(gsm, QStringLiteral("GSM"));
     m_dataPages = {servers, gsm};
     ui->stackedWidget->addWidget(m_dataTabs);
     connect(m_dataTabs, &QTabWidget::currentChanged, this, [this](int index) {

@@ -218,6 +218,8 @@ QLabel *SettingsStatePage::addValue(QFormLayout *form, const QString &title, con
 
 QLabel *SettingsStatePage::addIconValue(QFormLayout *form, const QString &title, const QString &name) {
     auto *row = new QWidget(form->parentWidget());
+    row->setAttribute(Qt::WA_TranslucentBackground);
+    row->setStyleSheet(QStringLiteral("background: transparent;"));
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     auto *icon = new QLabel(row);
