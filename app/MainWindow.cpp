@@ -124,9 +124,9 @@ MainWindow::~MainWindow() {
 
 int MainWindow::run(const Options &options, const std::function<int(QDialog *)> &runLogin) {
     if (runLogin) {
-        auto *login = new loginDialog();
-        const int result = runLogin(login);
-        login->deleteLater();
+        std::unique_ptr<loginDialog> login(new loginDialog());
+        const int result = runLogin(login.get());
+        login.reset();
         if (result != QDialog::Accepted)
             return 0;
     }
@@ -392,6 +392,7 @@ void MainWindow::setConnectionType(int type) {
 }
 
 void MainWindow::onLinkConnected() {
+    m_storedPasswordTried = false;
     updateDeviceActions();
     if (m_connectionType == LocalConnection) {
         m_device->resetRetries();
@@ -548,6 +549,13 @@ void MainWindow::onDeviceBlocked() {
 }
 
 void MainWindow::onPasswordRequested() {
+    // The password typed in the start-up dialog is tried once per connection before asking.
+    const quint32 stored = quint32(AppSettings().passWord());
+    if (stored != 0 && !m_storedPasswordTried) {
+        m_storedPasswordTried = true;
+        m_workflows->login(stored);
+        return;
+    }
     quint32 password = 0;
     if (m_prompter->password(this, &password))
         m_workflows->login(password);
@@ -789,6 +797,10 @@ void MainWindow::on_actionSettings_triggered() {
         updateTelemetryPeriod();
     });
     dialog.exec();
+    // A new connection type in the settings means a new link.
+    const int stored = AppSettings().loginType() == RemoteConnection ? RemoteConnection : LocalConnection;
+    if (stored != m_connectionType)
+        setConnectionType(stored);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event) {

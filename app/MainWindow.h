@@ -189,6 +189,7 @@ private:
     int m_connectionType = LocalConnection;
     bool m_identified = false;
     bool m_updating = false;
+    bool m_storedPasswordTried = false;
     QPushButton *m_typeButton = nullptr;
     QPushButton *m_stateButton = nullptr;
     QPointer<ConnectionWaitDlg> m_waitDialog;

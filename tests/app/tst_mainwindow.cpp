@@ -1,15 +1,20 @@
+#include "../update/BskBuilder.h"
 #include "AgcConfiguration.h"
 #include "AppSettings.h"
+#include "ComponentInformation.h"
 #include "Connection.h"
 #include "ConnectionWaitDlg.h"
 #include "Device.h"
 #include "DeviceInfoConfiguration.h"
+#include "DeviceUpdater.h"
+#include "FirmwareImage.h"
 #include "Frame.h"
 #include "GSMConfiguration.h"
 #include "LogicConfiguration.h"
 #include "MainWindow.h"
 #include "ProgramUpdatePage.h"
 #include "Prompter.h"
+#include "QTIFWUpdater.h"
 #include "ServerConfiguration.h"
 #include "SettingsPageBase.h"
 #include "SettingsStatePage.h"
@@ -17,6 +22,7 @@
 #include "SystemPage.h"
 #include "UNPProtocol.h"
 #include "VantorConfiguration.h"
+#include "WaitMessageDlg.h"
 
 #include <QAction>
 #include <QLabel>
@@ -190,6 +196,10 @@ private slots:
     void saveFile_failureIsReportedAndNothingWritten();
     void leavingModifiedPage_asksToWrite();
     void fastPolling_keepsQueueBounded();
+    void passwordRequest_triesStartUpPasswordFirst();
+    void programUpdateCheck_data();
+    void programUpdateCheck();
+    void firmwareUpdate_entersLoaderAndComesBack();
     void readAll_yes_fillsEverySectionFromVirtualDevice();
 
 private:
@@ -706,6 +716,95 @@ void tst_MainWindow::fastPolling_keepsQueueBounded() {
     QTest::qWait(600);
     QVERIFY(largest > 0);
     QVERIFY2(largest <= 15, qPrintable(QString::number(largest)));
+}
+
+void tst_MainWindow::passwordRequest_triesStartUpPasswordFirst() {
+    AppSettings().setPassWord(4321);
+    MainWindow *raw = nullptr;
+    FakeLink *link = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(link);
+    w->telemetryTimer()->stop();
+    m_prompter->passwordValue = 77;
+    const QByteArray askAgain = QByteArray::fromHex("91810000 0300");
+    link->deliverPayload(proto::ConfigPacketType, askAgain);
+    QVERIFY(!m_prompter->said(QStringLiteral("password"), QString()));
+    QTRY_VERIFY(link->written.contains(
+        proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01010000 e1100000"))));
+    // Refused again: now the user is asked.
+    link->deliverPayload(proto::ConfigPacketType, askAgain);
+    QVERIFY(m_prompter->said(QStringLiteral("password"), QString()));
+    QTRY_VERIFY(link->written.contains(
+        proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01010000 4d000000"))));
+}
+
+void tst_MainWindow::programUpdateCheck_data() {
+    QTest::addColumn<int>("outcome"); // 0 error, 1 no updates, 2 updates found
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("text");
+    const QString app = QStringLiteral("Tavrel_micro_cfg");
+    QTest::newRow("tool failed")
+        << 0 << "warning" << app
+        << "Ошибка проверки обновлений программы конфигуратора\nОшибка: Updates checking timeout";
+    QTest::newRow("no updates") << 1 << "information" << app << "Нет доступных обновлений конфигуратора";
+    QTest::newRow("one update") << 2 << "question"
+                                << "Результат проверки обновлений"
+                                << "Количество обновлений: 1\nДоступно обновление.\nНазвание приложения: "
+                                   "tavrel-cfg\nВерсия: 1.0.1\nРазмер: 12 MB\n\n";
+}
+
+void tst_MainWindow::programUpdateCheck() {
+    QFETCH(int, outcome);
+    QFETCH(QString, kind);
+    QFETCH(QString, title);
+    QFETCH(QString, text);
+    std::unique_ptr<MainWindow> w(makeWindow(false));
+    auto *checker = w->findChild<QTIFWUpdater *>();
+    QVERIFY(checker);
+    if (outcome == 0)
+        emit checker->errorOccurred(QStringLiteral("Updates checking timeout"));
+    else if (outcome == 1)
+        emit checker->warningOccurred(QStringLiteral("There are currently no updates available."));
+    else
+        emit checker->checkComplete({ComponentInformation{QStringLiteral("tavrel-cfg"),
+                                                          QStringLiteral("1.0.1"), QStringLiteral("12 MB")}});
+    QCOMPARE(m_prompter->calls.size(), 1);
+    QCOMPARE(m_prompter->calls.first().kind, kind);
+    QCOMPARE(m_prompter->calls.first().title, title);
+    QCOMPARE(m_prompter->calls.first().text, text);
+}
+
+void tst_MainWindow::firmwareUpdate_entersLoaderAndComesBack() {
+    MainWindow *raw = nullptr;
+    FakeLink *link = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(link);
+    const QString file = m_dir.filePath(QStringLiteral("firmware.bsk"));
+    QVERIFY(BskBuilder::write(file, BskBuilder().build()));
+    ProgramUpdatePage *page = w->firmwarePage();
+    QCOMPARE(page->loadFile(file), int(FirmwareImage::Loaded));
+    w->showPage(MainWindow::FirmwarePage);
+    QVERIFY(w->telemetryTimer()->isActive());
+    link->written.clear();
+
+    page->on_startButton_clicked();
+    const QByteArray enter = proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01020000"));
+    QTRY_VERIFY(link->written.contains(enter));
+    QVERIFY(!w->telemetryTimer()->isActive());
+    QVERIFY(page->updater()->inProgress());
+    auto *read = w->findChild<QPushButton *>(QStringLiteral("readButton"));
+    auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
+    QVERIFY(!read->isEnabled());
+    QVERIFY(!list->isEnabled());
+
+    emit page->updater()->UpdateComplete();
+    QVERIFY(read->isEnabled());
+    QVERIFY(list->isEnabled());
+    auto *wait = w->findChild<WaitMessageDlg *>();
+    QVERIFY(wait);
+    wait->accept();
+    QVERIFY(page->progressLines().contains(QStringLiteral("Обновление завершено.")));
 }
 
 void tst_MainWindow::readAll_yes_fillsEverySectionFromVirtualDevice() {
