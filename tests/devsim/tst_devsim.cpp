@@ -21,6 +21,8 @@
 #include <QtTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -106,6 +108,7 @@ class tst_Devsim : public QObject {
 private slots:
     void initTestCase();
     void identityAndEverySectionOverPty();
+    void answersNobodyReadDoNotGreetTheNextSession();
     void writeIsAnsweredStoredAndReadBack();
     void passwordFlow();
     void blockedDeviceSaysSo();
@@ -161,6 +164,28 @@ void tst_Devsim::identityAndEverySectionOverPty() {
     s.workflows.readIdentity();
     QTRY_COMPARE_WITH_TIMEOUT(identified.count(), 2, 5000);
     QCOMPARE(sim.stop(), 0);
+}
+
+void tst_Devsim::answersNobodyReadDoNotGreetTheNextSession() {
+    DevsimProcess sim;
+    QVERIFY(sim.start({"--pty"}));
+    {
+        // A configurator asks for telemetry and goes away without reading the answer.
+        const int fd = ::open(QFile::encodeName(sim.address()).constData(), O_RDWR | O_NOCTTY);
+        QVERIFY(fd >= 0);
+        const QByteArray request = proto::Frame::build(7, QByteArray::fromHex("820a0000"));
+        QCOMPARE(::write(fd, request.constData(), size_t(request.size())), ssize_t(request.size()));
+        QTest::qWait(700);
+        ::close(fd);
+    }
+    auto *link = new SerialConnection(sim.address());
+    QVERIFY(link->open());
+    Session s(link);
+    QSignalSpy identified(s.device.parser(), &UNPParcer::DeviceInfoAcquired);
+    s.workflows.readIdentity();
+    QTRY_COMPARE_WITH_TIMEOUT(identified.count(), 2, 5000);
+    QCOMPARE(s.answers.size(), 2);
+    QCOMPARE(s.answers.first().left(2), QByteArray::fromHex("8101"));
 }
 
 void tst_Devsim::writeIsAnsweredStoredAndReadBack() {

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -91,6 +92,7 @@ bool PtyLink::start(QString *error) {
     m_writeNotifier = new QSocketNotifier(m_master, QSocketNotifier::Write, this);
     m_writeNotifier->setEnabled(false);
     connect(m_writeNotifier, &QSocketNotifier::activated, this, &PtyLink::flushOutput);
+    watchPeers();
     m_retryRead = new QTimer(this);
     m_retryRead->setSingleShot(true);
     m_retryRead->setInterval(ReadRetryMs);
@@ -124,9 +126,56 @@ void PtyLink::readMaster() {
         emit received(chunk);
 }
 
+void PtyLink::watchPeers() {
+    m_inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (m_inotify < 0)
+        return;
+    if (::inotify_add_watch(m_inotify, QFile::encodeName(m_slavePath).constData(),
+                            IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0) {
+        ::close(m_inotify);
+        m_inotify = -1;
+        return;
+    }
+    m_peerNotifier = new QSocketNotifier(m_inotify, QSocketNotifier::Read, this);
+    connect(m_peerNotifier, &QSocketNotifier::activated, this, &PtyLink::readPeerEvents);
+}
+
+void PtyLink::readPeerEvents() {
+    alignas(inotify_event) char buffer[4096];
+    const int before = m_peers;
+    for (;;) {
+        const ssize_t n = ::read(m_inotify, buffer, sizeof buffer);
+        if (n <= 0)
+            break;
+        for (ssize_t off = 0; off + ssize_t(sizeof(inotify_event)) <= n;) {
+            const auto *e = reinterpret_cast<const inotify_event *>(buffer + off);
+            if (e->mask & IN_OPEN)
+                ++m_peers;
+            if (e->mask & (IN_CLOSE_WRITE | IN_CLOSE_NOWRITE))
+                m_peers = qMax(0, m_peers - 1);
+            off += ssize_t(sizeof(inotify_event)) + e->len;
+        }
+    }
+    // Our own descriptor keeps the terminal alive when the configurator closes the port, so answers it
+    // never read would greet the next session and be taken for answers to its requests. Once nobody else
+    // has the port open, whatever waits in it is for nobody.
+    int waiting = 0;
+    if (m_peers == 0 && before > 0 && ::ioctl(m_slave, FIONREAD, &waiting) == 0 && waiting > 0) {
+        ::tcflush(m_slave, TCIFLUSH);
+        qCInfo(lcDevsim) << "dropped" << waiting << "bytes the configurator left unread";
+    }
+}
+
 void PtyLink::write(const QByteArray &bytes) {
     if (m_master < 0)
         return;
+    // The configurator's open may still wait among the events: its request can be read first.
+    if (m_inotify >= 0)
+        readPeerEvents();
+    if (m_inotify >= 0 && m_peers == 0) {
+        qCDebug(lcDevsim) << "nobody has the port open;" << bytes.size() << "bytes not sent";
+        return;
+    }
     m_output.append(bytes);
     if (m_output.size() > MaxPendingOutput)
         m_output.remove(0, m_output.size() - MaxPendingOutput);
@@ -185,6 +234,11 @@ void PtyLink::closeAll() {
     m_readNotifier = nullptr;
     delete m_writeNotifier;
     m_writeNotifier = nullptr;
+    delete m_peerNotifier;
+    m_peerNotifier = nullptr;
+    if (m_inotify >= 0)
+        ::close(m_inotify);
+    m_inotify = -1;
     if (m_slave >= 0)
         ::close(m_slave);
     if (m_master >= 0)

@@ -20,6 +20,8 @@ public:
 
 private:
     void readMaster();
+    void watchPeers();
+    void readPeerEvents();
     void flushOutput();
     void closeAll();
 
@@ -34,6 +36,10 @@ private:
     QSocketNotifier *m_writeNotifier = nullptr;
     QTimer *m_retryRead = nullptr;
     QByteArray m_output;
+    // Opens and closes of the slave by others, seen through inotify; -1 when they cannot be watched.
+    int m_inotify = -1;
+    QSocketNotifier *m_peerNotifier = nullptr;
+    int m_peers = 0;
     int m_hangUpWaitMs = 0;
     int m_hangUpQuietPolls = 0;
 };
