@@ -177,6 +177,7 @@ private slots:
     void telemetryPeriod_data();
     void telemetryPeriod();
     void connected_identifiesDevice();
+    void reconnect_closesLinkAndIdentifiesAgain();
     void linkError_data();
     void linkError();
     void connectionLost_afterFourSilentTimeouts_cancelReportsBrokenLink();
@@ -201,6 +202,7 @@ private slots:
     void programUpdateCheck();
     void firmwareUpdate_entersLoaderAndComesBack();
     void readAll_yes_fillsEverySectionFromVirtualDevice();
+    void remote_throughServer_identifiesThenReportsServerGone();
 
 private:
     MainWindow *makeWindow(bool connect = true, int responseMs = 10000);
@@ -409,6 +411,21 @@ void tst_MainWindow::connected_identifiesDevice() {
     QCOMPARE(w->statePage()->valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
     QVERIFY(w->telemetryTimer()->isActive());
     QCOMPARE(w->connectionTypeButton()->property("connected").toBool(), true);
+}
+
+void tst_MainWindow::reconnect_closesLinkAndIdentifiesAgain() {
+    MainWindow *raw = nullptr;
+    FakeLink *first = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(first);
+    QPointer<FakeLink> old = first;
+    auto *action = w->findChild<QAction *>(QStringLiteral("action_Reconnect"));
+    QVERIFY(action->isEnabled());
+    action->trigger();
+    QVERIFY(m_link && m_link != old);
+    QTRY_VERIFY(old.isNull() || !old->isOpen());
+    QTRY_COMPARE(w->connectionStateButton()->text(), QStringLiteral("Подключен прибор: Fake tracker"));
+    QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
 }
 
 void tst_MainWindow::linkError_data() {
@@ -839,6 +856,42 @@ void tst_MainWindow::readAll_yes_fillsEverySectionFromVirtualDevice() {
     }
     sim.terminate();
     QVERIFY(sim.waitForFinished(5000));
+}
+
+void tst_MainWindow::remote_throughServer_identifiesThenReportsServerGone() {
+    const QString devsim = QStringLiteral(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim");
+    QProcess sim;
+    sim.start(devsim, {QStringLiteral("--tcp"), QStringLiteral("0"), QStringLiteral("--imei"),
+                       QStringLiteral("863071014478127")});
+    QVERIFY(sim.waitForStarted());
+    QVERIFY(sim.waitForReadyRead(5000));
+    const QString endpoint = QString::fromLocal8Bit(sim.readLine()).trimmed();
+    QCOMPARE(endpoint.section(':', 0, 0), QStringLiteral("127.0.0.1"));
+    {
+        AppSettings settings;
+        settings.setLoginType(MainWindow::RemoteConnection);
+        settings.setServerAddress(QStringLiteral("127.0.0.1"));
+        settings.setServerPort(endpoint.section(':', 1).toInt());
+        settings.setSerialNumber(QStringLiteral("863071014478127"));
+    }
+    MainWindow::Options options;
+    options.prompter = m_prompter;
+    options.updateCheckAtStart = false;
+    options.gsmProfilePath = m_dir.filePath(QStringLiteral("profiles.json"));
+    options.gsmNetworksPath = m_dir.filePath(QStringLiteral("networks.json"));
+    std::unique_ptr<MainWindow> w(new MainWindow(options));
+    QCOMPARE(w->connectionType(), int(MainWindow::RemoteConnection));
+    QTRY_COMPARE_WITH_TIMEOUT(w->connectionStateButton()->text(),
+                              QStringLiteral("Подключен прибор: Vantor micro"), 5000);
+    QVERIFY(!w->waitDialog());
+    QCOMPARE(w->connectionTypeButton()->toolTip(),
+             QStringLiteral("Тип соединения с прибором: Интернет соединение"));
+
+    sim.terminate();
+    QVERIFY(sim.waitForFinished(5000));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        m_prompter->said(QStringLiteral("warning"), QStringLiteral("Отключен от сервера")), 5000);
+    QCOMPARE(w->connectionStateButton()->text(), QStringLiteral("Нет подключенных приборов"));
 }
 
 QTEST_MAIN(tst_MainWindow)
