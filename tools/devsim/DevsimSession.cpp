@@ -1,5 +1,6 @@
 #include "DevsimSession.h"
 
+#include "BootLoader.h"
 #include "DevsimLog.h"
 #include "DevsimOptions.h"
 #include "SimLink.h"
@@ -12,11 +13,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
-
-#if __has_include("BootLoader.h")
-#include "BootLoader.h"
-#define TAVREL_DEVSIM_BOOTLOADER 1
-#endif
 
 DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObject *parent)
     : QObject(parent)
@@ -41,7 +37,6 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     connect(m_tracker, &VirtualTracker::firmwareUpdateRequested, this,
             &DevsimSession::onFirmwareUpdateRequested);
 
-#ifdef TAVREL_DEVSIM_BOOTLOADER
     BootLoader::Options bl;
     if (options.hasHwVersion)
         bl.hwVersion = options.hwVersion;
@@ -58,7 +53,6 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
         m_assembler.clear();
         m_tracker->logout();
     });
-#endif
 }
 
 FaultInjector::Settings DevsimSession::faultSettings(const DevsimOptions &options) {
@@ -74,12 +68,10 @@ FaultInjector::Settings DevsimSession::faultSettings(const DevsimOptions &option
 }
 
 void DevsimSession::onReceived(const QByteArray &bytes) {
-#ifdef TAVREL_DEVSIM_BOOTLOADER
     if (m_bootLoader->active()) {
         m_bootLoader->receive(bytes);
         return;
     }
-#endif
     const QList<RequestAssembler::Request> requests = m_assembler.feed(bytes, m_clock.elapsed());
     for (const RequestAssembler::Request &r : requests) {
         for (const QByteArray &frame : m_tracker->handle(r.type, r.payload))
@@ -88,14 +80,10 @@ void DevsimSession::onReceived(const QByteArray &bytes) {
 }
 
 void DevsimSession::onFirmwareUpdateRequested() {
-#ifdef TAVREL_DEVSIM_BOOTLOADER
     qCInfo(lcDevsim) << "entering firmware-update mode";
     m_assembler.clear();
     // The answer is already queued in the fault layer; the loader's first request follows it on the line.
     QMetaObject::invokeMethod(m_bootLoader, &BootLoader::start, Qt::QueuedConnection);
-#else
-    qCInfo(lcDevsim) << "firmware-update mode requested, but this build has no boot loader";
-#endif
 }
 
 bool DevsimSession::loadState(QString *error) {
