@@ -172,6 +172,11 @@ void Device::handleChunk(const QByteArray &received) {
     }
     m_parser->parse(packet.type, packet.payload);
     emit answerAccepted(packet.type, packet.payload);
+    // The boot loader asks for its first page right behind the device's answer to the switch into update
+    // mode, often in the same read. That request is the one thing behind a frame that is not ignored.
+    const QByteArray behind = chunk.mid(proto::Frame::Overhead + packet.length);
+    if (m_firmwareHandler && proto::Frame::isFirmwareChunk(behind))
+        m_firmwareHandler(behind);
     m_retries = 0;
     if (m_lostPending) {
         m_lostPending = false;

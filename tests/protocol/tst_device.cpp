@@ -57,6 +57,7 @@ private slots:
     void stopForgetsTheHeldHead();
     void firmwareHandlerIsOfferedEveryChunkFirst();
     void loaderChunkNeverReachesTheParser();
+    void loaderRequestBehindAnAnswerReachesTheHandler();
     void queueSizeLine_data();
     void queueSizeLine();
     void trafficLogLines();
@@ -300,6 +301,26 @@ void tst_Device::loaderChunkNeverReachesTheParser() {
     s.link->deliverNow(QByteArray::fromHex("550100000400000000910000") + QByteArray(8, '\0'));
     QCOMPARE(answered.count(), 0);
     QCOMPARE(dropped.count(), 0);
+}
+
+void tst_Device::loaderRequestBehindAnAnswerReachesTheHandler() {
+    Session s;
+    const QByteArray request = QByteArray::fromHex("550203120900110300901d1c");
+    const QByteArray updateAnswer = QByteArray::fromHex("a5a5070006000102000001000100");
+    QList<QByteArray> offered;
+    s.device->setFirmwareHandler([&](const QByteArray &chunk) {
+        offered << chunk;
+        return false;
+    });
+    QSignalSpy answered(s.device, &Device::answerAccepted);
+    s.link->deliverNow(updateAnswer + request);
+    QCOMPARE(answered.count(), 1);
+    QCOMPARE(offered, (QList<QByteArray>{updateAnswer + request, request}));
+
+    offered.clear();
+    const QByteArray otherSurplus = updateAnswer + QByteArray::fromHex("00ff");
+    s.link->deliverNow(otherSurplus);
+    QCOMPARE(offered, QList<QByteArray>{otherSurplus});
 }
 
 void tst_Device::queueSizeLine_data() {
