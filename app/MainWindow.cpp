@@ -326,8 +326,6 @@ void MainWindow::readNetworkSettings() {
     m_selfUpdater->setProxyType(network.proxyType);
 }
 
-// ---- link and session ----------------------------------------------------------------------------
-
 Connection *MainWindow::createLink() {
     if (m_options.linkFactory)
         return m_options.linkFactory(m_connectionType);
@@ -505,8 +503,6 @@ void MainWindow::onWaitCancelled() {
     setNotConnected();
 }
 
-// ---- answers ------------------------------------------------------------------------------------
-
 void MainWindow::onConfigPackage(int code) {
     switch (code) {
     case kd::DeviceInfoConfiguration::AnswerCode:
@@ -565,8 +561,6 @@ void MainWindow::onPasswordError() {
     m_prompter->warning(this, appTitle(), QStringLiteral("Введен неправильный пароль"));
 }
 
-// ---- telemetry -----------------------------------------------------------------------------------
-
 void MainWindow::updateTelemetryPeriod() {
     AppSettings settings;
     m_telemetryPeriod = AppSettings::telemetryPeriod(m_connectionType, settings.telemetryTime());
@@ -589,15 +583,15 @@ void MainWindow::on_timeout() {
     m_workflows->pollTelemetry();
 }
 
-// ---- indicators ----------------------------------------------------------------------------------
-
 void MainWindow::setConnectionTypeIndicator(bool connected) {
     if (m_connectionType == RemoteConnection) {
         m_typeButton->setToolTip(QStringLiteral("Тип соединения с прибором: Интернет соединение"));
+        m_typeButton->setText(QStringLiteral("Интернет"));
         m_typeButton->setIcon(QIcon(connected ? QStringLiteral(":/images/remoteConnection_on.png")
                                               : QStringLiteral(":/images/remoteConnection_off.png")));
     } else {
         m_typeButton->setToolTip(QStringLiteral("Тип соединения с прибором: USB соединение"));
+        m_typeButton->setText(QStringLiteral("USB"));
         m_typeButton->setIcon(QIcon(connected ? QStringLiteral(":/images/localConnection_on.png")
                                               : QStringLiteral(":/images/localConnection_off.png")));
     }
@@ -675,8 +669,6 @@ void MainWindow::storeModifiedPages() {
     }
 }
 
-// ---- page list -----------------------------------------------------------------------------------
-
 void MainWindow::on_listWidget_currentItemChanged(QListWidgetItem *current, QListWidgetItem *previous) {
     Q_UNUSED(previous)
     const int row = ui->listWidget->row(current);
@@ -692,8 +684,6 @@ void MainWindow::on_listWidget_currentItemChanged(QListWidgetItem *current, QLis
     updateApplyButton();
 }
 
-// ---- workflows -----------------------------------------------------------------------------------
-
 void MainWindow::readAll() {
     if (!confirmLeave(m_currentRow))
         return;
@@ -701,8 +691,29 @@ void MainWindow::readAll() {
             this, QStringLiteral("Считывание конфигурации"),
             QStringLiteral("Считать все настройки из прибора? \nНесохраненные параметры будут утрачены")))
         return;
-    m_configuration->resetFilled();
-    m_workflows->readAll();
+    // A page written on leaving goes out first: the full read empties the queue.
+    whenSent([this] {
+        m_configuration->resetFilled();
+        m_workflows->readAll();
+    });
+}
+
+void MainWindow::whenSent(const std::function<void()> &then) {
+    proto::UNPProtocol *protocol = m_device->protocol();
+    const bool linkUp = m_device->link() && m_device->link()->state() == Connection::Connected;
+    if (protocol->queue().isEmpty() || !linkUp) {
+        then();
+        return;
+    }
+    const QByteArray last = protocol->queue().last();
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection =
+        connect(protocol, &proto::UNPProtocol::queueChanged, this, [protocol, last, connection, then] {
+            if (protocol->isQueued(last))
+                return;
+            QObject::disconnect(*connection);
+            then();
+        });
 }
 
 void MainWindow::writeAll() {
@@ -804,9 +815,19 @@ void MainWindow::on_actionSettings_triggered() {
 }
 
 void MainWindow::closeEvent(QCloseEvent *event) {
-    if (!confirmLeave(m_currentRow)) {
-        event->ignore();
-        return;
+    if (!m_closing) {
+        if (!confirmLeave(m_currentRow)) {
+            event->ignore();
+            return;
+        }
+        m_closing = true;
+        m_telemetryTimer->stop();
+        if (!m_device->protocol()->queue().isEmpty()) {
+            // Let a page written on leaving reach the device before the link goes.
+            event->ignore();
+            whenSent([this] { close(); });
+            return;
+        }
     }
     m_telemetryTimer->stop();
     closeWaitDialog();
@@ -814,8 +835,6 @@ void MainWindow::closeEvent(QCloseEvent *event) {
         link->close();
     event->accept();
 }
-
-// ---- updates and information ---------------------------------------------------------------------
 
 void MainWindow::showAbout() {
     m_prompter->information(

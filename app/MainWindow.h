@@ -161,6 +161,8 @@ private:
     // The unsaved-change prompt of the page shown for a row; true when leaving may proceed.
     bool confirmLeave(int row);
     void storeModifiedPages();
+    // Runs `then` once every frame queued now has been written (at once with an empty queue or no link).
+    void whenSent(const std::function<void()> &then);
 
     void showAbout();
     void showSoftwareVersion();
@@ -190,6 +192,7 @@ private:
     bool m_identified = false;
     bool m_updating = false;
     bool m_storedPasswordTried = false;
+    bool m_closing = false;
     QPushButton *m_typeButton = nullptr;
     QPushButton *m_stateButton = nullptr;
     QPointer<ConnectionWaitDlg> m_waitDialog;

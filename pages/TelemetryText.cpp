@@ -53,7 +53,7 @@ QString fixDateTime(int day, int month, int year, int hours, int minutes, int se
 QString coordinate(bool negativeHemisphere, int degrees, double minutes) {
     return QStringLiteral("%1%2° %3")
         .arg(negativeHemisphere ? QStringLiteral("-") : QString(), twoDigits(degrees))
-        .arg(minutes, 0, 'f', 4);
+        .arg(minutes, 0, 'f', 5);
 }
 
 QString fixQuality(int quality) {

@@ -18,7 +18,8 @@ QString simSlot(int code);
 
 // "dd.mm.yy hh:mm:ss", every field two digits.
 QString fixDateTime(int day, int month, int year, int hours, int minutes, int seconds);
-// "-DD° minutes": the minus sign for the southern or western hemisphere.
+// "-DD° MM.mmmmm": the minus sign for the southern or western hemisphere, minutes to five decimals
+// as the receiver reports them.
 QString coordinate(bool negativeHemisphere, int degrees, double minutes);
 // 0 and 1 ordinary, 2 differential, 3 and above precise.
 QString fixQuality(int quality);

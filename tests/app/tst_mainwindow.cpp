@@ -16,6 +16,7 @@
 #include "Prompter.h"
 #include "QTIFWUpdater.h"
 #include "ServerConfiguration.h"
+#include "SettingsGSMPage.h"
 #include "SettingsPageBase.h"
 #include "SettingsStatePage.h"
 #include "SystemConfiguration.h"
@@ -23,6 +24,8 @@
 #include "UNPProtocol.h"
 #include "VantorConfiguration.h"
 #include "WaitMessageDlg.h"
+#include <QLineEdit>
+#include <QTabWidget>
 
 #include <QAction>
 #include <QLabel>
@@ -196,6 +199,7 @@ private slots:
     void openFile();
     void saveFile_failureIsReportedAndNothingWritten();
     void leavingModifiedPage_asksToWrite();
+    void readAll_withModifiedPage_writesPageBeforeReading();
     void fastPolling_keepsQueueBounded();
     void passwordRequest_triesStartUpPasswordFirst();
     void programUpdateCheck_data();
@@ -711,6 +715,35 @@ void tst_MainWindow::leavingModifiedPage_asksToWrite() {
     QCOMPARE(m_prompter->calls.first().text, QString::fromUtf8(SettingsPageBase::UnsavedQuestion));
     QVERIFY(!page->isModified());
     QCOMPARE(list->currentRow(), int(MainWindow::NavigationPage));
+}
+
+void tst_MainWindow::readAll_withModifiedPage_writesPageBeforeReading() {
+    MainWindow *raw = nullptr;
+    FakeLink *link = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(link);
+    w->telemetryTimer()->stop();
+    w->showPage(MainWindow::DataTransferPage);
+    auto *tabs = w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"));
+    tabs->setCurrentIndex(1);
+    auto *gsm = qobject_cast<SettingsGSMPage *>(w->settingsPage(MainWindow::DataTransferPage));
+    QVERIFY(gsm);
+    gsm->sim(0).apn->setText(QStringLiteral("internet.example"));
+    QVERIFY(gsm->isModified());
+    link->written.clear();
+
+    m_prompter->answers = {true, true}; // write the page, then read everything
+    w->readAll();
+    QCOMPARE(m_prompter->calls.size(), 2);
+    QCOMPARE(m_prompter->calls.at(0).text, QString::fromUtf8(SettingsPageBase::UnsavedQuestion));
+    QTRY_VERIFY(link->written.size() >= 4 + 10);
+    QTRY_VERIFY(w->device()->isIdle());
+    QCOMPARE(link->writeHeads(), QStringList({"04 03 00", "04 03 01", "04 04 00", "04 04 01"}));
+    // Every GSM write left before the first read request.
+    const QByteArray lastWrite = link->written.at(3);
+    QCOMPARE(lastWrite.mid(6, 3).toHex(' '), QByteArray("04 04 01"));
+    QCOMPARE(quint8(link->written.at(4)[6]), quint8(0x91));
+    QCOMPARE(w->configuration()->gsm()->element(0)->apn(), QStringLiteral("internet.example"));
 }
 
 void tst_MainWindow::fastPolling_keepsQueueBounded() {
