@@ -231,7 +231,7 @@ QByteArray VirtualTracker::handleConfig(const QByteArray &payload) {
         return statusPayload(c, o, p, ExecuteError);
 
     if (c & code::ReadBit) {
-        const QByteArray answer = readSection(c, o, p);
+        const QByteArray answer = readSection(c, o);
         return answer.isEmpty() ? statusPayload(c, o, p, NotSupported) : answer;
     }
     if (c == code::PasswordChange) {
@@ -256,7 +256,7 @@ QByteArray VirtualTracker::handleConfig(const QByteArray &payload) {
     return statusPayload(c, o, p, Done);
 }
 
-QByteArray VirtualTracker::readSection(quint8 c, quint8 o, quint8 /*parameter*/) {
+QByteArray VirtualTracker::readSection(quint8 c, quint8 o) {
     switch (c) {
     case kd::DeviceInfoConfiguration::AnswerCode:
         return m_config->deviceInfo()->encodeAnswer(o & 0x7F);

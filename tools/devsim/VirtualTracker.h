@@ -73,7 +73,7 @@ signals:
 private:
     QByteArray handleConfig(const QByteArray &payload);
     QByteArray handleCommand(const QByteArray &payload);
-    QByteArray readSection(quint8 code, quint8 operation, quint8 parameter);
+    QByteArray readSection(quint8 code, quint8 operation);
     bool writeSection(const QByteArray &payload);
     void refreshModelSetup();
     void trimOutputs();
