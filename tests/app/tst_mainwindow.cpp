@@ -15,6 +15,7 @@
 #include "ProgramUpdatePage.h"
 #include "Prompter.h"
 #include "QTIFWUpdater.h"
+#include "SerialConnection.h"
 #include "ServerConfiguration.h"
 #include "SettingsGSMPage.h"
 #include "SettingsPageBase.h"
@@ -180,6 +181,7 @@ private slots:
     void telemetryPeriod_data();
     void telemetryPeriod();
     void connected_identifiesDevice();
+    void twoDevices_areRefusedWithAWarning();
     void reconnect_closesLinkAndIdentifiesAgain();
     void linkError_data();
     void linkError();
@@ -415,6 +417,36 @@ void tst_MainWindow::connected_identifiesDevice() {
     QCOMPARE(w->statePage()->valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
     QVERIFY(w->telemetryTimer()->isActive());
     QCOMPARE(w->connectionTypeButton()->property("connected").toBool(), true);
+}
+
+void tst_MainWindow::twoDevices_areRefusedWithAWarning() {
+    MainWindow::Options options;
+    options.prompter = m_prompter;
+    options.updateCheckAtStart = false;
+    options.gsmProfilePath = m_dir.filePath(QStringLiteral("profiles.json"));
+    options.gsmNetworksPath = m_dir.filePath(QStringLiteral("networks.json"));
+    options.linkFactory = [](int) {
+        auto *serial = new SerialConnection;
+        serial->setPortLister([] {
+            SerialPortDescription port;
+            port.hasVendorIdentifier = port.hasProductIdentifier = true;
+            port.vendorIdentifier = SerialConnection::VendorIdentifier;
+            port.productIdentifier = SerialConnection::ProductIdentifier;
+            port.portName = QStringLiteral("ttyACM0");
+            SerialPortDescription other = port;
+            other.portName = QStringLiteral("ttyACM1");
+            return QList<SerialPortDescription>{port, other};
+        });
+        return serial;
+    };
+    std::unique_ptr<MainWindow> w(new MainWindow(options));
+    QTRY_COMPARE(m_prompter->calls.size(), 1);
+    QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Ошибка подключения"));
+    QCOMPARE(m_prompter->calls.first().text,
+             QStringLiteral("Подключено более одного прибора, отключите лишние \n для избежания ошибок"));
+    QVERIFY(!w->telemetryTimer()->isActive());
+    QVERIFY(!w->device()->link()->isOpen());
+    QCOMPARE(w->connectionStateButton()->text(), QStringLiteral("Нет подключенных приборов"));
 }
 
 void tst_MainWindow::reconnect_closesLinkAndIdentifiesAgain() {
