@@ -12,6 +12,7 @@ private slots:
     void fixComesAndGoes_data();
     void fixComesAndGoes();
     void positionMovesOnlyWithFix();
+    void courseFollowsTheRingForHours();
     void clockTicksWithElapsedTime();
     void supplyVoltageDrifts();
     void serverStateCycles();
@@ -77,6 +78,19 @@ void tst_TrackerModel::positionMovesOnlyWithFix() {
     QCOMPARE(lost.speed, quint16(0));
     QCOMPARE(m.receiver(0).speed, quint16(0));
     QCOMPARE(lost.fixLostCount, 1u);
+}
+
+void tst_TrackerModel::courseFollowsTheRingForHours() {
+    TrackerModel m;
+    m.setElapsed(600000LL * 18 + 150000); // three hours and a quarter lap: north of the centre
+    QCOMPARE(int(m.fixMode()), 3);
+    QCOMPARE(int(m.receiver(0).course), 2700); // heading west
+    QVERIFY(m.navSummary().latitude > 557558000 + 80000);
+    for (qint64 s = 0; s < 24 * 3600; s += 977) {
+        m.setElapsed(s * 1000);
+        if (m.hasFix())
+            QVERIFY2(m.receiver(0).course < 3600, qPrintable(QString::number(s)));
+    }
 }
 
 void tst_TrackerModel::clockTicksWithElapsedTime() {

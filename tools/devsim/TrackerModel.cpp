@@ -23,6 +23,11 @@ double wave(double t, double period, double offset = 0) {
     return qSin(2 * M_PI * t / period + offset);
 }
 
+// Where on the ring the vehicle is after t seconds, 0 to 2 pi (0: due east of the centre).
+double lapAngle(double t) {
+    return 2 * M_PI * std::fmod(t, LapSeconds) / LapSeconds;
+}
+
 template <class R>
 QByteArray records(int count, R (TrackerModel::*get)(int) const, const TrackerModel *model) {
     QByteArray out;
@@ -177,15 +182,15 @@ NavReceiverRecord TrackerModel::receiver(int index) const {
     else
         r.satellites = quint8(7 + (s / 9) % 6 - (index == 0 ? 0 : 2));
     r.satellitesInView = quint8(r.satellites + 4 + (s / 13) % 3);
-    const double angle = 2 * M_PI * t / LapSeconds;
+    const double angle = lapAngle(t);
     splitDegrees(CentreLatitude + RingLatitude * qSin(angle), &r.latDegrees, &r.latFlags, &r.latMinutes);
     splitDegrees(CentreLongitude + RingLongitude * qCos(angle), &r.lonDegrees, &r.lonFlags, &r.lonMinutes);
     r.pdop = quint16(150 + 30 * wave(t, 45) + index * 20);
     r.hdop = quint16(90 + 20 * wave(t, 45) + index * 10);
     r.vdop = quint16(120 + 25 * wave(t, 45, 1) + index * 15);
     r.speed = quint16(qRound(MetresPerSecond * 3.6 * 10 + 15 * wave(t, 30)));
-    const double course = 360 - qRadiansToDegrees(angle);
-    r.course = quint16(qRound(std::fmod(course + 360, 360) * 10) % 3600);
+    // Driving anticlockwise on the map: the heading is the angle's tangent, measured clockwise from north.
+    r.course = quint16(qRound(std::fmod(360 - qRadiansToDegrees(angle), 360) * 10) % 3600);
     r.altitude = qint32(1500 + qRound(50 * wave(t, 240)));
     return r;
 }
@@ -231,7 +236,7 @@ NavSummaryRecord TrackerModel::navSummary() const {
     if (hasFix()) {
         r.flags = 0x1;
         r.fixTime = unixTime();
-        const double angle = 2 * M_PI * seconds() / LapSeconds;
+        const double angle = lapAngle(seconds());
         r.latitude = qint32(qRound64((CentreLatitude + RingLatitude * qSin(angle)) * 1e7));
         r.longitude = qint32(qRound64((CentreLongitude + RingLongitude * qCos(angle)) * 1e7));
         r.speed = rx.speed;
