@@ -307,7 +307,7 @@ void MainWindow::setupUpdaters() {
     m_selfUpdater->setMaintenanceToolName(QStringLiteral("maintenancetool"));
     m_selfUpdater->setWorkingDirectory(QCoreApplication::applicationDirPath());
     if (m_options.updateCheckAtStart)
-        checkDeviceUpdates();
+        startDeviceUpdateCheck(false);
 }
 
 void MainWindow::readNetworkSettings() {
@@ -856,7 +856,11 @@ void MainWindow::checkProgramUpdates() {
 }
 
 void MainWindow::checkDeviceUpdates() {
-    m_deviceUpdateAsked = !m_options.updateCheckAtStart || m_firmwareUpdater;
+    startDeviceUpdateCheck(true);
+}
+
+void MainWindow::startDeviceUpdateCheck(bool asked) {
+    m_deviceUpdateAsked = asked;
     if (m_firmwareUpdater) {
         m_firmwareUpdater->download();
         return;
@@ -870,6 +874,7 @@ void MainWindow::checkDeviceUpdates() {
                                                "прибора. \nУстройство может работать некорректно!"));
     });
     connect(m_firmwareUpdater, &FirmwareUpdater::firwareUpdateNotAvailable, this, [this] {
+        m_versionAnswered = true;
         // Said only when asked for; the check after every connection stays quiet.
         if (m_deviceUpdateAsked)
             m_prompter->information(this, appTitle(), QStringLiteral("Нет доступных обновлений прибора."));
@@ -879,11 +884,24 @@ void MainWindow::checkDeviceUpdates() {
 }
 
 void MainWindow::onDeviceFirmwareReady() {
-    if (m_identified && m_configuration->deviceInfo())
-        m_firmwareUpdater->checkVersion(m_configuration->deviceInfo()->Version());
+    if (!m_identified || !m_configuration->deviceInfo()) {
+        if (m_deviceUpdateAsked)
+            m_prompter->information(this, appTitle(),
+                                    QStringLiteral("Файл обновления загружен. Версия прошивки будет сравнена "
+                                                   "после подключения прибора."));
+        return;
+    }
+    m_versionAnswered = false;
+    m_firmwareUpdater->checkVersion(m_configuration->deviceInfo()->Version());
+    if (!m_versionAnswered && m_deviceUpdateAsked)
+        m_prompter->warning(
+            this, QStringLiteral("Информация по обновлению прошивки"),
+            QStringLiteral("Загруженный с сервера файл не является файлом прошивки прибора."));
+    m_deviceUpdateAsked = false;
 }
 
 void MainWindow::on_needUpdFirmware() {
+    m_versionAnswered = true;
     m_deviceUpdateAsked = false;
     if (!m_prompter->question(this, appTitle(),
                               QStringLiteral("Новая версия обновления прибора доступна, обновить?")))

@@ -168,6 +168,8 @@ private:
     void showSoftwareVersion();
     void checkProgramUpdates();
     void checkDeviceUpdates();
+    // Downloads the current firmware image; `asked`: the user wants to hear the outcome either way.
+    void startDeviceUpdateCheck(bool asked);
     void onDeviceFirmwareReady();
     void onUpdateCheckComplete(const QList<ComponentInformation> &components);
     void showFirmwarePage();
@@ -207,5 +209,6 @@ private:
     FirmwareUpdater *m_firmwareUpdater = nullptr;
     QTIFWUpdater *m_selfUpdater = nullptr;
     bool m_deviceUpdateAsked = false;
+    bool m_versionAnswered = false;
     QString m_lastDir;
 };
