@@ -17,8 +17,12 @@ proto::UNPProtocol *DeviceWorkflows::protocol() const {
     return m_device->protocol();
 }
 
+// While the device still owes an answer the new requests only wait in the queue: the answer (or its
+// time-out) sends the next frame. Writing a second request meanwhile would put two answers into one read,
+// and one read is taken as one frame.
 void DeviceWorkflows::start() {
-    m_device->sendNextCommand();
+    if (!m_device->isAnswerPending())
+        m_device->sendNextCommand();
 }
 
 template <class S, class Write>

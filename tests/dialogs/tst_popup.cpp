@@ -90,7 +90,8 @@ void tst_PopUp::fadesInHoldsAndFadesOut() {
     QCOMPARE(steps[1].opacity, 0.0f);
     QVERIFY(!steps[1].visible);
     QCOMPARE(steps[1].nextDuration, fadeOut);
-    QVERIFY(steps[1].at >= hold + fadeOut);
+    // Coarse timers may fire up to 5 % early.
+    QVERIFY(steps[1].at >= (hold + fadeOut) * 19 / 20);
     QCOMPARE(animation->endValue().toFloat(), 0.0f);
 }
 

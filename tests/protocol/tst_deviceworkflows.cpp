@@ -56,6 +56,7 @@ private slots:
     void readAllAndWriteAllDropWhatWaits();
     void pollTelemetryNeverGrowsTheQueue();
     void changePasswordIsRemembered();
+    void workflowWhileAnAnswerIsOwedOnlyQueues();
 };
 
 void tst_DeviceWorkflows::frameOrder_data() {
@@ -166,3 +167,19 @@ void tst_DeviceWorkflows::changePasswordIsRemembered() {
 
 QTEST_GUILESS_MAIN(tst_DeviceWorkflows)
 #include "tst_deviceworkflows.moc"
+
+void tst_DeviceWorkflows::workflowWhileAnAnswerIsOwedOnlyQueues() {
+    Bench b(0, 0, 0);
+    b.link->linkState = Connection::Connected;
+    b.flows->writeSystem();
+    QCOMPARE(b.link->written.size(), 1);
+    QVERIFY(b.device->isAnswerPending());
+
+    b.flows->writeFuel();
+    QCOMPARE(b.link->written.size(), 1);
+    QCOMPARE(b.heads(), (QStringList{"6:11 01 00", "6:08 01 00"}));
+
+    b.link->deliverNow(QByteArray::fromHex("a5a506000600118100000100") + QByteArray(2, '\0'));
+    QCOMPARE(b.link->written.size(), 2);
+    QCOMPARE(headOf(b.link->written.last()), QStringLiteral("6:08 01 00"));
+}
