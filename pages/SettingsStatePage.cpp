@@ -127,7 +127,6 @@ SettingsStatePage::SettingsStatePage(VantorConfiguration *configuration, QWidget
         button->setObjectName(QStringLiteral("fixButton%1").arg(r));
         button->setFlat(true);
         button->setIconSize(QSize(IconSize, IconSize));
-        button->setIcon(QIcon(QStringLiteral(":/images/satellite_white.png")));
         m_fixButtons[r] = button;
         nav->addWidget(button, 0, r + 1);
         for (int row = 1; row < navNames.size(); ++row)
@@ -263,10 +262,22 @@ void SettingsStatePage::setValue(const QString &name, const QString &text) {
 }
 
 void SettingsStatePage::setIcon(const QString &name, const QString &resource) {
-    if (QLabel *label = m_icons.value(name)) {
-        label->setPixmap(QIcon(resource).pixmap(IconSize, IconSize));
-        label->setProperty("iconResource", resource);
-    }
+    QLabel *label = m_icons.value(name);
+    // Telemetry arrives up to twenty times a second; the picture changes only with the state.
+    if (!label || label->property("iconResource").toString() == resource)
+        return;
+    label->setPixmap(QIcon(resource).pixmap(IconSize, IconSize));
+    label->setProperty("iconResource", resource);
+}
+
+void SettingsStatePage::setFixIcon(int receiver, bool fix) {
+    QPushButton *button = m_fixButtons[receiver];
+    const QString resource =
+        fix ? QStringLiteral(":/images/satellite.png") : QStringLiteral(":/images/satellite_white.png");
+    if (button->property("iconResource").toString() == resource)
+        return;
+    button->setIcon(QIcon(resource));
+    button->setProperty("iconResource", resource);
 }
 
 kd::ControlInfoConfiguration *SettingsStatePage::controlInfo() const {
@@ -350,7 +361,7 @@ void SettingsStatePage::clearTelemetry() {
     }
     for (int r = 0; r < Receivers; ++r) {
         m_fixButtons[r]->setText(TelemetryText::fixButton(0, 0));
-        m_fixButtons[r]->setIcon(QIcon(QStringLiteral(":/images/satellite_white.png")));
+        setFixIcon(r, false);
     }
     for (int s = 0; s < Sims; ++s)
         setIcon(QStringLiteral("simIcon%1").arg(s), simIcon(int(kd::SimSlotState::Absent)));
@@ -407,8 +418,7 @@ void SettingsStatePage::showReceivers() {
             continue;
         const QString n = QString::number(i);
         m_fixButtons[i]->setText(TelemetryText::fixButton(r->fixMode, r->satellites));
-        m_fixButtons[i]->setIcon(QIcon(r->hasFix() ? QStringLiteral(":/images/satellite.png")
-                                                   : QStringLiteral(":/images/satellite_white.png")));
+        setFixIcon(i, r->hasFix());
         setValue(QStringLiteral("fixLabel") + n, fixLabel(r->fixMode));
         setValue(QStringLiteral("fixTime") + n, fixDateTime(*r));
         setValue(QStringLiteral("latitude") + n, latitude(*r));

@@ -51,6 +51,7 @@ private:
     QLabel *addGridValue(QGridLayout *grid, int row, int column, const QString &name);
     void setValue(const QString &name, const QString &text);
     void setIcon(const QString &name, const QString &resource);
+    void setFixIcon(int receiver, bool fix);
     kd::ControlInfoConfiguration *controlInfo() const;
 
     void showDeviceState();
