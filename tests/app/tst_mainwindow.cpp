@@ -202,6 +202,7 @@ private slots:
     void saveFile_failureIsReportedAndNothingWritten();
     void leavingModifiedPage_asksToWrite();
     void readAll_withModifiedPage_writesPageBeforeReading();
+    void close_withModifiedPage_writesPageThenCloses();
     void fastPolling_keepsQueueBounded();
     void passwordRequest_triesStartUpPasswordFirst();
     void programUpdateCheck_data();
@@ -776,6 +777,26 @@ void tst_MainWindow::readAll_withModifiedPage_writesPageBeforeReading() {
     QCOMPARE(lastWrite.mid(6, 3).toHex(' '), QByteArray("04 04 01"));
     QCOMPARE(quint8(link->written.at(4)[6]), quint8(0x91));
     QCOMPARE(w->configuration()->gsm()->element(0)->apn(), QStringLiteral("internet.example"));
+}
+
+void tst_MainWindow::close_withModifiedPage_writesPageThenCloses() {
+    MainWindow *raw = nullptr;
+    FakeLink *link = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(link);
+    w->show();
+    w->showPage(MainWindow::SystemPage);
+    auto *page = qobject_cast<SystemPage *>(w->settingsPage(MainWindow::SystemPage));
+    page->gsens->setValue(page->gsens->value() == 3 ? 4 : 3);
+    link->written.clear();
+    m_prompter->answers = {true};
+    w->close();
+    QCOMPARE(m_prompter->calls.size(), 1);
+    QCOMPARE(m_prompter->calls.first().text, QString::fromUtf8(SettingsPageBase::UnsavedQuestion));
+    QTRY_VERIFY(!w->isVisible());
+    QCOMPARE(link->writeHeads(), QStringList({"11 01 00"}));
+    QVERIFY(!link->isOpen());
+    QVERIFY(!w->telemetryTimer()->isActive());
 }
 
 void tst_MainWindow::fastPolling_keepsQueueBounded() {
