@@ -324,12 +324,14 @@ void tst_Devsim::hangUpEndsTheProgramAndRemovesTheLink() {
     auto *link = new SerialConnection(linkPath);
     QVERIFY(link->open());
     Session s(link);
+    QSignalSpy identified(s.device.parser(), &UNPParcer::DeviceInfoAcquired);
     s.workflows.readIdentity();
     QTRY_COMPARE_WITH_TIMEOUT(sim.process().state(), QProcess::NotRunning, 5000);
     QCOMPARE(sim.process().exitStatus(), QProcess::NormalExit);
     QCOMPARE(sim.process().exitCode(), 0);
     QVERIFY(!QFileInfo(linkPath).isSymLink());
     QVERIFY(s.sections.contains(0x81)); // the one answer made it before the line went dead
+    QCOMPARE(identified.count(), 1);    // and the second request, sent while it drained, got none
 }
 
 void tst_Devsim::firmwareUpdateHandsTheLineToTheBootLoader() {

@@ -122,7 +122,8 @@ void PtyLink::readMaster() {
         }
         break;
     }
-    if (!chunk.isEmpty())
+    // A device that has decided to go away answers nothing more while its last answer drains.
+    if (!chunk.isEmpty() && !m_hangingUp)
         emit received(chunk);
 }
 
@@ -204,6 +205,7 @@ void PtyLink::flushOutput() {
 void PtyLink::hangUp() {
     if (m_master < 0)
         return;
+    m_hangingUp = true;
     // Closing the master throws away what the configurator has not read yet, so the last answer would
     // never arrive. Bytes pass from master to slave a moment after they are written, so the slave's
     // input queue must be seen empty after a short settling time, twice in a row (or a time limit passes).

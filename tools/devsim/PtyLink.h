@@ -41,5 +41,6 @@ private:
     QSocketNotifier *m_peerNotifier = nullptr;
     int m_peers = 0;
     int m_hangUpWaitMs = 0;
+    bool m_hangingUp = false;
     int m_hangUpQuietPolls = 0;
 };
