@@ -104,7 +104,7 @@ void AgcConfiguration::decode(const QByteArray &payload) {
         if (!e)
             continue;
         store(e, payload.mid(codec::HeadSize + i * RecordSize, RecordSize));
-        codec::logRead(payload, QStringLiteral("Конфигурация ADC[%1]").arg(i));
+        codec::logRead(payload, QStringLiteral("Конфигурация ADC[%1").arg(i));
         emit e->DeviceInfoFilled();
     }
     emit DeviceInfoFilled();

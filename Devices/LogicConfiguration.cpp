@@ -43,7 +43,7 @@ void LogicConfiguration::decode(const QByteArray &payload) {
         if (!e)
             continue;
         e->setFunc(le::u8(answer, codec::HeadSize + i * RecordSize + FuncOffset));
-        codec::logRead(answer, QStringLiteral("Конфигурация LogicInputs[%1]").arg(i));
+        codec::logRead(answer, QStringLiteral("Конфигурация LogicInputs[%1").arg(i));
     }
     emit DeviceInfoFilled();
 }

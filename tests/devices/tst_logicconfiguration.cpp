@@ -40,7 +40,7 @@ private slots:
         if (!loggedHead.isEmpty()) {
             QTest::ignoreMessage(QtDebugMsg,
                                  QRegularExpression(QStringLiteral("^\\d+ Прочитано %1 "
-                                                                   "Конфигурация LogicInputs\\[0\\]$")
+                                                                   "Конфигурация LogicInputs\\[0$")
                                                         .arg(loggedHead)));
         }
         QSignalSpy filled(&s, &LogicConfiguration::DeviceInfoFilled);
