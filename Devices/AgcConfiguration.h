@@ -23,12 +23,12 @@ public:
     void setAveraging(uint16_t v);
 
 signals:
-    void enabledChanged(quint8 enabled);
     void thresholdLowChanged(uint16_t threshold);
     void thresholdHighChanged(uint16_t threshold);
     void sensitivityChanged(uint16_t sensitivity);
     void averagingChanged(uint16_t averaging);
     void DeviceInfoFilled();
+    void enabledChanged(quint8 enabled);
 
 private:
     quint8 m_enabled = 0;
@@ -63,8 +63,8 @@ signals:
     void agcChannelLowThresholdChanged(uint32_t channel, uint32_t threshold);
     void agcChannelAveragingChanged(uint32_t channel, uint32_t averaging);
     void agcChannelSensitivityChanged(uint32_t channel, uint32_t sensitivity);
-    void agcChannelEnabledChanged(uint32_t channel, uint32_t enabled);
     void DeviceInfoChanged(uint32_t channel);
+    void agcChannelEnabledChanged(uint32_t channel, uint32_t enabled);
 
 private:
     int senderIndex() const;
