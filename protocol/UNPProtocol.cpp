@@ -234,10 +234,14 @@ void UNPProtocol::writeGsm() {
     auto *gsm = kd::typed_item<kd::GSMConfiguration>(m_configuration, QLatin1String(kd::keys::Gsm));
     if (!gsm)
         return;
-    request(ConfigPacketType, gsm->encodeAccess(0));
-    request(ConfigPacketType, gsm->encodeAccess(1));
-    request(ConfigPacketType, gsm->encodeRoaming(0));
-    request(ConfigPacketType, gsm->encodeRoaming(1));
+    // Access blocks of both SIMs first, then the roaming blocks; a SIM the section lacks sends nothing
+    // rather than an empty packet.
+    const QByteArray blocks[] = {gsm->encodeAccess(0), gsm->encodeAccess(1), gsm->encodeRoaming(0),
+                                 gsm->encodeRoaming(1)};
+    for (const QByteArray &block : blocks) {
+        if (!block.isEmpty())
+            request(ConfigPacketType, block);
+    }
 }
 
 void UNPProtocol::writeFuel() {

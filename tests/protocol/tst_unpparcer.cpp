@@ -146,6 +146,23 @@ void tst_UNPParcer::dispatch_data() {
         << QStringList{commands} << false;
     QTest::newRow("telemetry 22 of 7 bytes dropped")
         << 7 << hex("82160000") + QByteArray(7, '\0') << QStringList() << QStringList{commands} << false;
+    QTest::newRow("telemetry 8 only logged")
+        << 7 << hex("82080000") << QStringList() << QStringList{commands, "....телеметрия????"} << true;
+    QTest::newRow("telemetry 9 announced, nothing stored")
+        << 7 << hex("82090000") + QByteArray(8, '\0') << QStringList{"ControlTelemetry(9)"}
+        << QStringList{commands} << true;
+    QTest::newRow("telemetry 24 decoded")
+        << 7 << hex("82180000") + QByteArray(36, '\0') << QStringList{"ControlTelemetry(24)"}
+        << QStringList{commands, "....телеметрия сим карты GSM REG"} << true;
+    QTest::newRow("telemetry sub-code 0 ignored")
+        << 7 << hex("82000000") << QStringList() << QStringList{commands} << true;
+    QTest::newRow("login answer, authorisation needed")
+        << 7 << hex("018100000300") << QStringList{"PasswordChange"}
+        << QStringList{commands, login, "Нужна авторизация, введите пароль...."} << true;
+    QTest::newRow("write echo 0x11 ignored")
+        << 6 << hex("11010000") << QStringList() << QStringList() << true;
+    QTest::newRow("telemetry answer in a configuration packet ignored")
+        << 6 << hex("820e0000") + QByteArray(38, '\0') << QStringList() << QStringList() << true;
     QTest::newRow("telemetry 25 ignored")
         << 7 << hex("82190000") << QStringList() << QStringList{commands} << true;
     QTest::newRow("command code 3 ignored")

@@ -176,6 +176,15 @@ void tst_UNPProtocol::writeOfMissingElementSendsNothing() {
     protocol.writeLogicInput(2);
     protocol.writeServer(1);
     QCOMPARE(protocol.queueSize(), 0);
+
+    // A GSM section with one SIM writes that SIM's two blocks and no empty packets for the second.
+    auto *oneSim = new kd::Configuration(&owner);
+    oneSim->registerItem(QLatin1String(kd::keys::Gsm), new kd::GSMConfiguration(1, oneSim));
+    protocol.setConfiguration(oneSim);
+    protocol.writeGsm();
+    QCOMPARE(protocol.queueSize(), 2);
+    QCOMPARE(protocol.queue().at(0).mid(proto::Frame::PayloadOffset, 3).toHex(), QByteArray("040300"));
+    QCOMPARE(protocol.queue().at(1).mid(proto::Frame::PayloadOffset, 3).toHex(), QByteArray("040400"));
 }
 
 void tst_UNPProtocol::queueOperations() {
