@@ -17,6 +17,13 @@ quint16 statusOf(const QByteArray &payload) {
     return quint16(quint8(payload.at(4)) | (quint8(payload.at(5)) << 8));
 }
 
+// The parser runs its status handler, and so raises the password and blocked signals, only for
+// configuration answers and the login answer. Command answers (telemetry, reset, memory clearing)
+// carry the same statuses unreported.
+bool parserReportsStatus(quint8 type, quint8 code, quint8 kind) {
+    return type != proto::CommandPacketType || (code == proto::code::Mode && kind == proto::op::Login);
+}
+
 QString statusFailure(quint16 status) {
     QString text = UNPParcer::statusText(status);
     while (text.startsWith(QLatin1Char('.')))
@@ -181,9 +188,17 @@ void DeviceCommand::matchAnswer(quint8 type, const QByteArray &payload) {
             e.state = Expectation::Done;
             break;
         case UNPParcer::AuthorisationNeeded:
+            if (!parserReportsStatus(type, code, kind))
+                onPasswordChange();
+            return;
         case UNPParcer::WrongPassword:
+            if (!parserReportsStatus(type, code, kind))
+                onPasswordError();
+            return;
         case UNPParcer::Blocked:
-            return; // the parser's signals take these
+            if (!parserReportsStatus(type, code, kind))
+                onDeviceBlocked();
+            return;
         default:
             e.state = Expectation::Failed;
             e.failure = statusFailure(status);

@@ -178,6 +178,7 @@ private slots:
     void serviceCommands_answeredByDevice();
     void password_asked_data();
     void password_asked();
+    void blockedDevice_exitsOneWithMessage_data();
     void blockedDevice_exitsOneWithMessage();
     void silentDevice_deadlineEndsCommand();
     void log_recordsTraffic();
@@ -491,46 +492,76 @@ void tst_Cli::serviceCommands_answeredByDevice() {
 }
 
 void tst_Cli::password_asked_data() {
+    QTest::addColumn<QStringList>("command");
     QTest::addColumn<QStringList>("password");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("message");
-    QTest::newRow("right") << QStringList{QStringLiteral("--password"), QStringLiteral("1234")} << 0
-                           << QString();
-    QTest::newRow("wrong") << QStringList{QStringLiteral("--password"), QStringLiteral("1235")} << 1
-                           << QStringLiteral("неверный пароль");
-    QTest::newRow("none") << QStringList() << 1 << QStringLiteral("--password");
+    const QStringList read{QStringLiteral("read"), QStringLiteral("-o")}; // the file name is added later
+    const QStringList telemetry{QStringLiteral("telemetry"), QStringLiteral("--once"),
+                                QStringLiteral("--raw")};
+    const QStringList reset{QStringLiteral("reset")};
+    const QStringList right{QStringLiteral("--password"), QStringLiteral("1234")};
+    const QStringList wrong{QStringLiteral("--password"), QStringLiteral("1235")};
+    QTest::newRow("read right") << read << right << 0 << QString();
+    QTest::newRow("read wrong") << read << wrong << 1 << QStringLiteral("неверный пароль");
+    QTest::newRow("read none") << read << QStringList() << 1 << QStringLiteral("--password");
+    // Command answers (telemetry, reset) ask for the password with statuses the parser leaves unreported.
+    QTest::newRow("telemetry right") << telemetry << right << 0 << QString();
+    QTest::newRow("telemetry none") << telemetry << QStringList() << 1 << QStringLiteral("--password");
+    QTest::newRow("reset right") << reset << right << 0 << QString();
+    QTest::newRow("reset wrong") << reset << wrong << 1 << QStringLiteral("неверный пароль");
 }
 
 void tst_Cli::password_asked() {
+    QFETCH(QStringList, command);
     QFETCH(QStringList, password);
     QFETCH(int, exitCode);
     QFETCH(QString, message);
     // A fresh tracker each time: once logged in, the device does not ask again.
     Devsim sim;
     QVERIFY(sim.start(Devsim::Pty, {QStringLiteral("--password"), QStringLiteral("1234")}));
-    const QString out = m_dir.filePath(QStringLiteral("password-%1.json").arg(QTest::currentDataTag()));
-    const Result r = runCli(sim.link() << password << QStringLiteral("--timeout") << QStringLiteral("5")
-                                       << QStringLiteral("read") << QStringLiteral("-o") << out);
+    const bool isRead = command.constFirst() == QLatin1String("read");
+    const QString out = m_dir.filePath(QStringLiteral("password-%1.json")
+                                           .arg(QTest::currentDataTag())
+                                           .replace(QLatin1Char(' '), QLatin1Char('-')));
+    if (isRead)
+        command << out;
+    const Result r =
+        runCli(sim.link() << password << QStringLiteral("--timeout") << QStringLiteral("5") << command);
     QVERIFY2(r.exitCode == exitCode, qPrintable(describe(r)));
     if (exitCode == 0) {
-        // The request the device refused before the login is repeated: the identity is in the file.
-        QCOMPARE(readJson(out).value(QStringLiteral("hardver.serial")).toInt(), 100234);
+        // The request the device refused before the login is repeated.
+        if (isRead)
+            QCOMPARE(readJson(out).value(QStringLiteral("hardver.serial")).toInt(), 100234);
+        else
+            QVERIFY2(!r.out.isEmpty(), qPrintable(describe(r)));
         QVERIFY(r.err.isEmpty());
     } else {
         QVERIFY2(isOneErrorLine(r.err), qPrintable(describe(r)));
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(r.out.isEmpty());
         QVERIFY(!QFile::exists(out));
+        QVERIFY2(r.elapsedMs < 4000, qPrintable(QString::number(r.elapsedMs))); // not the deadline
     }
 }
 
+void tst_Cli::blockedDevice_exitsOneWithMessage_data() {
+    QTest::addColumn<QStringList>("command");
+    QTest::newRow("info") << QStringList{QStringLiteral("info")};
+    QTest::newRow("telemetry") << QStringList{QStringLiteral("telemetry"), QStringLiteral("--once")};
+    QTest::newRow("clear-memory") << QStringList{QStringLiteral("clear-memory")};
+}
+
 void tst_Cli::blockedDevice_exitsOneWithMessage() {
+    QFETCH(QStringList, command);
     Devsim sim;
     QVERIFY(sim.start(Devsim::Pty, {QStringLiteral("--blocked")}));
-    const Result r = runCli(sim.link() << QStringLiteral("info"));
+    const Result r = runCli(sim.link() << QStringLiteral("--timeout") << QStringLiteral("5") << command);
     QCOMPARE(r.exitCode, 1);
     QVERIFY2(isOneErrorLine(r.err), qPrintable(describe(r)));
-    QVERIFY(r.err.contains(QStringLiteral("заблокирован")));
+    QVERIFY2(r.err.contains(QStringLiteral("заблокирован")), qPrintable(r.err));
     QVERIFY(r.out.isEmpty());
+    QVERIFY2(r.elapsedMs < 4000, qPrintable(QString::number(r.elapsedMs))); // not the deadline
 }
 
 void tst_Cli::silentDevice_deadlineEndsCommand() {
