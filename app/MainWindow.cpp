@@ -964,15 +964,8 @@ void MainWindow::setDeviceControlsEnabled(bool on) {
 }
 
 void MainWindow::onUpdateCheckComplete(const QList<ComponentInformation> &components) {
-    QString text = QStringLiteral("Количество обновлений: %1\n").arg(components.size());
-    for (const ComponentInformation &c : components) {
-        text += QStringLiteral("Доступно обновление.\n");
-        text += QStringLiteral("Название приложения: %1\n").arg(c.name);
-        text += QStringLiteral("Версия: %1\n").arg(c.version);
-        text += QStringLiteral("Размер: %1\n").arg(c.size);
-        text += QStringLiteral("\n");
-    }
-    if (!m_prompter->question(this, QStringLiteral("Результат проверки обновлений"), text))
+    if (!m_prompter->question(this, QStringLiteral("Результат проверки обновлений"),
+                              QTIFWUpdater::reportText(components)))
         return;
     m_selfUpdater->setMaintenanceToolName(QStringLiteral("maintenancetool"));
     m_selfUpdater->setWorkingDirectory(QCoreApplication::applicationDirPath());
