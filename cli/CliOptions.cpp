@@ -25,7 +25,7 @@ const QHash<QString, CommandInfo> &commands() {
         {QStringLiteral("set-password"), {CliOptions::Command::SetPassword, 15000}},
         {QStringLiteral("decode"), {CliOptions::Command::Decode, 0}},
         {QStringLiteral("fwinfo"), {CliOptions::Command::FwInfo, 0}},
-        {QStringLiteral("flash"), {CliOptions::Command::Flash, 30000}},
+        {QStringLiteral("flash"), {CliOptions::Command::Flash, 120000}},
         {QStringLiteral("help"), {CliOptions::Command::Help, 0}},
     };
     return table;
@@ -260,7 +260,7 @@ QString CliOptions::usage() {
         "  --password N             пароль, если прибор запросит авторизацию\n"
         "  --log ФАЙЛ               журнал обмена с прибором\n"
         "  --timeout С              предельное время команды в секундах\n"
-        "                           (для flash - наибольшая пауза прибора)\n"
+        "                           (для flash - наибольшая пауза прибора, 120 с)\n"
         "\n"
         "Команды:\n"
         "  ports                    подключенные по USB приборы, по одному в строке\n"

@@ -86,7 +86,7 @@ void tst_CliOptions::deadline_defaultsPerCommand_data() {
     QTest::newRow("info") << QStringList{QStringLiteral("info")} << 15000;
     QTest::newRow("read") << QStringList{QStringLiteral("read"), QStringLiteral("-o"), QStringLiteral("x")}
                           << 60000;
-    QTest::newRow("flash") << QStringList{QStringLiteral("flash"), QStringLiteral("f.bsk")} << 30000;
+    QTest::newRow("flash") << QStringList{QStringLiteral("flash"), QStringLiteral("f.bsk")} << 120000;
     QTest::newRow("given") << QStringList{QStringLiteral("--timeout"), QStringLiteral("0.25"),
                                           QStringLiteral("read"), QStringLiteral("-o"), QStringLiteral("x")}
                            << 250;
