@@ -80,7 +80,7 @@ void DeviceUpdater::processBuffer() {
             return;
         }
         if (!messageCrcValid(m_buffer)) {
-            qCDebug(lcUpdate).noquote() << stamp() << "Не сошлась CRC, пропускаем....";
+            qCDebug(lcUpdate).noquote().nospace() << stamp() << ' ' << "Не сошлась CRC, пропускаем....";
             m_buffer.clear();
             emit messageCorrupted();
             return;
@@ -88,7 +88,7 @@ void DeviceUpdater::processBuffer() {
         const QByteArray message = m_buffer.left(MessageSize);
         m_buffer.remove(0, MessageSize);
         const Message m = decodeMessage(message);
-        qCDebug(lcUpdate).noquote() << stamp() << "<< номер страницы: " << m.page;
+        qCDebug(lcUpdate).noquote().nospace() << stamp() << ' ' << "<< номер страницы: " << m.page;
         if (m.kind == PageRequested)
             m_request = message;
         handleMessage(m);
@@ -101,7 +101,7 @@ void DeviceUpdater::processBuffer() {
 void DeviceUpdater::handleMessage(const Message &m) {
     switch (m.kind) {
     case PageRequested:
-        qCDebug(lcUpdate).noquote() << stamp() << "<< Запрашивается страница: " << m.page;
+        qCDebug(lcUpdate).noquote().nospace() << stamp() << ' ' << "<< Запрашивается страница: " << m.page;
         emit pageRequested(m.page);
         if (m_inProgress) {
             m_current = qMin<int>(m.page, StreamEnd);
@@ -110,7 +110,7 @@ void DeviceUpdater::handleMessage(const Message &m) {
         }
         break;
     case PageConfirmed:
-        qCDebug(lcUpdate).noquote() << stamp() << "<< Подтверждена страница: " << m.page;
+        qCDebug(lcUpdate).noquote().nospace() << stamp() << ' ' << "<< Подтверждена страница: " << m.page;
         emit pageConfirmed(m.page);
         if (m_inProgress && m.page == LastPage) {
             m_timer->stop();
@@ -121,11 +121,12 @@ void DeviceUpdater::handleMessage(const Message &m) {
         }
         break;
     case PageError:
-        qCDebug(lcUpdate).noquote() << stamp() << "<< Ошибка страницы: " << m.page;
+        qCDebug(lcUpdate).noquote().nospace() << stamp() << ' ' << "<< Ошибка страницы: " << m.page;
         emit pageError(m.page);
         break;
     default:
-        qCDebug(lcUpdate).noquote() << stamp() << "<< неизвестное сообщение: " << m.kind;
+        qCDebug(lcUpdate).noquote().nospace()
+            << stamp() << ' ' << "<< неизвестное сообщение: " << int(m.kind);
         break;
     }
 }
@@ -144,7 +145,7 @@ void DeviceUpdater::sendNextPage() {
         }
         return;
     }
-    qCDebug(lcUpdate).noquote() << "Отправляем страницу " << m_current;
+    qCDebug(lcUpdate).noquote().nospace() << "Отправляем страницу " << m_current;
     const int sent = m_current++;
     if (m_link)
         m_link->write(packet);

@@ -46,7 +46,7 @@ FirmwareImage::LoadResult FirmwareImage::loadFrom(const QString &fileName) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return CannotOpen;
-    qCDebug(lcUpdate).noquote() << "Открыт файл " << fileName;
+    qCDebug(lcUpdate).noquote().nospace() << "Открыт файл " << fileName;
 
     const QByteArray header = file.read(HeaderSize);
     const LoadResult headerResult = checkHeader(header, file.size());
@@ -84,11 +84,11 @@ FirmwareImage::LoadResult FirmwareImage::loadFrom(const QString &fileName) {
 
     m_fileName = fileName;
     emit fileNameAccepted(fileName);
-    qCDebug(lcUpdate).noquote() << "Читаем страницы: " << pageCount;
+    qCDebug(lcUpdate).noquote().nospace() << "Читаем страницы: " << pageCount;
 
     // With many hardware versions the lists run past the header block and the skip would go backwards.
     const qint64 tail = HeaderBlockSize - file.pos();
-    qCDebug(lcUpdate).noquote() << "Хвост: " << tail;
+    qCDebug(lcUpdate).noquote().nospace() << "Хвост: " << tail;
     if (tail < 0 || file.size() - file.pos() < tail || !file.seek(HeaderBlockSize))
         return NotFirmware;
     if (pageCount > UpdateChannel::PageSlots)
@@ -97,11 +97,11 @@ FirmwareImage::LoadResult FirmwareImage::loadFrom(const QString &fileName) {
     for (int n = 0; n < pageCount; ++n) {
         const QByteArray page = file.read(PageSize);
         if (page.size() < PageSize) {
-            qCDebug(lcUpdate).noquote() << "Неполная страница";
+            qCDebug(lcUpdate).noquote().nospace() << "Неполная страница";
             return NotFirmware;
         }
         m_slots[n] = page;
-        qCDebug(lcUpdate).noquote() << "Страница: " << (n + 1) << " из " << pageCount;
+        qCDebug(lcUpdate).noquote().nospace() << "Страница: " << (n + 1) << " из " << pageCount;
     }
 
     m_skipFirmwareMatch = false;

@@ -68,12 +68,12 @@ void FirmwareUpdater::replyFinished(QNetworkReply *reply) {
 
 void FirmwareUpdater::checkVersion(quint32 currentVersion) {
     m_filePath = firmwarePath();
-    qCDebug(lcUpdate).noquote() << "Текущая версия" << currentVersion;
+    qCDebug(lcUpdate).noquote().nospace() << "Текущая версия " << currentVersion;
     QFile file(m_filePath);
     if (!file.open(QIODevice::ReadOnly))
         return;
-    qCDebug(lcUpdate).noquote() << "Открыт файл "
-                                << "Firmware.bsk";
+    qCDebug(lcUpdate).noquote().nospace() << "Открыт файл "
+                                          << "Firmware.bsk";
     const QByteArray header = file.read(FirmwareImage::HeaderSize);
     if (FirmwareImage::checkHeader(header, file.size()) != FirmwareImage::Loaded)
         return;

@@ -317,13 +317,50 @@ private slots:
         QCOMPARE(quint8(m_link->written.first().at(2)), quint8(505 & 0xFF));
     }
 
+    void logLines_data() {
+        QTest::addColumn<QByteArray>("chunk");
+        QTest::addColumn<QStringList>("lines"); // each after the time "hh:mm:ss.zzz "
+        QTest::newRow("page error") << message(PageError, 300)
+                                    << QStringList{"<< номер страницы: 300", "<< Ошибка страницы: 300"};
+        QTest::newRow("confirmation") << message(PageConfirmed, 12)
+                                      << QStringList{"<< номер страницы: 12", "<< Подтверждена страница: 12"};
+        QTest::newRow("unknown kind")
+            << message(7, 1) << QStringList{"<< номер страницы: 1", "<< неизвестное сообщение: 7"};
+        QByteArray bad = message(PageRequested, 1);
+        bad[11] = char(bad.at(11) ^ 0x40);
+        QTest::newRow("bad checksum") << bad << QStringList{"Не сошлась CRC, пропускаем...."};
+    }
+    void logLines() {
+        QFETCH(QByteArray, chunk);
+        QFETCH(QStringList, lines);
+        QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=true"));
+        s_lines.clear();
+        const QtMessageHandler previous =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
+                if (qstrcmp(context.category, "tavrel.update") == 0)
+                    s_lines << text;
+            });
+        m_updater->offer(chunk);
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=false"));
+        QCOMPARE(s_lines.size(), lines.size());
+        const QRegularExpression time(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d "));
+        for (int i = 0; i < lines.size(); ++i) {
+            QVERIFY2(time.match(s_lines.at(i)).hasMatch(), qPrintable(s_lines.at(i)));
+            QCOMPARE(s_lines.at(i).mid(13), lines.at(i));
+        }
+    }
+
 private:
+    static QStringList s_lines;
     QTemporaryDir m_dir;
     QString m_file;
     FirmwareImage *m_image = nullptr;
     FakeLink *m_link = nullptr;
     DeviceUpdater *m_updater = nullptr;
 };
+
+QStringList tst_DeviceUpdater::s_lines;
 
 QTEST_GUILESS_MAIN(tst_DeviceUpdater)
 #include "tst_deviceupdater.moc"

@@ -195,9 +195,52 @@ private slots:
                  QStringLiteral("Не удалось загрузить прошивку 'a.bsk'\nПричина: ") + reason);
     }
 
+    void logLines_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QStringList>("lines"); // "%1" stands for the file name
+        BskBuilder two;
+        // 26 header bytes, one build, one hardware version and the checksum word: 32, so 488 are skipped.
+        QTest::newRow("two pages") << two.build()
+                                   << QStringList{"Открыт файл %1", "Читаем страницы: 2", "Хвост: 488",
+                                                  "Страница: 1 из 2", "Страница: 2 из 2"};
+        BskBuilder cut;
+        cut.pages = 2;
+        cut.pagesWritten = 1;
+        QTest::newRow("second page missing")
+            << cut.build()
+            << QStringList{"Открыт файл %1", "Читаем страницы: 2", "Хвост: 488", "Страница: 1 из 2",
+                           "Неполная страница"};
+        BskBuilder magic;
+        magic.magic = QByteArray("BOOT2FILX\0", 10);
+        QTest::newRow("not BOOT2FILE") << magic.build() << QStringList{"Открыт файл %1"};
+    }
+    void logLines() {
+        QFETCH(QByteArray, file);
+        QFETCH(QStringList, lines);
+        const QString name = m_dir.filePath(QStringLiteral("log.bsk"));
+        QVERIFY(BskBuilder::write(name, file));
+        QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=true"));
+        s_lines.clear();
+        const QtMessageHandler previous =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
+                if (qstrcmp(context.category, "tavrel.update") == 0)
+                    s_lines << text;
+            });
+        FirmwareImage image;
+        image.load(name);
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QString());
+        for (QString &line : lines)
+            line = line.arg(name);
+        QCOMPARE(s_lines, lines);
+    }
+
 private:
+    static QStringList s_lines;
     QTemporaryDir m_dir;
 };
+
+QStringList tst_FirmwareImage::s_lines;
 
 QTEST_GUILESS_MAIN(tst_FirmwareImage)
 #include "tst_firmwareimage.moc"
