@@ -114,7 +114,8 @@ void QTIFWUpdater::processFinished(int exitCode, QProcess::ExitStatus status) {
     m_stdout += m_process->readAllStandardOutput();
     m_stderr += m_process->readAllStandardError();
     const QByteArray output = m_stdout;
-    const QString errorText = QString::fromLocal8Bit(m_stderr);
+    const QByteArray errorOutput = m_stderr;
+    const QString errorText = QString::fromLocal8Bit(errorOutput);
     m_stdout.clear();
     m_stderr.clear();
     m_timer->stop();
@@ -131,8 +132,9 @@ void QTIFWUpdater::processFinished(int exitCode, QProcess::ExitStatus status) {
         finishWithOutput(output);
         return;
     }
-    if (exitCode == 1 && output.contains(NoUpdates)) {
-        emit warningOccurred(QString::fromLocal8Bit(output));
+    // Exit code 1 is how the tool says there is nothing to install; some versions say so on stderr.
+    if (exitCode == 1 && (output.contains(NoUpdates) || errorOutput.contains(NoUpdates))) {
+        emit warningOccurred(QString::fromLocal8Bit(output.contains(NoUpdates) ? output : errorOutput));
         return;
     }
     emit errorOccurred(QStringLiteral("Update checking tool returns error code %1").arg(exitCode) +

@@ -24,6 +24,8 @@ private slots:
                                             << "warning" << noUpdates << 0;
         QTest::newRow("no updates, exit 1") << "printf '" + noUpdates + "'; exit 1"
                                             << "warning" << noUpdates << 0;
+        QTest::newRow("no updates on stderr, exit 1") << "printf '" + noUpdates + "' >&2; exit 1"
+                                                      << "warning" << noUpdates << 0;
         const QString two =
             QStringLiteral("<updates><update name=\"Tavrel\" version=\"1.0.0.31\" size=\"48213\"/>"
                            "<update name=\"Docs\" version=\"2\" size=\"10\"/></updates>");
