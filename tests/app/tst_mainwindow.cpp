@@ -12,6 +12,7 @@
 #include "GSMConfiguration.h"
 #include "LogicConfiguration.h"
 #include "MainWindow.h"
+#include "OutputConfiguration.h"
 #include "ProgramUpdatePage.h"
 #include "Prompter.h"
 #include "QTIFWUpdater.h"
@@ -25,6 +26,9 @@
 #include "UNPProtocol.h"
 #include "VantorConfiguration.h"
 #include "WaitMessageDlg.h"
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QTabWidget>
 
@@ -164,6 +168,69 @@ private:
 
 const char *const DeviceName = "Fake tracker";
 
+// A field of a settings page: "label:<form label>" (the label's buddy), "spin:<n>" or "check:<n>"
+// (the n-th spin or check box of the page, in the order the page builds them).
+QWidget *pageField(QWidget *page, const QString &locator) {
+    const QString kind = locator.section(QLatin1Char(':'), 0, 0);
+    const QString arg = locator.section(QLatin1Char(':'), 1);
+    if (kind == QLatin1String("label")) {
+        for (QLabel *label : page->findChildren<QLabel *>()) {
+            if (label->text() == arg && label->buddy())
+                return label->buddy();
+        }
+        return nullptr;
+    }
+    if (kind == QLatin1String("spin"))
+        return page->findChildren<QSpinBox *>().value(arg.toInt());
+    if (kind == QLatin1String("check"))
+        return page->findChildren<QCheckBox *>().value(arg.toInt());
+    return nullptr;
+}
+
+QString fieldValue(QWidget *w) {
+    if (auto *spin = qobject_cast<QSpinBox *>(w))
+        return QString::number(spin->value());
+    if (auto *spin = qobject_cast<QDoubleSpinBox *>(w))
+        return QString::number(qint64(spin->value()));
+    if (auto *edit = qobject_cast<QLineEdit *>(w))
+        return edit->text();
+    if (auto *box = qobject_cast<QComboBox *>(w))
+        return box->currentText();
+    if (auto *box = qobject_cast<QCheckBox *>(w))
+        return box->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
+    return QStringLiteral("<no field>");
+}
+
+// Key presses as a keyboard gives them, letters outside ASCII included.
+void typeText(QWidget *w, const QString &text) {
+    for (const QChar c : text) {
+        if (c.unicode() < 0x80) {
+            QTest::keyClick(w, char(c.unicode()));
+        } else {
+            QTest::sendKeyEvent(QTest::Press, w, Qt::Key_unknown, QString(c), Qt::NoModifier);
+            QTest::sendKeyEvent(QTest::Release, w, Qt::Key_unknown, QString(c), Qt::NoModifier);
+        }
+    }
+}
+
+void setFieldValue(QWidget *w, const QString &value) {
+    if (auto *spin = qobject_cast<QSpinBox *>(w))
+        spin->setValue(value.toInt());
+    else if (auto *spin = qobject_cast<QDoubleSpinBox *>(w))
+        spin->setValue(value.toDouble());
+    else if (auto *edit = qobject_cast<QLineEdit *>(w)) {
+        edit->selectAll();
+        typeText(edit, value);
+    } else if (auto *box = qobject_cast<QComboBox *>(w))
+        box->setCurrentIndex(box->findText(value));
+    else if (auto *box = qobject_cast<QCheckBox *>(w))
+        box->setChecked(value == QLatin1String("1"));
+}
+
+const char *const ReadSections[] = {"SystemConfiguration", "NavConfiguration", "GSMConfiguration",
+                                    "ServerConfiguration", "agcConfiguration", "LogicConfiguration",
+                                    "FuelConfiguration",   "OutConfiguration"};
+
 } // namespace
 
 class tst_MainWindow : public QObject {
@@ -210,6 +277,10 @@ private slots:
     void firmwareUpdate_entersLoaderAndComesBack();
     void readAll_yes_fillsEverySectionFromVirtualDevice();
     void remote_throughServer_identifiesThenReportsServerGone();
+    void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data();
+    void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit();
+    void typing_badValueIsRefused_data();
+    void typing_badValueIsRefused();
 
 private:
     MainWindow *makeWindow(bool connect = true, int responseMs = 10000);
@@ -978,6 +1049,206 @@ void tst_MainWindow::remote_throughServer_identifiesThenReportsServerGone() {
     QTRY_VERIFY_WITH_TIMEOUT(
         m_prompter->said(QStringLiteral("warning"), QStringLiteral("Отключен от сервера")), 5000);
     QCOMPARE(w->connectionStateButton()->text(), QStringLiteral("Нет подключенных приборов"));
+}
+
+void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data() {
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("tab");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("deviceValue");
+    QTest::addColumn<QString>("edited");
+    const int none = -1;
+    QTest::newRow("system parking time")
+        << int(MainWindow::SystemPage) << none << "label:Время до перехода в режим стоянки:"
+        << "5"
+        << "42";
+    QTest::newRow("system accelerometer")
+        << int(MainWindow::SystemPage) << none << "label:Чувствительность акселерометра (0..15):"
+        << "7"
+        << "15";
+    QTest::newRow("navigation course") << int(MainWindow::NavigationPage) << none << "label:Изменение курса:"
+                                       << "15"
+                                       << "33";
+    QTest::newRow("navigation power on parking")
+        << int(MainWindow::NavigationPage) << none << "label:Режим питания навигации (0..15):"
+        << "2"
+        << "15";
+    QTest::newRow("server address") << int(MainWindow::DataTransferPage) << 0 << "label:Адрес сервера:"
+                                    << "gps.tavrel.ru"
+                                    << "probe.example.org";
+    QTest::newRow("server port") << int(MainWindow::DataTransferPage) << 0 << "label:Порт:"
+                                 << "20629"
+                                 << "4000000000";
+    QTest::newRow("gsm access point") << int(MainWindow::DataTransferPage) << 1 << "label:Точка доступа:"
+                                      << "internet.mts.ru"
+                                      << "m2m.example-apn.with.32.chars.xx";
+    QTest::newRow("analog low threshold") << int(MainWindow::AnalogPage) << none << "spin:0"
+                                          << "9000"
+                                          << "65535";
+    QTest::newRow("analog channel 3 in use") << int(MainWindow::AnalogPage) << none << "check:2"
+                                             << "0"
+                                             << "1";
+    QTest::newRow("logic input function") << int(MainWindow::LogicPage) << none << "label:Функция входа 1:"
+                                          << "Логический"
+                                          << "Частотомер";
+    QTest::newRow("fuel sensor address") << int(MainWindow::FuelPage) << none << "spin:0"
+                                         << "1"
+                                         << "200";
+    QTest::newRow("fuel tank averaging") << int(MainWindow::FuelPage) << none << "label:Бак 1:"
+                                         << "10"
+                                         << "777";
+    QTest::newRow("output 1 state") << int(MainWindow::OutputsPage) << none << "check:0"
+                                    << "0"
+                                    << "1";
+}
+
+// As a user would: read everything from the virtual tracker, edit one field, write the page with the
+// apply button, forget the configuration and read it all again.
+void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
+    QFETCH(int, row);
+    QFETCH(int, tab);
+    QFETCH(QString, field);
+    QFETCH(QString, deviceValue);
+    QFETCH(QString, edited);
+
+    const QString devsim = QStringLiteral(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim");
+    QVERIFY2(QFileInfo(devsim).isExecutable(), qPrintable(devsim));
+    QProcess sim;
+    sim.start(devsim, {QStringLiteral("--pty")});
+    QVERIFY(sim.waitForStarted());
+    QVERIFY(sim.waitForReadyRead(5000));
+    const QString pty = QString::fromLocal8Bit(sim.readLine()).trimmed();
+    QVERIFY(pty.startsWith(QLatin1String("/dev/")));
+
+    MainWindow::Options options;
+    options.prompter = m_prompter;
+    options.updateCheckAtStart = false;
+    options.portName = pty;
+    options.gsmProfilePath = m_dir.filePath(QStringLiteral("profiles.json"));
+    options.gsmNetworksPath = m_dir.filePath(QStringLiteral("networks.json"));
+    {
+        std::unique_ptr<MainWindow> w(new MainWindow(options));
+        QTRY_COMPARE_WITH_TIMEOUT(w->connectionStateButton()->text(),
+                                  QStringLiteral("Подключен прибор: Vantor micro"), 5000);
+        auto readEverything = [&] {
+            m_prompter->answers = {true};
+            w->readAll();
+            for (const char *key : ReadSections)
+                QTRY_VERIFY2_WITH_TIMEOUT(w->configuration()->isFilled(QLatin1String(key)), key, 10000);
+        };
+        auto shownField = [&]() -> QWidget * {
+            w->showPage(row);
+            if (tab >= 0)
+                w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"))->setCurrentIndex(tab);
+            SettingsPageBase *page = w->settingsPage(row);
+            return page ? pageField(page, field) : nullptr;
+        };
+        auto *apply = w->findChild<QPushButton *>(QStringLiteral("applyButton"));
+        QVERIFY(apply);
+
+        readEverything();
+        QWidget *input = shownField();
+        QVERIFY2(input, qPrintable(field));
+        QCOMPARE(fieldValue(input), deviceValue);
+        QVERIFY(!w->settingsPage(row)->isModified());
+
+        setFieldValue(input, edited);
+        QCOMPARE(fieldValue(input), edited);
+        QVERIFY(w->settingsPage(row)->isModified());
+        QVERIFY(apply->isEnabled());
+        apply->click();
+        QVERIFY(!w->settingsPage(row)->isModified());
+        QTRY_VERIFY_WITH_TIMEOUT(w->device()->protocol()->queue().isEmpty(), 5000);
+
+        // Forget what the window holds, so that only the device can bring the edit back.
+        m_prompter->answers = {true};
+        w->on_action_CreateNewCfg_triggered();
+        QVERIFY(fieldValue(pageField(w->settingsPage(row), field)) != edited);
+
+        readEverything();
+        input = shownField();
+        QVERIFY(input);
+        QCOMPARE(fieldValue(input), edited);
+        QVERIFY(!w->settingsPage(row)->isModified());
+        QVERIFY2(!m_prompter->said(QStringLiteral("warning"), QString()),
+                 qPrintable(m_prompter->texts().join('|')));
+    }
+    sim.terminate();
+    QVERIFY(sim.waitForFinished(5000));
+}
+
+void tst_MainWindow::typing_badValueIsRefused_data() {
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("tab");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("shown");
+    const int none = -1;
+    QTest::newRow("8-bit value stops at 255")
+        << int(MainWindow::SystemPage) << none << "label:Время до перехода в режим стоянки:"
+        << "300"
+        << "30";
+    QTest::newRow("4-bit value stops at 15")
+        << int(MainWindow::SystemPage) << none << "label:Чувствительность акселерометра (0..15):"
+        << "99"
+        << "9";
+    QTest::newRow("4-bit navigation power")
+        << int(MainWindow::NavigationPage) << none << "label:Режим питания навигации (0..15):"
+        << "16"
+        << "1";
+    QTest::newRow("16-bit value stops at 65535") << int(MainWindow::AnalogPage) << none << "spin:0"
+                                                 << "70000"
+                                                 << "7000";
+    QTest::newRow("minus sign refused") << int(MainWindow::FuelPage) << none << "spin:0"
+                                        << "-5"
+                                        << "5";
+    QTest::newRow("letters refused in a number")
+        << int(MainWindow::OutputsPage) << none << "label:Число повторов:"
+        << "1a2"
+        << "12";
+    QTest::newRow("cyrillic refused in access point")
+        << int(MainWindow::DataTransferPage) << 1 << "label:Точка доступа:"
+        << "inтернет.ru"
+        << "in.ru";
+    QTest::newRow("access point stops at 32 characters")
+        << int(MainWindow::DataTransferPage) << 1 << "label:Точка доступа:" << QString(40, QLatin1Char('a'))
+        << QString(32, QLatin1Char('a'));
+    QTest::newRow("latin-1 letter accepted")
+        << int(MainWindow::DataTransferPage) << 1 << "label:Пользователь:" << QStringLiteral("m\u00fcller")
+        << QStringLiteral("m\u00fcller");
+    QTest::newRow("euro sign refused in server address")
+        << int(MainWindow::DataTransferPage) << 0 << "label:Адрес сервера:" << QStringLiteral("x\u20acy")
+        << "xy";
+}
+
+void tst_MainWindow::typing_badValueIsRefused() {
+    QFETCH(int, row);
+    QFETCH(int, tab);
+    QFETCH(QString, field);
+    QFETCH(QString, typed);
+    QFETCH(QString, shown);
+
+    std::unique_ptr<MainWindow> w(makeWindow(false));
+    // The outputs page takes input only once the device has reported its outputs.
+    w->configuration()->outputs()->value()->setNumberOfOutputs(2);
+    w->settingsPage(MainWindow::OutputsPage)->refresh();
+    w->show();
+    QVERIFY(QTest::qWaitForWindowExposed(w.get()));
+    w->showPage(row);
+    if (tab >= 0)
+        w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"))->setCurrentIndex(tab);
+    SettingsPageBase *page = w->settingsPage(row);
+    QVERIFY(page);
+    QWidget *input = pageField(page, field);
+    QVERIFY2(input, qPrintable(field));
+    QVERIFY(input->isEnabled());
+    if (auto *spin = qobject_cast<QAbstractSpinBox *>(input))
+        spin->clear();
+    else if (auto *edit = qobject_cast<QLineEdit *>(input))
+        edit->clear();
+    input->setFocus();
+    typeText(input, typed);
+    QCOMPARE(fieldValue(input), shown);
 }
 
 QTEST_MAIN(tst_MainWindow)
