@@ -21,6 +21,7 @@
 
 #if __has_include("FirmwareCommands.h")
 #include "FirmwareCommands.h"
+#include "update/FirmwareImage.h"
 #define TAVREL_CLI_HAS_FLASH 1
 #endif
 
@@ -111,6 +112,17 @@ void CliSession::start() {
     if (m_options.command == CliOptions::Command::Flash) {
         fail(QStringLiteral("обновление прошивки в этой сборке недоступно"));
         return;
+    }
+#else
+    if (m_options.command == CliOptions::Command::Flash) {
+        // The image is checked before the device is touched: a bad file is the file's fault, not the link's.
+        FirmwareImage image;
+        const FirmwareImage::LoadResult loaded = image.load(m_options.file);
+        if (loaded != FirmwareImage::Loaded) {
+            m_err << FirmwareImage::failureText(m_options.file, loaded) << '\n';
+            finish(FlashCommand::ExitBadFile + loaded);
+            return;
+        }
     }
 #endif
 

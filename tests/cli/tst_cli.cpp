@@ -189,6 +189,8 @@ private slots:
     void faults_sessionSurvives_data();
     void faults_sessionSurvives();
     void fwinfo_describesImageWithoutDevice();
+    void flash_badFile_exitsBeforeTouchingDevice_data();
+    void flash_badFile_exitsBeforeTouchingDevice();
     void flash_data();
     void flash();
 
@@ -777,6 +779,36 @@ void tst_Cli::fwinfo_describesImageWithoutDevice() {
     const Result missing = runCli({QStringLiteral("fwinfo"), m_dir.filePath(QStringLiteral("none.bsk"))});
     QVERIFY(missing.exitCode != 0 && missing.exitCode != 2);
     QVERIFY(!missing.err.isEmpty());
+}
+
+void tst_Cli::flash_badFile_exitsBeforeTouchingDevice_data() {
+    QTest::addColumn<QByteArray>("file"); // empty: no file at all
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("reason");
+    BskBuilder magic;
+    magic.magic = QByteArray("BOOT2FILX\0", 10);
+    QTest::newRow("missing file") << QByteArray() << 12 << QStringLiteral("Не удалось открыть файл");
+    QTest::newRow("short file") << BskBuilder().build().left(25) << 13
+                                << QStringLiteral("Файл не является прошивкой");
+    QTest::newRow("other magic") << magic.build() << 14
+                                 << QStringLiteral("Файл не является прошивкой BOOT2FILE");
+}
+
+void tst_Cli::flash_badFile_exitsBeforeTouchingDevice() {
+    QFETCH(QByteArray, file);
+    QFETCH(int, exitCode);
+    QFETCH(QString, reason);
+    const QString name =
+        m_dir.filePath(QStringLiteral("bad-%1.bsk").arg(QTest::currentDataTag()).replace(' ', '-'));
+    QFile::remove(name);
+    if (!file.isEmpty())
+        QVERIFY(BskBuilder::write(name, file));
+    // No device behind the port: the file decides the exit status alone.
+    const Result r = runCli({QStringLiteral("--port"), m_dir.filePath(QStringLiteral("no-such-port")),
+                             QStringLiteral("flash"), name});
+    QVERIFY2(r.exitCode == exitCode, qPrintable(describe(r)));
+    QCOMPARE(r.err, QStringLiteral("Не удалось загрузить прошивку '%1'\nПричина: %2\n").arg(name, reason));
+    QVERIFY(r.out.isEmpty());
 }
 
 void tst_Cli::flash_data() {
