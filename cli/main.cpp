@@ -1,6 +1,7 @@
 #include "CliOptions.h"
 #include "CliSession.h"
 #include "FrameText.h"
+#include "PortList.h"
 #include "TrafficLogFile.h"
 
 #include "protocol/SerialConnection.h"
@@ -39,11 +40,8 @@ void onSignal(int) {
 int listPorts(QTextStream &out) {
     SerialConnection serial;
     serial.findDevices();
-    for (const SerialPortRecord &r : serial.devices()) {
-        out << QStringList{r.portName, r.description, r.manufacturer, r.vendorIdentifier, r.productIdentifier}
-                   .join(QLatin1Char('\t'))
-            << '\n';
-    }
+    for (const SerialPortRecord &r : serial.devices())
+        out << portRecordLine(r) << '\n';
     return ExitOk;
 }
 
