@@ -185,6 +185,8 @@ void DeviceCommand::matchAnswer(quint8 type, const QByteArray &payload) {
             break;
         case UNPParcer::PowerCycleNeeded:
             // The reset is taken; the device only applies it after its power has been cut.
+            if (!parserReportsStatus(type, code, kind))
+                notify(UNPParcer::powerCycleText());
             e.state = Expectation::Done;
             break;
         case UNPParcer::AuthorisationNeeded:

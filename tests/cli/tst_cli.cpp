@@ -476,7 +476,11 @@ void tst_Cli::telemetry_watch_endsCleanlyOnInterrupt() {
 void tst_Cli::serviceCommands_answeredByDevice_data() {
     QTest::addColumn<QStringList>("command");
     QTest::addColumn<QString>("printed");
-    QTest::newRow("reset") << QStringList{QStringLiteral("reset")} << QStringLiteral("Настройки сброшены");
+    // The device takes the reset with status 6: the user has to cut its power for it to apply.
+    QTest::newRow("reset") << QStringList{QStringLiteral("reset")}
+                           << QStringLiteral(
+                                  "Настройки сброшены на заводские\nДля сброса настроек необходимо "
+                                  "отключить питание прибора");
     QTest::newRow("clear-memory") << QStringList{QStringLiteral("clear-memory")}
                                   << QStringLiteral("Память очищена");
     QTest::newRow("set-password") << QStringList{QStringLiteral("set-password"), QStringLiteral("4321")}
