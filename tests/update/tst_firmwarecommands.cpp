@@ -75,23 +75,29 @@ private slots:
         QTest::addColumn<int>("deviceBuild");
         QTest::addColumn<bool>("goodFile");
         QTest::addColumn<int>("exitCode");
-        QTest::newRow("whole image confirmed") << true << 17 << true << 0;
-        QTest::newRow("device never asks") << false << 17 << true << 1;
-        QTest::newRow("image not for this device") << true << 99 << true << 1;
-        QTest::newRow("bad file") << true << 17 << false << 13;
+        QTest::addColumn<int>("responseMs"); // the session's wait for the switch's own answer
+        QTest::newRow("whole image confirmed") << true << 17 << true << 0 << 60000;
+        QTest::newRow("device never asks") << false << 17 << true << 1 << 60000;
+        QTest::newRow("image not for this device") << true << 99 << true << 1 << 60000;
+        QTest::newRow("bad file") << true << 17 << false << 13 << 60000;
+        // The switch is never answered (the stand-in loader sends none) and the transfer outlasts four
+        // session waits: the loader's traffic is no silence.
+        QTest::newRow("transfer outlasts the session's wait") << true << 17 << true << 0 << 20;
     }
     void flash() {
         QFETCH(bool, loaderAnswers);
         QFETCH(int, deviceBuild);
         QFETCH(bool, goodFile);
         QFETCH(int, exitCode);
+        QFETCH(int, responseMs);
         BskBuilder b;
         b.pages = 40;
         const QString name = m_dir->filePath(QStringLiteral("f.bsk"));
         QVERIFY(BskBuilder::write(name, goodFile ? b.build() : b.build().left(100)));
 
         Device device;
-        device.setResponseInterval(60000);
+        device.setResponseInterval(responseMs);
+        QSignalSpy lost(&device, &Device::connectionLost);
         auto *link = new FakeLink;
         device.setLink(link);
         BootLoader::Options options;
@@ -116,7 +122,7 @@ private slots:
         QTextStream err(&errText);
         FlashCommand command(&device, name, 600, err);
         command.setQuietTimeoutMs(200);
-        command.setPageInterval(0);
+        command.setPageInterval(responseMs < 1000 ? 1 : 0);
         command.setProgressBar(false);
         QSignalSpy finished(&command, &FlashCommand::finished);
         command.start();
@@ -127,6 +133,7 @@ private slots:
             QVERIFY(!loader.active());
             QCOMPARE(loader.receivedPage(39), BskBuilder::pageData(39));
             QVERIFY2(errText.endsWith("Обновление завершено.\n"), qPrintable(errText));
+            QCOMPARE(lost.count(), 0);
         }
         QVERIFY(!errText.isEmpty());
     }
