@@ -1,11 +1,15 @@
 #include "AppSettings.h"
 #include "Skin.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QFile>
 #include <QImage>
+#include <QMainWindow>
 #include <QMovie>
 #include <QRegularExpression>
+#include <QToolBar>
+#include <QToolButton>
 #include <QtTest>
 
 class tst_Skin : public QObject {
@@ -27,6 +31,8 @@ private slots:
     void everyIconNameResolves_data();
     void everyIconNameResolves();
     void spinnerIsAnimated();
+    void toolbarIconStandsOutFromItsButton_data();
+    void toolbarIconStandsOutFromItsButton();
 };
 
 void tst_Skin::init() {
@@ -163,6 +169,48 @@ void tst_Skin::spinnerIsAnimated() {
     QMovie movie(QStringLiteral(":/images/loading.gif"));
     QVERIFY(movie.isValid());
     QVERIFY(movie.frameCount() > 1);
+}
+
+void tst_Skin::toolbarIconStandsOutFromItsButton_data() {
+    QTest::addColumn<int>("skin");
+    QTest::addColumn<QString>("icon");
+    for (const char *icon : {"settings", "firmware", "file_new"}) {
+        QTest::addRow("light %s", icon) << int(Skin::Light) << QStringLiteral(":/images/%1.png").arg(icon);
+        QTest::addRow("dark %s", icon) << int(Skin::Dark) << QStringLiteral(":/images/%1.png").arg(icon);
+    }
+}
+
+// The slate toolbar icons are drawn once for both themes: under each sheet much of an icon must differ
+// clearly in brightness from the button behind it.
+void tst_Skin::toolbarIconStandsOutFromItsButton() {
+    QFETCH(int, skin);
+    QFETCH(QString, icon);
+    QVERIFY(applySkin(qApp, skin));
+    QMainWindow window;
+    QToolBar *bar = window.addToolBar(QStringLiteral("bar"));
+    QAction *action = bar->addAction(QIcon(icon), QStringLiteral("action"));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(action));
+    QVERIFY(button);
+    // The button is transparent where the toolbar shows through: take it from the whole window.
+    const QRect area(button->mapTo(&window, QPoint(0, 0)), button->size());
+    const QImage image = window.grab(area).toImage();
+    const int background = qGray(image.pixel(2, image.height() / 2));
+    // Inside the border: of the pixels the icon changes at all, a good part must differ clearly (a
+    // translucent fill may stay close to the background).
+    int drawn = 0;
+    int clear = 0;
+    for (int y = 4; y < image.height() - 4; ++y) {
+        for (int x = 4; x < image.width() - 4; ++x) {
+            const int difference = qAbs(qGray(image.pixel(x, y)) - background);
+            drawn += difference > 8 ? 1 : 0;
+            clear += difference > 60 ? 1 : 0;
+        }
+    }
+    QVERIFY(drawn > 0);
+    const double share = double(clear) / drawn;
+    QVERIFY2(share >= 0.35, qPrintable(QStringLiteral("%1 of the icon stands out").arg(share)));
 }
 
 QTEST_MAIN(tst_Skin)
