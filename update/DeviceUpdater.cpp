@@ -38,6 +38,7 @@ bool DeviceUpdater::begin() {
     if (!m_image || !m_image->isLoaded())
         return false;
     m_inProgress = true;
+    m_refusalReported = false; // once per update: the loader keeps asking for page 0
     m_buffer.clear();
     return true;
 }
@@ -105,7 +106,6 @@ void DeviceUpdater::handleMessage(const Message &m) {
         emit pageRequested(m.page);
         if (m_inProgress) {
             m_current = qMin<int>(m.page, StreamEnd);
-            m_refusalReported = false;
             m_timer->start(m_intervalMs);
         }
         break;

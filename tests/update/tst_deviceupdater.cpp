@@ -223,6 +223,22 @@ private slots:
         m_updater->stop();
     }
 
+    void refusalReportedOncePerUpdate() {
+        QVERIFY(m_updater->begin());
+        QSignalSpy refused(m_updater, &DeviceUpdater::pageRefused);
+        for (int i = 0; i < 3; ++i) {
+            m_updater->offer(message(PageRequested, 0, 3, 9, 16));
+            QTest::qWait(5);
+        }
+        QCOMPARE(refused.count(), 1);
+        QVERIFY(m_link->written.isEmpty());
+        m_updater->stop();
+        QVERIFY(m_updater->begin());
+        m_updater->offer(message(PageRequested, 0, 3, 9, 16));
+        QTRY_COMPARE(refused.count(), 2);
+        m_updater->stop();
+    }
+
     void corruptedMessageSkipsRestOfChunk() {
         QVERIFY(m_updater->begin());
         QSignalSpy asked(m_updater, &DeviceUpdater::pageRequested);
