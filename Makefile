@@ -6,8 +6,7 @@ CMAKE_GEN  := -G "Unix Makefiles"
 SUPP       := $(CURDIR)/tests/lsan.supp
 
 export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
-# Full stacks on allocation, so that suppressions can name the Qt function that leaked.
-export ASAN_OPTIONS  := detect_leaks=1:fast_unwind_on_malloc=0
+export ASAN_OPTIONS  := detect_leaks=1
 export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
 
 .PHONY: deps build run test screenshots bench install clean
