@@ -6,13 +6,16 @@
 #include "VantorConfiguration.h"
 
 #include <QDateTime>
+#include <QEvent>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTimer>
 #include <QVBoxLayout>
 
 using namespace TelemetryText;
@@ -261,12 +264,51 @@ void SettingsStatePage::setValue(const QString &name, const QString &text) {
         label->setText(text);
 }
 
+QPixmap SettingsStatePage::statePixmap(const QString &resource, const QWidget *on) {
+    QPixmap pixmap = QIcon(resource).pixmap(IconSize, IconSize);
+    if (!on || !resource.contains(QLatin1String("_white")))
+        return pixmap;
+    QColor text = on->palette().color(on->foregroundRole());
+    if (text.lightness() >= 128)
+        return pixmap;
+    text.setAlpha(150);
+    QPainter painter(&pixmap);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(pixmap.rect(), text);
+    return pixmap;
+}
+
+void SettingsStatePage::changeEvent(QEvent *event) {
+    QWidget::changeEvent(event);
+    if ((event->type() != QEvent::StyleChange && event->type() != QEvent::PaletteChange) || m_redrawPending)
+        return;
+    // The children take the new colours in the same round of events: draw once they all have.
+    m_redrawPending = true;
+    QTimer::singleShot(0, this, [this] {
+        m_redrawPending = false;
+        redrawIcons();
+    });
+}
+
+void SettingsStatePage::redrawIcons() {
+    for (QLabel *label : qAsConst(m_icons)) {
+        const QString resource = label->property("iconResource").toString();
+        if (!resource.isEmpty())
+            label->setPixmap(statePixmap(resource, label));
+    }
+    for (QPushButton *button : m_fixButtons) {
+        const QString resource = button->property("iconResource").toString();
+        if (!resource.isEmpty())
+            button->setIcon(QIcon(statePixmap(resource, button)));
+    }
+}
+
 void SettingsStatePage::setIcon(const QString &name, const QString &resource) {
     QLabel *label = m_icons.value(name);
     // Telemetry arrives up to twenty times a second; the picture changes only with the state.
     if (!label || label->property("iconResource").toString() == resource)
         return;
-    label->setPixmap(QIcon(resource).pixmap(IconSize, IconSize));
+    label->setPixmap(statePixmap(resource, label));
     label->setProperty("iconResource", resource);
 }
 
@@ -276,7 +318,7 @@ void SettingsStatePage::setFixIcon(int receiver, bool fix) {
         fix ? QStringLiteral(":/images/satellite.png") : QStringLiteral(":/images/satellite_white.png");
     if (button->property("iconResource").toString() == resource)
         return;
-    button->setIcon(QIcon(resource));
+    button->setIcon(QIcon(statePixmap(resource, button)));
     button->setProperty("iconResource", resource);
 }
 

@@ -34,6 +34,10 @@ public:
     // The resource shown by an icon label ("serverIcon0", "simIcon1", "ignitionIcon", ...).
     QString iconResource(const QString &name) const;
     QPushButton *fixButton(int receiver) const;
+    // The picture shown for a state icon on a widget. The "_white" pictures are outlines meant for a
+    // dark background; where the widget's text is dark (a light background) they take a muted text
+    // colour instead, or they would vanish.
+    static QPixmap statePixmap(const QString &resource, const QWidget *on);
 
 public slots:
     // Shows the identity from the device-information section.
@@ -45,7 +49,12 @@ public slots:
     // Back to dashes: the device is gone.
     void clearTelemetry();
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
+    // Draws every state icon again for the current colours (after a theme change).
+    void redrawIcons();
     QLabel *addValue(QFormLayout *form, const QString &title, const QString &name);
     QLabel *addIconValue(QFormLayout *form, const QString &title, const QString &name);
     QLabel *addGridValue(QGridLayout *grid, int row, int column, const QString &name);
@@ -68,5 +77,6 @@ private:
     VantorConfiguration *m_configuration;
     QHash<QString, QLabel *> m_values;
     QHash<QString, QLabel *> m_icons;
+    bool m_redrawPending = false;
     QPushButton *m_fixButtons[Receivers] = {};
 };

@@ -1,9 +1,12 @@
 #include "ControlInfoConfiguration.h"
 #include "DeviceInfoConfiguration.h"
 #include "SettingsStatePage.h"
+#include "Skin.h"
 #include "TelemetryRecords.h"
 #include "VantorConfiguration.h"
 
+#include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QtTest>
 
@@ -25,6 +28,8 @@ private slots:
     void telemetry();
     void identity_showsDeviceInformation();
     void clear_putsDashesBack();
+    void inactiveIcon_standsOutOnEitherBackground_data();
+    void inactiveIcon_standsOutOnEitherBackground();
 };
 
 void tst_SettingsStatePage::telemetry_data() {
@@ -233,6 +238,57 @@ void tst_SettingsStatePage::clear_putsDashesBack() {
     page.clearTelemetry();
     QCOMPARE(page.fixButton(0)->text(), QStringLiteral("Нет фиксации, 0 спутн."));
     QCOMPARE(page.valueText(QStringLiteral("fixLabel0")), QStringLiteral("-"));
+}
+
+void tst_SettingsStatePage::inactiveIcon_standsOutOnEitherBackground_data() {
+    QTest::addColumn<QString>("icon"); // an icon label, or "fix" for the third receiver's button
+    QTest::addColumn<int>("skin");
+    QTest::addColumn<QColor>("background"); // of the group boxes under that skin
+    const QColor lightPanel(Qt::white);
+    const QColor darkPanel(0x2c, 0x34, 0x3c);
+    QTest::newRow("bulb off, light theme") << "ignitionIcon" << int(Skin::Light) << lightPanel;
+    QTest::newRow("bulb off, dark theme") << "ignitionIcon" << int(Skin::Dark) << darkPanel;
+    QTest::newRow("no fix, light theme") << "fix" << int(Skin::Light) << lightPanel;
+    QTest::newRow("no fix, dark theme") << "fix" << int(Skin::Dark) << darkPanel;
+}
+
+// The "off" pictures are white outlines: on a light page they must not vanish into the background.
+void tst_SettingsStatePage::inactiveIcon_standsOutOnEitherBackground() {
+    QFETCH(QString, icon);
+    QFETCH(int, skin);
+    QFETCH(QColor, background);
+    QVERIFY(applySkin(qApp, skin));
+    VantorConfiguration cfg;
+    SettingsStatePage page(&cfg);
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+
+    auto visible = [&] {
+        QPixmap pixmap;
+        if (icon == QLatin1String("fix")) {
+            pixmap = page.fixButton(2)->icon().pixmap(20, 20);
+        } else {
+            auto *label = page.findChild<QLabel *>(icon);
+            pixmap = label ? label->pixmap(Qt::ReturnByValue) : QPixmap();
+        }
+        QImage image(pixmap.size(), QImage::Format_ARGB32);
+        image.fill(background);
+        QPainter(&image).drawPixmap(0, 0, pixmap);
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                count += qAbs(qGray(image.pixel(x, y)) - qGray(background.rgb())) > 60 ? 1 : 0;
+        }
+        return count;
+    };
+    // The icons are drawn again once the new colours have reached every label.
+    QTRY_VERIFY2(visible() >= 20, qPrintable(QString::number(visible())));
+    if (icon == QLatin1String("fix"))
+        QCOMPARE(page.fixButton(2)->property("iconResource").toString(),
+                 QStringLiteral(":/images/satellite_white.png"));
+    else
+        QCOMPARE(page.iconResource(icon), QStringLiteral(":/images/light_bulb_white.png"));
+    qApp->setStyleSheet(QString());
 }
 
 QTEST_MAIN(tst_SettingsStatePage)
