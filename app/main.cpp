@@ -16,6 +16,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTabWidget>
 #include <QTextStream>
 #include <QTimer>
 
@@ -115,7 +116,18 @@ private:
                 shoot(QStringLiteral("%1-%2")
                           .arg(row + 2, 2, 10, QLatin1Char('0'))
                           .arg(QLatin1String(slug(row))));
-            nextPage(row + 1);
+            auto *tabs = m_window->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"));
+            if (row != MainWindow::DataTransferPage || !tabs || tabs->count() < 2) {
+                nextPage(row + 1);
+                return;
+            }
+            // The GSM settings sit on the second tab of the same row.
+            tabs->setCurrentIndex(1);
+            after(700, [this, row, tabs] {
+                shoot(QStringLiteral("%1-data-transfer-gsm-tab").arg(row + 2, 2, 10, QLatin1Char('0')));
+                tabs->setCurrentIndex(0);
+                nextPage(row + 1);
+            });
         });
     }
 
