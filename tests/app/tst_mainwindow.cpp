@@ -281,6 +281,8 @@ private slots:
     void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit();
     void typing_badValueIsRefused_data();
     void typing_badValueIsRefused();
+    void leavingModifiedPage_yes_writesThatSection_data();
+    void leavingModifiedPage_yes_writesThatSection();
 
 private:
     MainWindow *makeWindow(bool connect = true, int responseMs = 10000);
@@ -1249,6 +1251,72 @@ void tst_MainWindow::typing_badValueIsRefused() {
     input->setFocus();
     typeText(input, typed);
     QCOMPARE(fieldValue(input), shown);
+}
+
+void tst_MainWindow::leavingModifiedPage_yes_writesThatSection_data() {
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("tab");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QStringList>("heads");
+    const int none = -1;
+    QTest::newRow("system") << int(MainWindow::SystemPage) << none
+                            << "label:Время до перехода в режим стоянки:"
+                            << "42" << QStringList{"11 01 00"};
+    QTest::newRow("navigation") << int(MainWindow::NavigationPage) << none << "label:Изменение курса:"
+                                << "33" << QStringList{"03 03 00", "03 02 00"};
+    QTest::newRow("servers tab") << int(MainWindow::DataTransferPage) << 0 << "label:Порт:"
+                                 << "4000" << QStringList{"10 01 00"};
+    QTest::newRow("gsm tab") << int(MainWindow::DataTransferPage) << 1 << "label:Точка доступа:"
+                             << "m2m.example" << QStringList{"04 03 00", "04 03 01", "04 04 00", "04 04 01"};
+    QTest::newRow("analog inputs") << int(MainWindow::AnalogPage) << none << "spin:0"
+                                   << "8123" << QStringList{"0c 02 00", "0c 02 01", "0c 02 02"};
+    QTest::newRow("logic inputs") << int(MainWindow::LogicPage) << none << "label:Функция входа 1:"
+                                  << "Частотомер" << QStringList{"0d 02 00", "0d 02 01"};
+    QTest::newRow("fuel") << int(MainWindow::FuelPage) << none << "label:Бак 1:"
+                          << "77" << QStringList{"08 01 00"};
+}
+
+// Yes to the unsaved-change question writes the page's own section, whether the page is left for
+// another list entry or, on the data-transfer row, for the other tab.
+void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
+    QFETCH(int, row);
+    QFETCH(int, tab);
+    QFETCH(QString, field);
+    QFETCH(QString, value);
+    QFETCH(QStringList, heads);
+    MainWindow *raw = nullptr;
+    FakeLink *link = identifiedWindow(&raw);
+    std::unique_ptr<MainWindow> w(raw);
+    QVERIFY(link);
+    w->telemetryTimer()->stop();
+    auto *tabs = w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"));
+    w->showPage(row);
+    if (tab >= 0)
+        tabs->setCurrentIndex(tab);
+    SettingsPageBase *page = w->settingsPage(row);
+    QVERIFY(page);
+    QWidget *input = pageField(page, field);
+    QVERIFY2(input, qPrintable(field));
+    setFieldValue(input, value);
+    QVERIFY(page->isModified());
+    QTRY_VERIFY(w->device()->isIdle());
+    link->written.clear();
+    m_prompter->calls.clear();
+
+    m_prompter->answers = {true};
+    if (tab >= 0)
+        tabs->setCurrentIndex(1 - tab);
+    else
+        w->showPage(MainWindow::DevicePage);
+    QCOMPARE(m_prompter->calls.size(), 1);
+    QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Подтверждение изменений"));
+    QCOMPARE(m_prompter->calls.first().text,
+             QStringLiteral("Есть несохраненные параметры, записать в прибор?"));
+    QVERIFY(!page->isModified());
+    QCOMPARE(fieldValue(input), value);
+    QTRY_COMPARE(link->writeHeads().size(), heads.size());
+    QCOMPARE(link->writeHeads(), heads);
 }
 
 QTEST_MAIN(tst_MainWindow)
