@@ -273,6 +273,8 @@ void MainWindow::setupActions() {
         a->setToolTip(QString::fromUtf8(NotOffered));
         a->setStatusTip(QString::fromUtf8(NotOffered));
     }
+    // A menu shows an action's tool tip only when asked to.
+    ui->menuDevice->setToolTipsVisible(true);
 
     connect(ui->action_ReadCfg, &QAction::triggered, this, &MainWindow::readAll);
     connect(ui->action_WriteCfg, &QAction::triggered, this, &MainWindow::writeAll);
