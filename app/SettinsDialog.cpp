@@ -186,6 +186,15 @@ void SettinsDialog::buildForm() {
     layout->addLayout(grid);
     layout->addLayout(buttons);
 
+    // A style sheet that draws its own drop-down takes the arrow's room from the text a second time, which
+    // the lists' size hints miss: give each list room for its longest entry plus the arrow.
+    for (QComboBox *box : findChildren<QComboBox *>()) {
+        int widest = 0;
+        for (int i = 0; i < box->count(); ++i)
+            widest = qMax(widest, box->fontMetrics().horizontalAdvance(box->itemText(i)));
+        box->setMinimumWidth(qMax(box->minimumWidth(), widest + 64));
+    }
+
     connect(m_port, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SettinsDialog::showPortInfo);
     connect(m_port, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &SettinsDialog::checkCustomDevicePathPolicy);

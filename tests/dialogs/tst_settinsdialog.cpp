@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QStyle>
+#include <QStyleOptionComboBox>
 #include <QtTest>
 
 class tst_SettinsDialog : public QObject {
@@ -33,6 +35,8 @@ private slots:
     void logOptionIsIndependentOfServerDialog();
     void portListPutsDevicePortsFirst_data();
     void portListPutsDevicePortsFirst();
+    void listTextsAreNotCut_data();
+    void listTextsAreNotCut();
 
 private:
     QSettings *m_raw = nullptr;
@@ -298,6 +302,36 @@ void tst_SettinsDialog::portListPutsDevicePortsFirst() {
     QTEST(dialog.manufacturerLabel()->text(), "manufacturer");
     dialog.apply();
     QTEST(dialog.settings().portName, "selected");
+}
+
+void tst_SettinsDialog::listTextsAreNotCut_data() {
+    QTest::addColumn<int>("skin");
+    QTest::newRow("light") << int(Skin::Light);
+    QTest::newRow("dark") << int(Skin::Dark);
+}
+
+// Under either style sheet every entry of every list fits the text field of its box.
+void tst_SettinsDialog::listTextsAreNotCut() {
+    QFETCH(int, skin);
+    QVERIFY(applySkin(qApp, skin));
+    AppSettings store(m_raw);
+    SettinsDialog dialog(nullptr, &store);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    for (QComboBox *box : dialog.findChildren<QComboBox *>()) {
+        QStyleOptionComboBox option;
+        option.initFrom(box);
+        option.editable = box->isEditable();
+        const int room = box->style()
+                             ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, box)
+                             .width();
+        for (int i = 0; i < box->count(); ++i) {
+            const int needed = box->fontMetrics().horizontalAdvance(box->itemText(i));
+            QVERIFY2(room >= needed,
+                     qPrintable(QStringLiteral("%1: %2 < %3").arg(box->itemText(i)).arg(room).arg(needed)));
+        }
+    }
+    qApp->setStyleSheet(QString());
 }
 
 QTEST_MAIN(tst_SettinsDialog)
