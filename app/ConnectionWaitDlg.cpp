@@ -32,10 +32,20 @@ ConnectionWaitDlg::ConnectionWaitDlg(QWidget *parent)
     layout->addWidget(m_animation);
     layout->addWidget(m_message);
     layout->addLayout(buttons);
+    fitMessage();
 }
 
 void ConnectionWaitDlg::setMessage(const QString &text) {
     m_message->setText(text);
+    fitMessage();
+}
+
+void ConnectionWaitDlg::fitMessage() {
+    // A top-level box does not grow for a wrapped label by itself: reserve the lines the text needs at
+    // the narrowest the box can be.
+    const QMargins margins = layout()->contentsMargins();
+    const int width = qMax(m_message->width(), minimumWidth() - margins.left() - margins.right());
+    m_message->setMinimumHeight(m_message->heightForWidth(width));
 }
 
 void ConnectionWaitDlg::reject() {
@@ -45,6 +55,7 @@ void ConnectionWaitDlg::reject() {
 
 void ConnectionWaitDlg::showEvent(QShowEvent *event) {
     QDialog::showEvent(event);
+    fitMessage();
     m_movie->start();
 }
 

@@ -29,6 +29,8 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    void fitMessage();
+
     QLabel *m_message;
     QLabel *m_animation;
     QMovie *m_movie;

@@ -1,5 +1,6 @@
 #include "ConnectionWaitDlg.h"
 
+#include <QLabel>
 #include <QMovie>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -12,6 +13,8 @@ private slots:
     void ending_data();
     void ending();
     void spinnerRunsOnlyWhileShown();
+    void messageIsShownWhole_data();
+    void messageIsShownWhole();
 };
 
 void tst_ConnectionWaitDlg::ending_data() {
@@ -51,6 +54,32 @@ void tst_ConnectionWaitDlg::spinnerRunsOnlyWhileShown() {
     QCOMPARE(dialog.movie()->state(), QMovie::Running);
     dialog.accept();
     QCOMPARE(dialog.movie()->state(), QMovie::NotRunning);
+}
+
+void tst_ConnectionWaitDlg::messageIsShownWhole_data() {
+    QTest::addColumn<QString>("message"); // empty: the box's own text
+    QTest::newRow("own text") << QString();
+    QTest::newRow("device silent") << "Прибор не отвечает. Ожидание ответа прибора...";
+    QTest::newRow("server wait") << "Ожидание подключения прибора к серверу конфигурирования";
+}
+
+// A wrapped message gets every line: a top-level box does not size itself for wrapped text on its own.
+void tst_ConnectionWaitDlg::messageIsShownWhole() {
+    QFETCH(QString, message);
+    ConnectionWaitDlg dialog;
+    if (!message.isEmpty())
+        dialog.setMessage(message);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QLabel *label = nullptr;
+    for (QLabel *l : dialog.findChildren<QLabel *>()) {
+        if (!l->text().isEmpty())
+            label = l;
+    }
+    QVERIFY(label);
+    QVERIFY2(label->height() >= label->heightForWidth(label->width()),
+             qPrintable(
+                 QStringLiteral("%1 < %2").arg(label->height()).arg(label->heightForWidth(label->width()))));
 }
 
 QTEST_MAIN(tst_ConnectionWaitDlg)
