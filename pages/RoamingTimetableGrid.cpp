@@ -49,7 +49,10 @@ QPair<int, int> RoamingTimetableGrid::cellAt(const QPoint &pos) const {
 }
 
 QSize RoamingTimetableGrid::sizeHint() const {
-    return QSize(labelWidth() + RoamingTimetable::SlotsPerDay * CellWidth + 1,
+    // The last slot's start is wider than its column and, centred over it, reaches past the grid.
+    const QString lastStart = RoamingTimetable::slotStart(RoamingTimetable::SlotsPerDay - 1);
+    const int overhang = qMax(0, (fontMetrics().horizontalAdvance(lastStart) + 1) / 2 - CellWidth / 2);
+    return QSize(labelWidth() + RoamingTimetable::SlotsPerDay * CellWidth + 1 + overhang,
                  headerHeight() + RoamingTimetable::Days * CellHeight + 1);
 }
 

@@ -94,6 +94,22 @@ private slots:
         all->click();
         QCOMPARE(dialog.timetable(), RoamingTimetable(~quint64(0), 0xF000FFFFFFFFFFFF));
     }
+
+    // Each slot's start is written centred over its column; the last one ("22:30") is wider than a
+    // column and must still lie inside the widget.
+    void slotLabels_fitInsideTheWidget() {
+        RoamingTimetableGrid grid;
+        const int last = RoamingTimetable::SlotsPerDay - 1;
+        for (int slot : {0, last}) {
+            const QRect cell = grid.cellRect(0, slot);
+            const int half =
+                (grid.fontMetrics().horizontalAdvance(RoamingTimetable::slotStart(slot)) + 1) / 2;
+            const int centre = cell.left() + cell.width() / 2;
+            QVERIFY2(centre + half <= grid.sizeHint().width(),
+                     qPrintable(QStringLiteral("%1 > %2").arg(centre + half).arg(grid.sizeHint().width())));
+            QVERIFY(centre - half >= 0);
+        }
+    }
 };
 
 QTEST_MAIN(tst_RoamingTimetableGrid)
