@@ -13,6 +13,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -102,6 +103,19 @@ GSMSubnetsEditor::GSMSubnetsEditor(const QVector<MobileOperator> &networks, int 
 
     applyFilter();
     fillList(0);
+
+    // Without a floor the dialog squeezes the table to a row or two and cuts its columns.
+    m_table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    m_table->horizontalHeader()->setSectionResizeMode(2, QHeaderView::ResizeToContents);
+    int nameWidth = m_table->fontMetrics().horizontalAdvance(m_table->horizontalHeaderItem(0)->text());
+    for (int row = 0; row < m_table->rowCount(); ++row)
+        nameWidth = qMax(nameWidth, m_table->fontMetrics().horizontalAdvance(m_table->item(row, 0)->text()));
+    const int frame = 2 * m_table->frameWidth();
+    m_table->setMinimumHeight(m_table->horizontalHeader()->sizeHint().height() +
+                              8 * m_table->verticalHeader()->defaultSectionSize() + frame);
+    m_table->setMinimumWidth(nameWidth + m_table->fontMetrics().horizontalAdvance(QStringLiteral("MCC")) * 2 +
+                             m_table->fontMetrics().averageCharWidth() * 8 +
+                             m_table->verticalScrollBar()->sizeHint().width() + frame + 24);
 }
 
 void GSMSubnetsEditor::applyFilter() {

@@ -2,6 +2,7 @@
 #include "PreferredNetworkStore.h"
 
 #include <QLineEdit>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -75,6 +76,29 @@ private slots:
         editor.move(0, -1); // already first
         editor.removeAt(0);
         QCOMPARE(codes(editor.networks()), (QStringList{"25702", "25099"}));
+    }
+
+    // The operator table is the editor's main tool: several rows at once and whole names and headings.
+    void editor_tableShowsSeveralWholeRows() {
+        GSMSubnetsEditor editor({}, 0);
+        editor.searchEdit()->setClearButtonEnabled(false);
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&editor));
+        auto *table = editor.findChild<QTableWidget *>();
+        QVERIFY(table);
+        QVERIFY(table->rowCount() >= 6);
+        QVERIFY2(table->viewport()->height() >= 6 * table->rowHeight(0),
+                 qPrintable(QString::number(table->viewport()->height())));
+        for (int column = 0; column < table->columnCount(); ++column) {
+            int widest = table->fontMetrics().horizontalAdvance(table->horizontalHeaderItem(column)->text());
+            for (int row = 0; row < table->rowCount(); ++row)
+                widest =
+                    qMax(widest, table->fontMetrics().horizontalAdvance(table->item(row, column)->text()));
+            QVERIFY2(table->columnWidth(column) >= widest, qPrintable(QStringLiteral("column %1: %2 < %3")
+                                                                          .arg(column)
+                                                                          .arg(table->columnWidth(column))
+                                                                          .arg(widest)));
+        }
     }
 
     void store_keepsEachSimsListInOrder() {
