@@ -2,6 +2,7 @@
 #include "DeviceLog.h"
 #include "MainWindow.h"
 #include "Prompter.h"
+#include "QtTranslations.h"
 #include "SettingsStatePage.h"
 #include "Skin.h"
 #include "VantorConfiguration.h"
@@ -199,6 +200,7 @@ int main(int argc, char *argv[]) {
     QCoreApplication::setApplicationName(QString::fromLatin1(AppSettings::Application));
     QCoreApplication::setApplicationVersion(QStringLiteral(TAVREL_VERSION));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/app.png")));
+    installQtTranslations(app);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Конфигуратор прибора"));
