@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     cmake make g++ pkg-config
     qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev qttools5-dev
-    libqt5svg5 fonts-dejavu-core
+    libqt5svg5 fonts-dejavu-core qttranslations5-l10n
     python3
 )
 packages+=("$@")
