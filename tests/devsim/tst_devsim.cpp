@@ -117,6 +117,7 @@ private slots:
     void splitAndPacedAnswersStillArrive();
     void hangUpEndsTheProgramAndRemovesTheLink();
     void firmwareUpdateHandsTheLineToTheBootLoader();
+    void pagePacketReachesTheLoaderAtTheLineRate();
     void serverStandInHangsUpOnTheClient();
     void serverStandInAcceptsTheRightImeiOnly();
     void badCommandLineExitsWithUsage();
@@ -385,6 +386,42 @@ void tst_Devsim::firmwareUpdateHandsTheLineToTheBootLoader() {
     QSignalSpy identified(s.device.parser(), &UNPParcer::DeviceInfoAcquired);
     s.workflows.readIdentity();
     QTRY_COMPARE_WITH_TIMEOUT(identified.count(), 2, 5000);
+}
+
+void tst_Devsim::pagePacketReachesTheLoaderAtTheLineRate() {
+    using namespace UpdateChannel;
+    DevsimProcess sim;
+    // 526 bytes at 19200 baud take 274 ms on the line, well inside the loader's half-second repeat.
+    QVERIFY(sim.start({"--pty", "--baud", "19200"}));
+    auto *link = new SerialConnection(sim.address());
+    QVERIFY(link->open());
+    Session s(link);
+
+    QByteArray pending;
+    QElapsedTimer sincePage;
+    qint64 confirmedAfterNs = -1;
+    s.device.setFirmwareHandler([&](const QByteArray &chunk) {
+        if (pending.isEmpty() && !chunk.startsWith(char(Start)))
+            return false;
+        pending += chunk;
+        while (pending.size() >= MessageSize) {
+            const QByteArray bytes = pending.left(MessageSize);
+            pending.remove(0, MessageSize);
+            if (!messageCrcValid(bytes))
+                continue;
+            const Message m = decodeMessage(bytes);
+            if (m.kind == PageRequested && m.page == 0 && !sincePage.isValid()) {
+                link->write(encodePagePacket(0, QByteArray(PageSize, char(0x5A))));
+                sincePage.start();
+            } else if (m.kind == PageConfirmed && m.page == 0 && confirmedAfterNs < 0) {
+                confirmedAfterNs = sincePage.nsecsElapsed();
+            }
+        }
+        return true;
+    });
+    s.workflows.enterFirmwareUpdate();
+    QTRY_VERIFY_WITH_TIMEOUT(confirmedAfterNs >= 0, 5000);
+    QVERIFY2(confirmedAfterNs >= 273959000ll, qPrintable(QString::number(confirmedAfterNs)));
 }
 
 void tst_Devsim::serverStandInHangsUpOnTheClient() {

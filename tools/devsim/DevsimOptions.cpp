@@ -44,7 +44,7 @@ QString DevsimOptions::usage() {
         "  --garbage-every N     send random bytes instead of every Nth answer\n"
         "  --split               send each answer in two writes with a pause between them\n"
         "  --latency MS          wait MS milliseconds before each answer\n"
-        "  --baud B              pace the output at B baud (10 bits a byte)\n"
+        "  --baud B              pace the line at B baud both ways (10 bits a byte)\n"
         "  --hangup-after N      close the link after N answers (pty: exit; tcp: disconnect the client)\n");
 }
 

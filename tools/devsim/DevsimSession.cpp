@@ -3,6 +3,7 @@
 #include "BootLoader.h"
 #include "DevsimLog.h"
 #include "DevsimOptions.h"
+#include "InboundLine.h"
 #include "SimLink.h"
 #include "VirtualTracker.h"
 
@@ -19,6 +20,7 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     , m_link(link)
     , m_tracker(new VirtualTracker(this))
     , m_faults(new FaultInjector(faultSettings(options), this))
+    , m_inbound(new InboundLine(options.baud, this))
     , m_statePath(options.statePath) {
     m_clock.start();
     // The device clock is set from the network at start, so it shows the real time.
@@ -27,9 +29,11 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
     connect(m_link, &SimLink::peerChanged, this, [this] {
+        m_inbound->clear();
         m_assembler.clear();
         m_tracker->logout();
     });
+    connect(m_inbound, &InboundLine::arrived, this, &DevsimSession::onArrived);
     connect(m_link, &SimLink::finished, this, &DevsimSession::finished);
     connect(m_faults, &FaultInjector::write, m_link, &SimLink::write);
     connect(m_faults, &FaultInjector::hangUp, m_link, &SimLink::hangUp);
@@ -68,6 +72,16 @@ FaultInjector::Settings DevsimSession::faultSettings(const DevsimOptions &option
 }
 
 void DevsimSession::onReceived(const QByteArray &bytes) {
+    // The page packets are what a flash spends its time on, so the loader hears them at the line rate. A UNP
+    // request's own line time is added to its answer instead; bytes that follow a page still on the line
+    // queue behind it.
+    if (m_bootLoader->active() || !m_inbound->idle())
+        m_inbound->feed(bytes);
+    else
+        onArrived(bytes);
+}
+
+void DevsimSession::onArrived(const QByteArray &bytes) {
     if (m_bootLoader->active()) {
         m_bootLoader->receive(bytes);
         return;

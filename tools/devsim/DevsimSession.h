@@ -8,12 +8,14 @@
 #include <QString>
 
 class BootLoader;
+class InboundLine;
 class SimLink;
 class VirtualTracker;
 struct DevsimOptions;
 
 // One running virtual tracker: bytes from the link are buffered into requests, answered by the tracker
-// and sent back through the fault layer; in firmware-update mode the boot loader owns the line.
+// and sent back through the fault layer; in firmware-update mode the boot loader owns the line, and what the
+// configurator writes reaches it at the line rate.
 class DevsimSession : public QObject {
     Q_OBJECT
 public:
@@ -33,12 +35,14 @@ signals:
 
 private:
     void onReceived(const QByteArray &bytes);
+    void onArrived(const QByteArray &bytes);
     void onFirmwareUpdateRequested();
 
     SimLink *m_link;
     VirtualTracker *m_tracker;
     FaultInjector *m_faults;
     BootLoader *m_bootLoader = nullptr;
+    InboundLine *m_inbound;
     RequestAssembler m_assembler;
     QElapsedTimer m_clock;
     QString m_statePath;
