@@ -289,8 +289,8 @@ private:
                       << qSetFieldWidth(0) << "\n";
             }
         }
-        m_out
-            << "The tracker paces only what it sends; the page packets cross the pseudo-terminal unpaced.\n";
+        m_out << "The tracker paces both directions: each page byte reaches its loader once it would "
+                 "have crossed the line, and its own messages leave at the line rate.\n";
         m_out.flush();
     }
 
