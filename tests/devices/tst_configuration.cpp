@@ -4,7 +4,6 @@
 #include "SystemConfiguration.h"
 #include "configuration.h"
 
-#include <QDateTime>
 #include <QProcess>
 #include <QtTest>
 
@@ -23,11 +22,6 @@ int lookupChild(const QString &key, const QString &as) {
     fprintf(stdout, found ? "found\n" : "null\n");
     return 0;
 }
-
-QStringList g_messages;
-void capture(QtMsgType, const QMessageLogContext &, const QString &text) {
-    g_messages << text;
-}
 } // namespace
 
 class tst_Configuration : public QObject {
@@ -40,9 +34,6 @@ private slots:
                               "LogicConfiguration", "FuelConfiguration", "ServerConfiguration",
                               "SystemConfiguration", "OutConfiguration", "ControlInfo"}));
         QCOMPARE(sectionDisplayName(QStringLiteral("agcConfiguration")), QStringLiteral("ADC configuration"));
-        QCOMPARE(sectionDisplayName(QStringLiteral("ControlInfo")), QStringLiteral("Device current state"));
-        QCOMPARE(sectionDisplayName(QStringLiteral("OutConfiguration")),
-                 QStringLiteral("Outputs configuration"));
         QCOMPARE(sectionDisplayName(QStringLiteral("mainDeviceInfo")), QString());
     }
 
@@ -52,15 +43,12 @@ private slots:
         QTest::newRow("mainDviceInfo as spelled") << "mainDviceInfo" << true;
         QTest::newRow("the missing e restored finds nothing") << "mainDeviceInfo" << false;
         QTest::newRow("keys are case sensitive") << "maindviceinfo" << false;
-        QTest::newRow("empty key") << "" << false;
     }
 
     void lookupByKey() {
         QFETCH(QString, key);
         Configuration cfg;
-        auto *info = new DeviceInfoConfiguration(1, &cfg);
-        cfg.registerItem(QString::fromLatin1(keys::MainDeviceInfo), info);
-
+        cfg.registerItem(QString::fromLatin1(keys::MainDeviceInfo), new DeviceInfoConfiguration(1, &cfg));
         QTEST(cfg.item(key) != nullptr, "found");
         QTEST(typed_item<DeviceInfoConfiguration>(&cfg, key) != nullptr, "found");
     }
@@ -68,34 +56,33 @@ private slots:
     void typedLookup_inAChildProcess_data() {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("as");
-        QTest::addColumn<bool>("aborts");
-        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("output"); // empty: the child aborts
         QTest::newRow("wrong class stops the program") << "mainDviceInfo"
-                                                       << "gsm" << true << "";
+                                                       << "gsm"
+                                                       << "";
         QTest::newRow("right class is found") << "mainDviceInfo"
-                                              << "info" << false << "found";
+                                              << "info"
+                                              << "found";
         QTest::newRow("absent key gives null, whatever the class") << "GSMConfiguration"
-                                                                   << "gsm" << false << "null";
+                                                                   << "gsm"
+                                                                   << "null";
     }
 
     void typedLookup_inAChildProcess() {
         QFETCH(QString, key);
         QFETCH(QString, as);
-        QFETCH(bool, aborts);
         QFETCH(QString, output);
         QProcess child;
         child.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(kChildSwitch), key, as});
         QVERIFY(child.waitForFinished(20000));
         const QString err = QString::fromLocal8Bit(child.readAllStandardError());
-
-        if (aborts) {
+        if (output.isEmpty()) {
             QCOMPARE(child.exitStatus(), QProcess::CrashExit);
             QVERIFY2(err.contains(QLatin1String("ASSERT: \"typed_item\" in file Devices/configuration")),
                      qPrintable(err));
             QVERIFY2(err.contains(QLatin1String("kd::GSMConfiguration")), qPrintable(err));
         } else {
             QCOMPARE(child.exitStatus(), QProcess::NormalExit);
-            QCOMPARE(child.exitCode(), 0);
             QCOMPARE(QString::fromLatin1(child.readAllStandardOutput()).trimmed(), output);
         }
     }
@@ -106,71 +93,39 @@ private slots:
         QCOMPARE(s.element(0), nullptr);
         QCOMPARE(s.value(), nullptr);
         QVERIFY(s.encode().isEmpty());
-        QVERIFY(s.children().isEmpty());
-    }
-
-    void elements_areCreatedInOrderAndParented() {
-        AgcConfiguration s(3);
-        QCOMPARE(s.count(), 3);
-        for (int i = 0; i < 3; ++i) {
-            QCOMPARE(s.element(i)->parent(), &s);
-            QCOMPARE(s.indexOf(s.element(i)), i);
-        }
-        QCOMPARE(s.element(3), nullptr);
-        QCOMPARE(s.element(-1), nullptr);
-        QCOMPARE(s.children().size(), 3);
+        AgcConfiguration agc(0);
+        QVERIFY(agc.encode(0).isEmpty());
+        agc.decode(QByteArray::fromHex("8c 02 00 00 01 00 01 00 01 00 01 00 01 00"));
     }
 
     void destroyedValue_readsAsNullEverywhere() {
         Configuration cfg;
         auto *sys = new SystemConfiguration(1, &cfg);
         cfg.registerItem(QString::fromLatin1(keys::System), sys);
-        QVERIFY(typed_item<SystemConfiguration>(&cfg, QString::fromLatin1(keys::System)));
-
         delete sys->value();
 
         QCOMPARE(sys->value(), nullptr);
-        QCOMPARE(sys->element(0), nullptr);
         QCOMPARE(typed_item<SystemConfiguration>(&cfg, QString::fromLatin1(keys::System)), nullptr);
         QVERIFY(sys->encode().isEmpty());
         sys->decode(QByteArray::fromHex("91 01 00 00 01 02 03 00"));
-
         delete sys;
         QCOMPARE(cfg.item(QString::fromLatin1(keys::System)), nullptr);
     }
 
-    void elementChange_isAnnouncedBySection() {
-        AgcConfiguration s(2);
+    void elementChange_isAnnouncedBySectionOnce() {
+        AgcConfiguration s(3);
+        QCOMPARE(s.indexOf(s.element(2)), 2);
         QSignalSpy spy(&s, &IConfigurationItem::changed);
         s.element(1)->setAveraging(3);
         s.element(1)->setAveraging(3); // same value: no change
         QCOMPARE(spy.count(), 1);
     }
-
-    void trafficLog_startsWithTheUnixSeconds() {
-        g_messages.clear();
-        const qint64 before = QDateTime::currentSecsSinceEpoch();
-        const QtMessageHandler previous = qInstallMessageHandler(capture);
-        trafficLog(QStringLiteral("Прочитано что-то"));
-        qInstallMessageHandler(previous);
-        const qint64 after = QDateTime::currentSecsSinceEpoch();
-
-        QCOMPARE(g_messages.size(), 1);
-        const QString line = g_messages.first();
-        const int blank = line.indexOf(QLatin1Char(' '));
-        QVERIFY(blank > 0);
-        const qint64 stamp = line.left(blank).toLongLong();
-        QVERIFY(stamp >= before && stamp <= after);
-        QCOMPARE(line.mid(blank + 1), QStringLiteral("Прочитано что-то"));
-    }
 };
 
 int main(int argc, char **argv) {
-    if (argc == 4 && qstrcmp(argv[1], kChildSwitch) == 0) {
-        QCoreApplication app(argc, argv);
-        return lookupChild(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
-    }
     QCoreApplication app(argc, argv);
+    if (argc == 4 && qstrcmp(argv[1], kChildSwitch) == 0)
+        return lookupChild(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
     tst_Configuration test;
     QTEST_SET_MAIN_SOURCE_PATH
     return QTest::qExec(&test, argc, argv);

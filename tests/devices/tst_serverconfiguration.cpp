@@ -87,25 +87,6 @@ private slots:
         QCOMPARE(s.encode(0).toHex(' '), expected.toHex(' '));
         QVERIFY(s.encode(1).isEmpty());
     }
-
-    void deviceSide_writeLandsInTheIndexedElement() {
-        ServerConfiguration s(2);
-        s.element(1)->setEnable(1);
-        s.element(1)->setServer(QStringLiteral("backup.example"));
-        s.element(1)->setPort(5000);
-        s.element(1)->setProto(1);
-
-        ServerConfiguration device(2);
-        QVERIFY(device.decodeWrite(s.encode(1)));
-        QCOMPARE(describe(device.element(1)), describe(s.element(1)));
-        QCOMPARE(describe(device.element(0)), QStringLiteral("0||0|0"));
-
-        ServerConfiguration reader(2);
-        QSignalSpy filled(&reader, &ServerConfiguration::DeviceInfoFilled);
-        reader.decode(device.encodeAnswer());
-        QCOMPARE(filled.count(), 1);
-        QCOMPARE(describe(reader.element(1)), describe(s.element(1)));
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_ServerConfiguration)

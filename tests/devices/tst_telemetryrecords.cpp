@@ -5,17 +5,18 @@
 using namespace kd;
 
 namespace {
-template <class R>
-QByteArray roundTrip(const QByteArray &bytes) {
-    return R::fromBytes(bytes).toBytes();
-}
-
-// Bytes 1, 2, 3, ... so that every field of a record gets a distinct value.
+// Bytes 1, 8, 15, ... so that every field of a record gets a distinct value.
 QByteArray counting(int size) {
     QByteArray b;
     for (int i = 0; i < size; ++i)
         b.append(char(i * 7 + 1));
     return b;
+}
+
+template <class R>
+void addRecord(const char *name) {
+    const QByteArray bytes = counting(R::Size);
+    QTest::newRow(name) << bytes << R::fromBytes(bytes).toBytes() << R::fromBytes(bytes.left(3)).toBytes();
 }
 } // namespace
 
@@ -24,113 +25,64 @@ class tst_TelemetryRecords : public QObject {
 
 private slots:
     void everyFieldSurvivesARoundTrip_data() {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("size");
-        for (int kind : {10, 11, 14, 15, 16, 17, 18, 19, 21, 23, 24})
-            QTest::addRow("kind %d", kind) << kind;
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("full");  // the whole record decoded and encoded again
+        QTest::addColumn<QByteArray>("short"); // its first three bytes decoded and encoded again
+        addRecord<DeviceStateRecord>("kind 10 device state");
+        addRecord<ClockRecord>("kind 11 clock");
+        addRecord<NavReceiverRecord>("kind 14 navigation receiver");
+        addRecord<ServerStateRecord>("kind 15 server state");
+        addRecord<NavSummaryRecord>("kind 16 navigation summary");
+        addRecord<AnalogInputRecord>("kind 17 analog input");
+        addRecord<LogicInputRecord>("kind 18 logic input");
+        addRecord<FuelSensorsRecord>("kind 19 fuel sensors");
+        addRecord<StateWordsRecord>("kind 21 state words");
+        addRecord<SimStateRecord>("kind 23 SIM state");
+        addRecord<GsmRegistrationRecord>("kind 24 GSM registration");
     }
 
     void everyFieldSurvivesARoundTrip() {
-        QFETCH(int, kind);
-        QByteArray (*trip)(const QByteArray &) = nullptr;
-        int size = 0;
-        switch (kind) {
-        case 10:
-            trip = roundTrip<DeviceStateRecord>, size = DeviceStateRecord::Size;
-            break;
-        case 11:
-            trip = roundTrip<ClockRecord>, size = ClockRecord::Size;
-            break;
-        case 14:
-            trip = roundTrip<NavReceiverRecord>, size = NavReceiverRecord::Size;
-            break;
-        case 15:
-            trip = roundTrip<ServerStateRecord>, size = ServerStateRecord::Size;
-            break;
-        case 16:
-            trip = roundTrip<NavSummaryRecord>, size = NavSummaryRecord::Size;
-            break;
-        case 17:
-            trip = roundTrip<AnalogInputRecord>, size = AnalogInputRecord::Size;
-            break;
-        case 18:
-            trip = roundTrip<LogicInputRecord>, size = LogicInputRecord::Size;
-            break;
-        case 19:
-            trip = roundTrip<FuelSensorsRecord>, size = FuelSensorsRecord::Size;
-            break;
-        case 21:
-            trip = roundTrip<StateWordsRecord>, size = StateWordsRecord::Size;
-            break;
-        case 23:
-            trip = roundTrip<SimStateRecord>, size = SimStateRecord::Size;
-            break;
-        default:
-            trip = roundTrip<GsmRegistrationRecord>, size = GsmRegistrationRecord::Size;
-            break;
-        }
+        QFETCH(QByteArray, bytes);
         // Every byte is mapped to a field: a field left out, overlapping or misplaced changes the bytes.
-        const QByteArray bytes = counting(size);
-        QCOMPARE(trip(bytes).toHex(' '), bytes.toHex(' '));
+        QTEST(bytes, "full");
         // Missing bytes read as zero, and the record keeps its size.
-        QCOMPARE(trip(bytes.left(3)).toHex(' '), (bytes.left(3) + QByteArray(size - 3, '\0')).toHex(' '));
+        QTEST(bytes.left(3) + QByteArray(bytes.size() - 3, '\0'), "short");
     }
 
     void navReceiver_fieldsFromAHexVector() {
         // 23.11.26 14:05:09, quality 2, 3D; 55° 45.12345' N, 37° 37.00001' W; PDOP 1.50 HDOP 0.90 VDOP 1.20;
         // 9 of 14 satellites; 61.5 km/h; course 270.0; altitude -12.3 m; receiver powered, antenna ok
-        const QByteArray b = QByteArray::fromHex("17 0b 1a 0e 05 09 02 03 37 00 25 01"
-                                                 "59 da 44 00 21 75 38 00 96 00 5a 00 78 00 09 0e"
-                                                 "67 02 8c 0a 85 ff ff ff 03 00");
-        QCOMPARE(b.size(), NavReceiverRecord::Size);
-        const NavReceiverRecord r = NavReceiverRecord::fromBytes(b);
-        QCOMPARE(int(r.day), 23);
-        QCOMPARE(int(r.month), 11);
-        QCOMPARE(int(r.year), 26);
-        QCOMPARE(int(r.hours), 14);
-        QCOMPARE(int(r.minutes), 5);
-        QCOMPARE(int(r.seconds), 9);
-        QCOMPARE(int(r.fixQuality), 2);
-        QVERIFY(r.hasFix());
-        QCOMPARE(int(r.latDegrees), 55);
-        QCOMPARE(r.latFlags & NavReceiverRecord::HemisphereBit, 0);
-        QCOMPARE(int(r.lonDegrees), 37);
-        QCOMPARE(r.lonFlags & NavReceiverRecord::HemisphereBit, 1);
+        const NavReceiverRecord r = NavReceiverRecord::fromBytes(
+            QByteArray::fromHex("17 0b 1a 0e 05 09 02 03 37 00 25 01 59 da 44 00 21 75 38 00"
+                                "96 00 5a 00 78 00 09 0e 67 02 8c 0a 85 ff ff ff 03 00"));
+        QCOMPARE(
+            QList<int>({r.day,
+                        r.month,
+                        r.year,
+                        r.hours,
+                        r.minutes,
+                        r.seconds,
+                        r.fixQuality,
+                        r.latDegrees,
+                        r.latFlags & NavReceiverRecord::HemisphereBit,
+                        r.lonDegrees,
+                        r.lonFlags & NavReceiverRecord::HemisphereBit,
+                        r.pdop,
+                        r.hdop,
+                        r.vdop,
+                        r.satellites,
+                        r.satellitesInView,
+                        r.speed,
+                        r.course,
+                        r.altitude,
+                        r.receiverFlags}),
+            QList<int>({23, 11, 26, 14, 5, 9, 2, 55, 0, 37, 1, 150, 90, 120, 9, 14, 615, 2700, -123, 3}));
         QCOMPARE(r.latMinutes, 4512345u);
         QCOMPARE(r.lonMinutes, 3700001u);
-        QCOMPARE(int(r.pdop), 150);
-        QCOMPARE(int(r.hdop), 90);
-        QCOMPARE(int(r.vdop), 120);
-        QCOMPARE(int(r.satellites), 9);
-        QCOMPARE(int(r.satellitesInView), 14);
-        QCOMPARE(int(r.speed), 615);
-        QCOMPARE(int(r.course), 2700);
-        QCOMPARE(r.altitude, -123);
-        QCOMPARE(int(r.receiverFlags), 3);
+        QVERIFY(r.hasFix());
     }
 
-    void serverState_fieldsFromAHexVector() {
-        const QByteArray b = QByteArray::fromHex("01 02 01 00 c0 a8 01 0a 4e 52 00 00"
-                                                 "0a000000 09000000 03000000 00010000 80000000"
-                                                 "02000000 01000000 00e1f505 3c000000");
-        const ServerStateRecord r = ServerStateRecord::fromBytes(b);
-        QCOMPARE(ServerProtocol(r.protocol), ServerProtocol::WialonCombine);
-        QCOMPARE(ServerState(r.state), ServerState::Connected);
-        QCOMPARE(QStringLiteral("%1.%2.%3.%4").arg(r.ip[0]).arg(r.ip[1]).arg(r.ip[2]).arg(r.ip[3]),
-                 QStringLiteral("192.168.1.10"));
-        QCOMPARE(int(r.port), 21070);
-        QCOMPARE(r.packetsSent, 10u);
-        QCOMPARE(r.packetsAcked, 9u);
-        QCOMPARE(r.recordsQueued, 3u);
-        QCOMPARE(r.bytesSent, 256u);
-        QCOMPARE(r.bytesReceived, 128u);
-        QCOMPARE(r.connectCount, 2u);
-        QCOMPARE(r.errorCount, 1u);
-        QCOMPARE(r.lastConnect, 100000000u);
-        QCOMPARE(r.connectedTime, 60u);
-    }
-
-    void deviceState_signedTemperatures() {
+    void deviceState_temperaturesAreSigned() {
         DeviceStateRecord r;
         r.supplyVoltage = 12600;
         r.boardTemperature = -25;
@@ -143,20 +95,9 @@ private slots:
     void gsmRegistration_andSimStateCodes() {
         const GsmRegistrationRecord g =
             GsmRegistrationRecord::fromBytes(QByteArray::fromHex("02 05 17 00 a9 61 00 00"));
-        QCOMPARE(SimSlotState(g.slotState), SimSlotState::Active);
         QCOMPARE(GsmRegistration(g.registration), GsmRegistration::Roaming);
-        QCOMPARE(int(g.signalLevel), 23);
         QCOMPARE(g.operatorCode, 25001u);
         QCOMPARE(SimState(SimStateRecord::fromBytes(QByteArray::fromHex("08 00")).code()), SimState::Absent);
-    }
-
-    void fuelSensors_onlineMask() {
-        FuelSensorsRecord r;
-        r.onlineMask = 0x0085;
-        QVERIFY(r.online(0));
-        QVERIFY(!r.online(1));
-        QVERIFY(r.online(7));
-        QVERIFY(!r.online(8));
     }
 };
 
