@@ -47,7 +47,6 @@ void tst_ConnectionWaitDlg::ending() {
 
 void tst_ConnectionWaitDlg::spinnerRunsOnlyWhileShown() {
     ConnectionWaitDlg dialog;
-    QCOMPARE(dialog.movie()->fileName(), QStringLiteral(":/images/loading.gif"));
     QVERIFY(dialog.movie()->isValid());
     QCOMPARE(dialog.movie()->state(), QMovie::NotRunning);
     dialog.show();
@@ -59,7 +58,6 @@ void tst_ConnectionWaitDlg::spinnerRunsOnlyWhileShown() {
 void tst_ConnectionWaitDlg::messageIsShownWhole_data() {
     QTest::addColumn<QString>("message"); // empty: the box's own text
     QTest::newRow("own text") << QString();
-    QTest::newRow("device silent") << "Прибор не отвечает. Ожидание ответа прибора...";
     QTest::newRow("server wait") << "Ожидание подключения прибора к серверу конфигурирования";
 }
 
@@ -71,15 +69,12 @@ void tst_ConnectionWaitDlg::messageIsShownWhole() {
         dialog.setMessage(message);
     dialog.show();
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-    QLabel *label = nullptr;
-    for (QLabel *l : dialog.findChildren<QLabel *>()) {
-        if (!l->text().isEmpty())
-            label = l;
+    int shown = 0;
+    for (QLabel *label : dialog.findChildren<QLabel *>()) {
+        if (!label->text().isEmpty() && ++shown)
+            QVERIFY2(label->height() >= label->heightForWidth(label->width()), qPrintable(label->text()));
     }
-    QVERIFY(label);
-    QVERIFY2(label->height() >= label->heightForWidth(label->width()),
-             qPrintable(
-                 QStringLiteral("%1 < %2").arg(label->height()).arg(label->heightForWidth(label->width()))));
+    QVERIFY(shown > 0);
 }
 
 QTEST_MAIN(tst_ConnectionWaitDlg)

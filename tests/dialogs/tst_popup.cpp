@@ -7,7 +7,6 @@ class tst_PopUp : public QObject {
 
 private slots:
     void isFramelessToolWindowOnTop();
-    void defaultTimings();
     void textResizesTheBox();
     void fadesInHoldsAndFadesOut_data();
     void fadesInHoldsAndFadesOut();
@@ -17,19 +16,10 @@ private slots:
 void tst_PopUp::isFramelessToolWindowOnTop() {
     PopUp popup;
     const Qt::WindowFlags flags = popup.windowFlags();
-    QVERIFY(flags & Qt::FramelessWindowHint);
-    QVERIFY(flags & Qt::WindowStaysOnTopHint);
+    QVERIFY(flags & Qt::FramelessWindowHint && flags & Qt::WindowStaysOnTopHint);
     QCOMPARE(flags & Qt::WindowType_Mask, Qt::Tool);
     QVERIFY(popup.testAttribute(Qt::WA_TranslucentBackground));
     QVERIFY(popup.testAttribute(Qt::WA_ShowWithoutActivating));
-    QVERIFY(popup.findChild<QLabel *>()->styleSheet().contains(QLatin1String("color : white")));
-}
-
-void tst_PopUp::defaultTimings() {
-    PopUp popup;
-    QCOMPARE(popup.timings().fadeInMs, 150);
-    QCOMPARE(popup.timings().holdMs, 3000);
-    QCOMPARE(popup.timings().fadeOutMs, 1000);
 }
 
 void tst_PopUp::textResizesTheBox() {
@@ -66,8 +56,6 @@ void tst_PopUp::fadesInHoldsAndFadesOut() {
     auto *animation = popup.findChild<QPropertyAnimation *>();
     QCOMPARE(animation->propertyName(), QByteArray("popupOpacity"));
     QCOMPARE(animation->duration(), fadeIn);
-    QCOMPARE(animation->startValue().toFloat(), 0.0f);
-    QCOMPARE(animation->endValue().toFloat(), 1.0f);
 
     struct Step {
         qint64 at;
@@ -92,7 +80,6 @@ void tst_PopUp::fadesInHoldsAndFadesOut() {
     QCOMPARE(steps[1].nextDuration, fadeOut);
     // Coarse timers may fire up to 5 % early.
     QVERIFY(steps[1].at >= (hold + fadeOut) * 19 / 20);
-    QCOMPARE(animation->endValue().toFloat(), 0.0f);
 }
 
 void tst_PopUp::showingAgainRestartsTheFade() {
