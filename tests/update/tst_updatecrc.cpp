@@ -24,13 +24,12 @@ private slots:
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<quint16>("crc");
         QTest::newRow("empty range gives the start value") << QByteArray() << quint16(0);
-        QTest::newRow("single zero byte") << QByteArray(1, '\0') << quint16(0);
-        QTest::newRow("0x01 shifts in unchanged") << QByteArray::fromHex("01") << quint16(0x0001);
-        QTest::newRow("0x0100 two bytes") << QByteArray::fromHex("0100") << quint16(0x0100);
         // 0x010000: the 1 leaves bit 15 on the 17th shift and the generator is folded in once.
         QTest::newRow("bit leaves the register") << QByteArray::fromHex("010000") << quint16(0x1021);
         // Not the XMODEM value 0x31C3 of "123456789": no sixteen zero bits are appended.
         QTest::newRow("123456789 differs from XMODEM") << QByteArray("123456789") << quint16(0xBEEF);
+        QTest::newRow("two zero bytes appended give XMODEM")
+            << QByteArray("123456789").append(2, '\0') << quint16(0x31C3);
     }
     void knownVectors() {
         QFETCH(QByteArray, data);
@@ -39,44 +38,23 @@ private slots:
         QCOMPARE(bitwiseReference(data), crc);
     }
 
-    void notXmodem() {
-        // Appending two zero bytes to the non-augmented form gives the common XMODEM result.
-        QCOMPARE(UpdateCrc::compute(QByteArray("123456789").append(2, '\0').constData(), 11),
-                 quint16(0x31C3));
-    }
-
-    void tableMatchesBitwiseOnRandomData_data() {
-        QTest::addColumn<int>("size");
-        for (int size : {1, 2, 3, 9, 16, 523, 4096})
-            QTest::newRow(qPrintable(QStringLiteral("%1 bytes").arg(size))) << size;
-    }
     void tableMatchesBitwiseOnRandomData() {
-        QFETCH(int, size);
-        QRandomGenerator rng(quint32(size) * 2654435761u);
-        for (int round = 0; round < 50; ++round) {
-            QByteArray data(size, '\0');
-            for (char &c : data)
-                c = char(rng.bounded(256));
-            QCOMPARE(UpdateCrc::compute(data.constData(), data.size()), bitwiseReference(data));
+        QRandomGenerator rng(2654435761u);
+        for (int size : {1, 2, 3, 9, 16, 523, 4096}) {
+            for (int round = 0; round < 50; ++round) {
+                QByteArray data(size, '\0');
+                for (char &c : data)
+                    c = char(rng.bounded(256));
+                QCOMPARE(UpdateCrc::compute(data.constData(), data.size()), bitwiseReference(data));
+            }
         }
     }
 
-    void rangeOverload_data() {
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<QByteArray>("covered");
+    void rangeOverloadCutsAtTheEnd() {
         const QByteArray bytes = QByteArray::fromHex("55020312090011030094");
-        QTest::newRow("message bytes 1..9") << 1 << 9 << bytes.mid(1, 9);
-        QTest::newRow("range cut at the end") << 5 << 100 << bytes.mid(5);
-        QTest::newRow("empty count") << 3 << 0 << QByteArray();
-        QTest::newRow("start past the end") << 20 << 4 << QByteArray();
-    }
-    void rangeOverload() {
-        QFETCH(int, from);
-        QFETCH(int, count);
-        QFETCH(QByteArray, covered);
-        const QByteArray bytes = QByteArray::fromHex("55020312090011030094");
-        QCOMPARE(UpdateCrc::compute(bytes, from, count), bitwiseReference(covered));
+        QCOMPARE(UpdateCrc::compute(bytes, 1, 9), bitwiseReference(bytes.mid(1, 9)));
+        QCOMPARE(UpdateCrc::compute(bytes, 5, 100), bitwiseReference(bytes.mid(5)));
+        QCOMPARE(UpdateCrc::compute(bytes, 20, 4), quint16(0));
     }
 };
 
