@@ -7,6 +7,8 @@
 #include "protocol/Frame.h"
 #include "protocol/UNPProtocol.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QStringList>
 
 // A device session without a link: whatever a page asks the workflows to write stays in the queue,
@@ -51,4 +53,12 @@ struct ScriptedAsker {
 
 inline QString hexFrame(int type, const char *hex) {
     return QString::number(type) + QLatin1Char(':') + QString::fromLatin1(hex).remove(QLatin1Char(' '));
+}
+
+// QTest::keyClicks only knows ASCII keys: Cyrillic is typed as key events carrying the text.
+inline void typeText(QWidget *w, const QString &text) {
+    for (const QChar c : text) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, QString(c));
+        QApplication::sendEvent(w, &press);
+    }
 }

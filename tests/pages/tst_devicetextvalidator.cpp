@@ -1,16 +1,8 @@
 #include "DeviceTextValidator.h"
+#include "PageSession.h"
 
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QtTest>
-
-// QTest::keyClicks only knows ASCII keys: Cyrillic is typed as key events carrying the text.
-static void typeText(QWidget *w, const QString &text) {
-    for (const QChar c : text) {
-        QKeyEvent press(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, QString(c));
-        QApplication::sendEvent(w, &press);
-    }
-}
 
 class tst_DeviceTextValidator : public QObject {
     Q_OBJECT

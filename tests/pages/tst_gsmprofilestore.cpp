@@ -15,25 +15,28 @@ class tst_GsmProfileStore : public QObject {
 
 private:
     QTemporaryDir m_dir;
+    const QString m_file = m_dir.filePath(QStringLiteral("GSMprofileList.json"));
 
-    QString path(const char *name) const { return m_dir.filePath(QString::fromLatin1(name)); }
-
+    // A fresh file holding profiles named A, B, C (apn = the name in lower case).
+    void fill(GsmProfileStore &store) {
+        QFile::remove(m_file);
+        for (const QString n : {"A", "B", "C"})
+            QCOMPARE(store.add({n, n.toLower(), "u", "p"}), GsmProfileStore::AddResult::Added);
+    }
     static QStringList names(const GsmProfileStore &store) {
         QStringList out;
         for (const GsmProfile &p : store.profiles())
             out << p.name;
         return out;
     }
-
-    static QByteArray readFile(const QString &file) {
-        QFile f(file);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    QStringList reloaded() const {
+        GsmProfileStore store(m_file);
+        store.load();
+        return names(store);
     }
-
-    static void writeFile(const QString &file, const QByteArray &bytes) {
-        QFile f(file);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
+    QByteArray fileBytes() const {
+        QFile f(m_file);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
 
 private slots:
@@ -47,90 +50,64 @@ private slots:
         QTest::addColumn<GsmProfileStore::AddResult>("result");
         QTest::addColumn<QStringList>("names");
         QTest::newRow("new name appended")
-            << "Tele2" << GsmProfileStore::AddResult::Added << QStringList{"MTS", "Beeline", "Tele2"};
+            << "D" << GsmProfileStore::AddResult::Added << QStringList{"A", "B", "C", "D"};
         QTest::newRow("single dash refused")
-            << "-" << GsmProfileStore::AddResult::InvalidName << QStringList{"MTS", "Beeline"};
+            << "-" << GsmProfileStore::AddResult::InvalidName << QStringList{"A", "B", "C"};
         QTest::newRow("double dash accepted")
-            << "--" << GsmProfileStore::AddResult::Added << QStringList{"MTS", "Beeline", "--"};
+            << "--" << GsmProfileStore::AddResult::Added << QStringList{"A", "B", "C", "--"};
         QTest::newRow("existing name left alone")
-            << "MTS" << GsmProfileStore::AddResult::Exists << QStringList{"MTS", "Beeline"};
+            << "B" << GsmProfileStore::AddResult::Exists << QStringList{"A", "B", "C"};
     }
     void add() {
         QFETCH(QString, name);
         QFETCH(GsmProfileStore::AddResult, result);
         QFETCH(QStringList, names);
-
-        const QString file = path("add.json");
-        QFile::remove(file);
-        GsmProfileStore store(file);
-        QCOMPARE(store.add({"MTS", "internet.mts.ru", "mts", "mts"}), GsmProfileStore::AddResult::Added);
-        QCOMPARE(store.add({"Beeline", "internet.beeline.ru", "beeline", "beeline"}),
-                 GsmProfileStore::AddResult::Added);
-        const QByteArray before = readFile(file);
-
+        GsmProfileStore store(m_file);
+        fill(store);
+        const QByteArray before = fileBytes();
         QCOMPARE(store.add({name, "apn", "user", "secret"}), result);
         QCOMPARE(tst_GsmProfileStore::names(store), names);
-        GsmProfileStore reloaded(file);
-        reloaded.load();
-        QCOMPARE(tst_GsmProfileStore::names(reloaded), names);
+        QCOMPARE(reloaded(), names);
         if (result != GsmProfileStore::AddResult::Added)
-            QCOMPARE(readFile(file), before);
+            QCOMPARE(fileBytes(), before);
     }
 
     void overwrite_replacesValuesInPlace() {
-        const QString file = path("overwrite.json");
-        QFile::remove(file);
-        GsmProfileStore store(file);
-        store.add({"A", "a", "a", "a"});
-        store.add({"B", "b", "b", "b"});
-        store.add({"C", "c", "c", "c"});
-        QVERIFY(store.overwrite({"B", "new.apn", "u", "p"}));
+        GsmProfileStore store(m_file);
+        fill(store);
+        QVERIFY(store.overwrite({"B", "new.apn", "u2", "p2"}));
         QVERIFY(!store.overwrite({"Z", "z", "z", "z"}));
-
-        GsmProfileStore reloaded(file);
-        reloaded.load();
-        QCOMPARE(names(reloaded), (QStringList{"A", "B", "C"}));
-        QCOMPARE(reloaded.profiles().at(1), (GsmProfile{"B", "new.apn", "u", "p"}));
+        GsmProfileStore loaded(m_file);
+        loaded.load();
+        QCOMPARE(names(loaded), (QStringList{"A", "B", "C"}));
+        QCOMPARE(loaded.profiles().at(1), (GsmProfile{"B", "new.apn", "u2", "p2"}));
     }
 
     void remove_data() {
         QTest::addColumn<int>("index");
-        QTest::addColumn<bool>("removed");
         QTest::addColumn<QStringList>("names");
-        QTest::newRow("first") << 0 << true << QStringList{"B", "C"};
-        QTest::newRow("middle keeps order") << 1 << true << QStringList{"A", "C"};
-        QTest::newRow("last") << 2 << true << QStringList{"A", "B"};
-        QTest::newRow("nothing selected") << -1 << false << QStringList{"A", "B", "C"};
-        QTest::newRow("past the end") << 3 << false << QStringList{"A", "B", "C"};
+        QTest::newRow("first") << 0 << QStringList{"B", "C"};
+        QTest::newRow("middle keeps order") << 1 << QStringList{"A", "C"};
+        QTest::newRow("last") << 2 << QStringList{"A", "B"};
+        QTest::newRow("nothing selected") << -1 << QStringList{"A", "B", "C"};
+        QTest::newRow("past the end") << 3 << QStringList{"A", "B", "C"};
     }
     void remove() {
         QFETCH(int, index);
-        QFETCH(bool, removed);
         QFETCH(QStringList, names);
-        const QString file = path("remove.json");
-        QFile::remove(file);
-        GsmProfileStore store(file);
-        for (const char *n : {"A", "B", "C"})
-            store.add({n, "x", "y", "z"});
-        QCOMPARE(store.remove(index), removed);
-        GsmProfileStore reloaded(file);
-        reloaded.load();
-        QCOMPARE(tst_GsmProfileStore::names(reloaded), names);
+        GsmProfileStore store(m_file);
+        fill(store);
+        QCOMPARE(store.remove(index), names.size() == 2);
+        QCOMPARE(reloaded(), names);
     }
 
     void fileLayout_isIndentedWithTheFourKeys() {
-        const QString file = path("layout.json");
-        QFile::remove(file);
-        GsmProfileStore store(file);
-        store.add({"Home", "internet", "gdata", "pw"});
-        const QByteArray bytes = readFile(file);
+        GsmProfileStore store(m_file);
+        fill(store);
+        const QByteArray bytes = fileBytes();
         QVERIFY(bytes.contains("\n    \"Profiles\""));
-        const QJsonObject o =
-            QJsonDocument::fromJson(bytes).object().value("Profiles").toArray().at(0).toObject();
-        QCOMPARE(o.value("profileName").toString(), QStringLiteral("Home"));
-        QCOMPARE(o.value("apn").toString(), QStringLiteral("internet"));
-        QCOMPARE(o.value("apn_name").toString(), QStringLiteral("gdata"));
-        QCOMPARE(o.value("apn_password").toString(), QStringLiteral("pw"));
+        QCOMPARE(QJsonDocument::fromJson(bytes).object().value("Profiles").toArray().at(0).toObject(),
+                 (QJsonObject{{"profileName", "A"}, {"apn", "a"}, {"apn_name", "u"}, {"apn_password", "p"}}));
     }
 
     void load_data() {
@@ -147,16 +124,14 @@ private slots:
     void load() {
         QFETCH(QByteArray, content);
         QFETCH(QStringList, names);
-        const QString file = path("load.json");
-        QFile::remove(file);
-        if (!content.isEmpty())
-            writeFile(file, content);
-        GsmProfileStore store(file);
-        store.add({"stale", "", "", ""});
-        if (!content.isEmpty())
-            writeFile(file, content);
-        else
-            QFile::remove(file);
+        GsmProfileStore store(m_file);
+        fill(store);
+        QFile::remove(m_file);
+        if (!content.isEmpty()) {
+            QFile f(m_file);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(content);
+        }
         store.load();
         QCOMPARE(tst_GsmProfileStore::names(store), names);
     }

@@ -62,17 +62,6 @@ private slots:
         QCOMPARE(s.queued(), expected);
         QVERIFY(s.queued().first().endsWith(record.remove(QLatin1Char(' '))));
     }
-
-    void editOfThirdChannel_isStoredInThirdElementOnly() {
-        PageSession s;
-        SettingsAnalogInPage page(&s.configuration);
-        page.channel(2).averaging->setValue(999);
-        QVERIFY(page.isModified());
-        page.storeToSection();
-        QCOMPARE(s.configuration.agc()->element(2)->averaging(), quint16(999));
-        QCOMPARE(s.configuration.agc()->element(0)->averaging(), quint16(0));
-        QCOMPARE(s.configuration.agc()->element(1)->averaging(), quint16(0));
-    }
 };
 
 QTEST_MAIN(tst_SettingsAnalogInPage)

@@ -10,13 +10,6 @@ class tst_SettingsDiscretInPage : public QObject {
     Q_OBJECT
 
 private slots:
-    void offersTheInputFunctionsInCodeOrder() {
-        QCOMPARE(SettingsDiscretInPage::functionNames(),
-                 (QStringList{QStringLiteral("Отключен"), QStringLiteral("Логический"),
-                              QStringLiteral("Частотомер"), QStringLiteral("Счетчик УСС"),
-                              QStringLiteral("Счетчик DFM"), QStringLiteral("Унив. счетчик")}));
-    }
-
     void roundTrip_data() {
         QTest::addColumn<int>("func0");
         QTest::addColumn<int>("func1");
@@ -56,16 +49,6 @@ private slots:
         s.configuration.logic()->element(1)->setFunc(3);
         page.applyToDevice(s.workflows);
         QCOMPARE(s.queued(), frames);
-    }
-
-    void choosingAFunction_marksModifiedAndStoresItsCode() {
-        PageSession s;
-        SettingsDiscretInPage page(&s.configuration);
-        page.function(1)->setCurrentIndex(3);
-        QVERIFY(page.isModified());
-        page.storeToSection();
-        QCOMPARE(s.configuration.logic()->element(1)->func(), quint8(3));
-        QCOMPARE(s.configuration.logic()->element(0)->func(), quint8(0));
     }
 };
 

@@ -107,10 +107,8 @@ private slots:
         QVERIFY(frames.at(1).startsWith(QStringLiteral("6:04030100") + text32("second")));
         QByteArray roaming(2, '\0');
         roaming[0] = char(forbidden);
-        for (int i = 0; i < 8; ++i)
-            roaming += char((low >> (8 * i)) & 0xFF);
-        for (int i = 0; i < 8; ++i)
-            roaming += char((high >> (8 * i)) & 0xFF);
+        for (int i = 0; i < 16; ++i)
+            roaming += char(((i < 8 ? low : high) >> (8 * (i % 8))) & 0xFF);
         QCOMPARE(frames.at(2), QStringLiteral("6:04040000") + QString::fromLatin1(roaming.toHex()));
         QVERIFY(frames.at(3).startsWith(QStringLiteral("6:04040100")));
     }
@@ -144,125 +142,74 @@ private slots:
         QCOMPARE(s.configuration.gsm()->element(0)->apnUser(), QString());
     }
 
-    void editedTimetable_marksModifiedAndReachesTheModel() {
-        PageSession s;
-        ScriptedAsker asker;
-        auto page = makePage(s, asker);
-        RoamingTimetable t;
-        t.setSlot(4, 0, true);
-        page->setTimetable(1, t);
-        QVERIFY(page->isModified());
-        page->storeToSection();
-        QCOMPARE(s.configuration.gsm()->element(1)->timetableHi(), quint64(1));
-        QCOMPARE(s.configuration.gsm()->element(1)->timetableLow(), quint64(0));
-        QCOMPARE(s.configuration.gsm()->element(0)->timetableHi(), quint64(0));
-    }
-
-    void addProfile_data() {
-        QTest::addColumn<QString>("name");
+    void profileButtons_data() {
+        QTest::addColumn<QString>("action"); // "+name" adds a profile, "-row" deletes one
         QTest::addColumn<bool>("answer");
-        QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<QStringList>("listed");
-        QTest::addColumn<QString>("apnOfB");
-        QTest::newRow("new") << "C" << true << QStringList() << QStringList{"A", "B", "C"} << "b";
-        QTest::newRow("dash refused")
-            << "-" << true << QStringList{"Управление профилем|Недопустимое имя профиля"}
-            << QStringList{"A", "B"} << "b";
-        QTest::newRow("two dashes") << "--" << true << QStringList() << QStringList{"A", "B", "--"} << "b";
-        QTest::newRow("existing, overwrite")
-            << "B" << true << QStringList{"Управление профилем|Профиль существует, перезаписать?"}
-            << QStringList{"A", "B"} << "new";
-        QTest::newRow("existing, keep")
-            << "B" << false << QStringList{"Управление профилем|Профиль существует, перезаписать?"}
-            << QStringList{"A", "B"} << "b";
+        QTest::addColumn<QString>("asked");
+        QTest::addColumn<QStringList>("profiles"); // name:apn
+        const QString exists = QStringLiteral("Управление профилем|Профиль существует, перезаписать?");
+        const QString remove = QStringLiteral("Управление профилем|Вы точно хотите удалить профиль B ?");
+        const QStringList abc{"A:a", "B:b", "C:c"};
+        QTest::newRow("add new") << "+D" << true << QString() << abc + QStringList{"D:new"};
+        QTest::newRow("add dash refused")
+            << "+-" << true << QStringLiteral("Управление профилем|Недопустимое имя профиля") << abc;
+        QTest::newRow("add existing, Yes overwrites")
+            << "+B" << true << exists << QStringList{"A:a", "B:new", "C:c"};
+        QTest::newRow("add existing, No keeps") << "+B" << false << exists << abc;
+        QTest::newRow("delete, Yes") << "-1" << true << remove << QStringList{"A:a", "C:c"};
+        QTest::newRow("delete, No") << "-1" << false << remove << abc;
+        QTest::newRow("delete with nothing selected") << "--1" << true << QString() << abc;
     }
-    void addProfile() {
-        QFETCH(QString, name);
+    void profileButtons() {
+        QFETCH(QString, action);
         QFETCH(bool, answer);
-        QFETCH(QStringList, asked);
-        QFETCH(QStringList, listed);
-        QFETCH(QString, apnOfB);
-
+        QFETCH(QString, asked);
+        QFETCH(QStringList, profiles);
         PageSession s;
         ScriptedAsker asker;
         auto page = makePage(s, asker);
-        page->addProfile({"A", "a", "a", "a"});
-        page->addProfile({"B", "b", "b", "b"});
+        for (const QString n : {"A", "B", "C"})
+            page->addProfile({n, n.toLower(), "", ""});
         asker.answer = answer;
         QSignalSpy rows(page->profileList(), &QListWidget::currentRowChanged);
 
-        page->addProfile({name, "new", "nu", "np"});
+        if (action.startsWith(QLatin1Char('+')))
+            page->addProfile({action.mid(1), "new", "nu", "np"});
+        else
+            page->deleteProfile(action.mid(1).toInt());
 
-        QCOMPARE(asker.asked, asked);
-        QCOMPARE(tst_SettingsGSMPage::listed(*page), listed);
-        QCOMPARE(page->profiles().profiles().at(1).apn, apnOfB);
+        QCOMPARE(asker.asked, asked.isEmpty() ? QStringList() : QStringList{asked});
+        QStringList stored, names;
+        for (const GsmProfile &p : page->profiles().profiles()) {
+            stored << p.name + QLatin1Char(':') + p.apn;
+            names << p.name;
+        }
+        QCOMPARE(stored, profiles);
+        QCOMPARE(listed(*page), names);
         // Refilling the list is no choice of the user: no SIM field changed.
         QCOMPARE(rows.count(), 0);
         QVERIFY(!page->isModified());
     }
 
-    void deleteProfile_data() {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<bool>("answer");
-        QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<QStringList>("listed");
-        QTest::newRow("yes") << 1 << true
-                             << QStringList{"Управление профилем|Вы точно хотите удалить профиль B ?"}
-                             << QStringList{"A", "C"};
-        QTest::newRow("no") << 1 << false
-                            << QStringList{"Управление профилем|Вы точно хотите удалить профиль B ?"}
-                            << QStringList{"A", "B", "C"};
-        QTest::newRow("nothing selected") << -1 << true << QStringList() << QStringList{"A", "B", "C"};
-    }
-    void deleteProfile() {
-        QFETCH(int, index);
-        QFETCH(bool, answer);
-        QFETCH(QStringList, asked);
-        QFETCH(QStringList, listed);
-
-        PageSession s;
-        ScriptedAsker asker;
-        auto page = makePage(s, asker);
-        for (const char *n : {"A", "B", "C"})
-            page->addProfile({n, "x", "", ""});
-        asker.answer = answer;
-        page->deleteProfile(index);
-        QCOMPARE(asker.asked, asked);
-        QCOMPARE(tst_SettingsGSMPage::listed(*page), listed);
-    }
-
-    void choosingAProfile_fillsTheTargetSim() {
-        PageSession s;
-        ScriptedAsker asker;
-        auto page = makePage(s, asker);
-        page->addProfile({"Home", "home.apn", "hu", "hp"});
-        page->addProfile({"Work", "work.apn", "wu", "wp"});
-        page->sim(0).apn->setText(QStringLiteral("untouched"));
-        page->revert();
-        page->profileTarget()->setCurrentIndex(1);
-
-        page->profileList()->setCurrentRow(1);
-
-        QCOMPARE(page->sim(1).apn->text(), QStringLiteral("work.apn"));
-        QCOMPARE(page->sim(1).user->text(), QStringLiteral("wu"));
-        QCOMPARE(page->sim(1).password->text(), QStringLiteral("wp"));
-        QCOMPARE(page->sim(0).apn->text(), QString());
-        QVERIFY(page->isModified());
-    }
-
-    void profilesOfTheFile_areListedAtStart() {
+    void profilesOfTheFile_areListedAndChoosingOneFillsTheTargetSim() {
         const QString file = m_dir.filePath(QStringLiteral("start.json"));
-        {
-            GsmProfileStore store(file);
-            store.add({"First", "1", "", ""});
-            store.add({"Second", "2", "", ""});
-        }
+        GsmProfileStore store(file);
+        store.add({"Home", "home.apn", "hu", "hp"});
+        store.add({"Work", "work.apn", "wu", "wp"});
         PageSession s;
         SettingsGSMPage page(&s.configuration, nullptr, file,
                              m_dir.filePath(QStringLiteral("start-nets.json")));
-        QCOMPARE(listed(page), (QStringList{"First", "Second"}));
+        QCOMPARE(listed(page), (QStringList{"Home", "Work"}));
         QCOMPARE(page.profileList()->currentRow(), -1);
         QVERIFY(!page.isModified());
+
+        page.profileTarget()->setCurrentIndex(1);
+        page.profileList()->setCurrentRow(1);
+        QCOMPARE(page.sim(1).apn->text(), QStringLiteral("work.apn"));
+        QCOMPARE(page.sim(1).user->text(), QStringLiteral("wu"));
+        QCOMPARE(page.sim(1).password->text(), QStringLiteral("wp"));
+        QCOMPARE(page.sim(0).apn->text(), QString());
+        QVERIFY(page.isModified());
     }
 };
 

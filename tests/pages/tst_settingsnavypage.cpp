@@ -11,19 +11,6 @@ class tst_SettingsNavyPage : public QObject {
     Q_OBJECT
 
 private slots:
-    void unitsAndRanges() {
-        PageSession s;
-        SettingsNavyPage page(&s.configuration);
-        QVERIFY(page.deltaCourse->suffix().contains(QStringLiteral("°")));
-        QVERIFY(page.deltaSpeed->suffix().contains(QStringLiteral("км/ч")));
-        QVERIFY(page.driveTimeout->suffix().contains(QStringLiteral("с")));
-        QVERIFY(page.deltaDistance->suffix().contains(QStringLiteral("м")));
-        QCOMPARE(page.pwrNav->maximum(), 15);
-        for (QSpinBox *box :
-             {page.deltaCourse, page.deltaSpeed, page.driveTimeout, page.deltaDistance, page.faultSpeed})
-            QCOMPARE(box->maximum(), 255);
-    }
-
     void roundTrip_data() {
         QTest::addColumn<QVector<int>>("values"); // course speed timeout distance freeze pwrNav fault
         QTest::addColumn<QStringList>("frames");
@@ -40,38 +27,29 @@ private slots:
     void roundTrip() {
         QFETCH(QVector<int>, values);
         QFETCH(QStringList, frames);
-
+        const auto set = [](NavigationConfigurationItem *d, const QVector<int> &v) {
+            d->setDeltaCourse(v[0]);
+            d->setDeltaSpeed(v[1]);
+            d->setDriveTimeout(v[2]);
+            d->setDeltaDistance(v[3]);
+            d->setFreezeNav(v[4]);
+            d->setPwrNav(v[5]);
+            d->setFaultSpeed(v[6]);
+        };
         PageSession s;
-        NavigationConfigurationItem *item = s.configuration.navigation()->value();
-        // Values arrive from the device: the page follows the decoded section.
         SettingsNavyPage page(&s.configuration);
         VantorConfiguration device;
-        NavigationConfigurationItem *d = device.navigation()->value();
-        d->setDeltaCourse(values[0]);
-        d->setDeltaSpeed(values[1]);
-        d->setDriveTimeout(values[2]);
-        d->setDeltaDistance(values[3]);
-        d->setFreezeNav(values[4]);
-        d->setPwrNav(values[5]);
-        d->setFaultSpeed(values[6]);
+        set(device.navigation()->value(), values);
         s.configuration.navigation()->decode(device.navigation()->encodeAnswer(2));
         s.configuration.navigation()->decode(device.navigation()->encodeAnswer(3));
-
-        const QVector<int> shown{page.deltaCourse->value(),        page.deltaSpeed->value(),
-                                 page.driveTimeout->value(),       page.deltaDistance->value(),
-                                 int(page.freezeNav->isChecked()), page.pwrNav->value(),
-                                 page.faultSpeed->value()};
-        QCOMPARE(shown, values);
+        QCOMPARE((QVector<int>{page.deltaCourse->value(), page.deltaSpeed->value(),
+                               page.driveTimeout->value(), page.deltaDistance->value(),
+                               page.freezeNav->isChecked(), page.pwrNav->value(), page.faultSpeed->value()}),
+                 values);
         QVERIFY(!page.isModified());
 
-        for (auto set :
-             {&NavigationConfigurationItem::setDeltaCourse, &NavigationConfigurationItem::setDeltaSpeed,
-              &NavigationConfigurationItem::setDriveTimeout, &NavigationConfigurationItem::setDeltaDistance,
-              &NavigationConfigurationItem::setFaultSpeed})
-            (item->*set)(77);
-        item->setFreezeNav(!values[4]);
-        item->setPwrNav(9);
-
+        NavigationConfigurationItem *item = s.configuration.navigation()->value();
+        set(item, {77, 77, 77, 77, !values[4], 9, 77});
         page.applyToDevice(s.workflows);
         QCOMPARE(s.queued(), frames);
         QCOMPARE(int(item->faultSpeed()), values[6]);

@@ -42,17 +42,6 @@ private slots:
         QVERIFY(!page.isModified());
     }
 
-    void updateEnabled_followsNumberOfOutputs() {
-        PageSession s;
-        SettingsOutputs page(&s.configuration);
-        s.configuration.outputs()->value()->setNumberOfOutputs(2);
-        page.updateEnabled();
-        QVERIFY(page.isEnabled());
-        s.configuration.outputs()->value()->setNumberOfOutputs(0);
-        page.updateEnabled();
-        QVERIFY(!page.isEnabled());
-    }
-
     void roundTrip_data() {
         QTest::addColumn<QVector<int>>("parameters"); // outNum high low replay
         QTest::addColumn<QString>("parametersFrame");

@@ -13,33 +13,29 @@
 class tst_SettingsPageBase : public QObject {
     Q_OBJECT
 
-private:
-    static void setDeviceSystem(PageSession &s, quint8 parking, quint8 pwr, quint8 gsens) {
-        VantorConfiguration device;
-        device.system()->value()->setParkingMin(parking);
-        device.system()->value()->setPwrMode(pwr);
-        device.system()->value()->setGsens(gsens);
-        s.configuration.system()->decode(device.system()->encodeAnswer());
-    }
-
 private slots:
-    void userEdit_marksPageModified() {
+    void userEdit_marksModifiedAndApplyWritesAndClearsIt() {
         PageSession s;
         SystemPage page(&s.configuration);
         QSignalSpy spy(&page, &SettingsPageBase::modifiedChanged);
-        QCOMPARE(page.property("modified").toBool(), false);
+        auto *marker = page.findChild<QLabel *>(QStringLiteral("modifiedMarker"));
         QCOMPARE(page.modifiedMarker(), QString());
-        QVERIFY(!page.findChild<QLabel *>(QStringLiteral("modifiedMarker"))->isVisibleTo(&page));
+        QVERIFY(!marker->isVisibleTo(&page));
 
         page.parkingMin->setValue(7);
-        page.gsens->setValue(3);
-
+        page.gsens->setValue(9);
         QVERIFY(page.isModified());
         QCOMPARE(page.property("modified").toBool(), true);
         QCOMPARE(page.modifiedMarker(), QStringLiteral("*"));
-        QVERIFY(page.findChild<QLabel *>(QStringLiteral("modifiedMarker"))->isVisibleTo(&page));
+        QVERIFY(marker->isVisibleTo(&page));
         QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0).toBool(), true);
+
+        page.applyToDevice(s.workflows);
+        QCOMPARE(s.queued(), QStringList{hexFrame(6, "11010000 07 00 09 00")});
+        QVERIFY(!page.isModified());
+        QVERIFY(!marker->isVisibleTo(&page));
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(1).at(0).toBool(), false);
     }
 
     void sectionDecoded_refreshesWithoutModifying_data() {
@@ -53,14 +49,16 @@ private slots:
         SystemPage page(&s.configuration);
         if (editedBefore)
             page.pwrMode->setValue(99);
-
-        setDeviceSystem(s, 42, 3, 15);
+        VantorConfiguration device;
+        device.system()->value()->setParkingMin(42);
+        device.system()->value()->setPwrMode(3);
+        device.system()->value()->setGsens(15);
+        s.configuration.system()->decode(device.system()->encodeAnswer());
 
         QCOMPARE(page.parkingMin->value(), 42);
         QCOMPARE(page.pwrMode->value(), 3);
         QCOMPARE(page.gsens->value(), 15);
         QVERIFY(!page.isModified());
-        QCOMPARE(page.property("modified").toBool(), false);
     }
 
     // The window loads every page straight after building it and after a file was opened.
@@ -71,15 +69,12 @@ private slots:
         s.configuration.system()->value()->setParkingMin(90);
         s.configuration.system()->value()->setLowSpeed(1);
         QSignalSpy spy(&page, &SettingsPageBase::modifiedChanged);
-
         page.loadFromSection();
-
+        page.loadFromSection();
         QCOMPARE(page.parkingMin->value(), 90);
         QCOMPARE(page.pwrMode->value(), 0);
         QVERIFY(page.lowSpeed->isChecked());
         QVERIFY(!page.isModified());
-        QCOMPARE(spy.count(), 1);
-        page.loadFromSection();
         QCOMPARE(spy.count(), 1);
     }
 
@@ -92,43 +87,26 @@ private slots:
         QVERIFY(page.isModified());
     }
 
-    void revert_showsModelValuesAgain() {
-        PageSession s;
-        s.configuration.system()->value()->setPwrMode(5);
-        SystemPage page(&s.configuration);
-        page.pwrMode->setValue(77);
-        page.lowSpeed->setChecked(true);
-
-        page.revert();
-
-        QCOMPARE(page.pwrMode->value(), 5);
-        QCOMPARE(page.lowSpeed->isChecked(), false);
-        QVERIFY(!page.isModified());
-        QCOMPARE(s.configuration.system()->value()->pwrMode(), quint8(5));
-    }
-
     void confirmLeave_data() {
         QTest::addColumn<bool>("edit");
         QTest::addColumn<bool>("answer");
-        QTest::addColumn<int>("questions");
+        QTest::addColumn<bool>("session");
         QTest::addColumn<QStringList>("frames");
-        QTest::addColumn<int>("parkingShown");
-        QTest::addColumn<int>("parkingInModel");
-
+        QTest::addColumn<int>("parking"); // shown and in the model afterwards
         QTest::newRow("no edits: nothing asked, nothing sent")
-            << false << true << 0 << QStringList() << 10 << 10;
+            << false << true << true << QStringList() << 10;
         QTest::newRow("Yes: the section is written")
-            << true << true << 1 << QStringList{hexFrame(6, "11010000 21 00 00 00")} << 33 << 33;
-        QTest::newRow("No: the edits are dropped") << true << false << 1 << QStringList() << 10 << 10;
+            << true << true << true << QStringList{hexFrame(6, "11010000 21 00 00 00")} << 33;
+        QTest::newRow("Yes without a session: stored in the model only")
+            << true << true << false << QStringList() << 33;
+        QTest::newRow("No: the edits are dropped") << true << false << true << QStringList() << 10;
     }
     void confirmLeave() {
         QFETCH(bool, edit);
         QFETCH(bool, answer);
-        QFETCH(int, questions);
+        QFETCH(bool, session);
         QFETCH(QStringList, frames);
-        QFETCH(int, parkingShown);
-        QFETCH(int, parkingInModel);
-
+        QFETCH(int, parking);
         PageSession s;
         s.configuration.system()->value()->setParkingMin(10);
         SystemPage page(&s.configuration);
@@ -138,44 +116,15 @@ private slots:
         if (edit)
             page.parkingMin->setValue(33);
 
-        QVERIFY(page.confirmLeave(&s.workflows));
+        QVERIFY(page.confirmLeave(session ? &s.workflows : nullptr));
 
-        QCOMPARE(asker.asked.size(), questions);
-        if (questions)
-            QCOMPARE(asker.asked.first(),
-                     QStringLiteral("Подтверждение изменений|Есть несохраненные параметры, "
-                                    "записать в прибор?"));
+        const QString question = QStringLiteral("Подтверждение изменений|Есть несохраненные параметры, "
+                                                "записать в прибор?");
+        QCOMPARE(asker.asked, edit ? QStringList{question} : QStringList());
         QCOMPARE(s.queued(), frames);
-        QCOMPARE(page.parkingMin->value(), parkingShown);
-        QCOMPARE(int(s.configuration.system()->value()->parkingMin()), parkingInModel);
+        QCOMPARE(page.parkingMin->value(), parking);
+        QCOMPARE(int(s.configuration.system()->value()->parkingMin()), parking);
         QVERIFY(!page.isModified());
-    }
-
-    void confirmLeaveYes_withoutSession_storesIntoModelOnly() {
-        PageSession s;
-        SystemPage page(&s.configuration);
-        ScriptedAsker asker;
-        page.setAsker(asker.asker());
-        page.outCtrl->setChecked(true);
-
-        QVERIFY(page.confirmLeave(nullptr));
-
-        QCOMPARE(s.configuration.system()->value()->OutCtrl(), quint8(1));
-        QVERIFY(!page.isModified());
-    }
-
-    void applyToDevice_storesWritesAndClearsMark() {
-        PageSession s;
-        SystemPage page(&s.configuration);
-        page.gsens->setValue(9);
-        QSignalSpy spy(&page, &SettingsPageBase::modifiedChanged);
-
-        page.applyToDevice(s.workflows);
-
-        QCOMPARE(s.queued(), QStringList{hexFrame(6, "11010000 00 00 09 00")});
-        QVERIFY(!page.isModified());
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0).toBool(), false);
     }
 };
 

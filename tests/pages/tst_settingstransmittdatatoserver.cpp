@@ -25,18 +25,6 @@ private:
     }
 
 private slots:
-    void protocolList_indexIsTheProtocolByte() {
-        QCOMPARE(ServersWidget::protocolNames(),
-                 (QStringList{QStringLiteral("TAVREL UNP"), QStringLiteral("WIALON COMBINE")}));
-    }
-
-    void oneWidgetPerServerEntry() {
-        PageSession s;
-        SettingsTransmittDataToServer page(&s.configuration);
-        QCOMPARE(page.serverCount(), s.configuration.servers()->count());
-        QVERIFY(page.serverCount() >= 1);
-    }
-
     void roundTrip_data() {
         QTest::addColumn<int>("enable");
         QTest::addColumn<QString>("address");
@@ -92,14 +80,6 @@ private slots:
         QVERIFY(s.queued().isEmpty());
         QCOMPARE(asker.asked.size(), 1);
         QVERIFY(asker.asked.first().contains(QStringLiteral("Адрес сервера 1")));
-    }
-
-    void typingAnAddress_marksModified() {
-        PageSession s;
-        SettingsTransmittDataToServer page(&s.configuration);
-        QTest::keyClicks(page.server(0)->address, QStringLiteral("host"));
-        QVERIFY(page.isModified());
-        QCOMPARE(page.server(0)->address->text(), QStringLiteral("host"));
     }
 };
 

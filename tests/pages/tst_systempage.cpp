@@ -11,63 +11,38 @@ class tst_SystemPage : public QObject {
     Q_OBJECT
 
 private slots:
-    void ranges() {
-        PageSession s;
-        SystemPage page(&s.configuration);
-        QCOMPARE(page.parkingMin->maximum(), 255);
-        QCOMPARE(page.pwrMode->maximum(), 255);
-        QCOMPARE(page.gsens->maximum(), 15);
-        QVERIFY(page.parkingMin->suffix().contains(QStringLiteral("мин")));
-        QCOMPARE(page.title(), QStringLiteral("Системные параметры"));
-    }
-
     void roundTrip_data() {
-        QTest::addColumn<int>("parking");
-        QTest::addColumn<int>("pwr");
-        QTest::addColumn<int>("gsens");
-        QTest::addColumn<int>("lowSpeed");
-        QTest::addColumn<int>("outCtrl");
+        QTest::addColumn<QVector<int>>("values"); // parking pwr gsens lowSpeed outCtrl
         QTest::addColumn<QString>("frame");
-        QTest::newRow("lowest") << 0 << 0 << 0 << 0 << 0 << hexFrame(6, "11010000 00 00 00 00");
-        QTest::newRow("highest") << 255 << 255 << 15 << 1 << 1 << hexFrame(6, "11010000 ff ff 3f 00");
-        QTest::newRow("mixed") << 30 << 2 << 7 << 0 << 1 << hexFrame(6, "11010000 1e 02 27 00");
+        QTest::newRow("lowest") << QVector<int>{0, 0, 0, 0, 0} << hexFrame(6, "11010000 00 00 00 00");
+        QTest::newRow("highest") << QVector<int>{255, 255, 15, 1, 1} << hexFrame(6, "11010000 ff ff 3f 00");
+        QTest::newRow("mixed") << QVector<int>{30, 2, 7, 0, 1} << hexFrame(6, "11010000 1e 02 27 00");
     }
     void roundTrip() {
-        QFETCH(int, parking);
-        QFETCH(int, pwr);
-        QFETCH(int, gsens);
-        QFETCH(int, lowSpeed);
-        QFETCH(int, outCtrl);
+        QFETCH(QVector<int>, values);
         QFETCH(QString, frame);
-
         PageSession s;
         SystemConfigurationItem *item = s.configuration.system()->value();
-        item->setParkingMin(parking);
-        item->setPwrMode(pwr);
-        item->setGsens(gsens);
-        item->setLowSpeed(lowSpeed);
-        item->setOutCtrl(outCtrl);
+        const auto setModel = [item](const QVector<int> &v) {
+            item->setParkingMin(v[0]);
+            item->setPwrMode(v[1]);
+            item->setGsens(v[2]);
+            item->setLowSpeed(v[3]);
+            item->setOutCtrl(v[4]);
+        };
+        setModel(values);
         SystemPage page(&s.configuration);
-        QCOMPARE(page.parkingMin->value(), parking);
-        QCOMPARE(page.pwrMode->value(), pwr);
-        QCOMPARE(page.gsens->value(), gsens);
-        QCOMPARE(int(page.lowSpeed->isChecked()), lowSpeed);
-        QCOMPARE(int(page.outCtrl->isChecked()), outCtrl);
+        QCOMPARE((QVector<int>{page.parkingMin->value(), page.pwrMode->value(), page.gsens->value(),
+                               page.lowSpeed->isChecked(), page.outCtrl->isChecked()}),
+                 values);
         QVERIFY(!page.isModified());
 
         // Scramble the model behind the page's back; storing puts the shown values back.
-        item->setParkingMin(quint8(parking ^ 0x55));
-        item->setPwrMode(quint8(pwr ^ 0x55));
-        item->setGsens(quint8(gsens ^ 0x05));
-        item->setLowSpeed(quint8(!lowSpeed));
-        item->setOutCtrl(quint8(!outCtrl));
+        setModel({values[0] ^ 0x55, values[1] ^ 0x55, values[2] ^ 0x05, !values[3], !values[4]});
         page.applyToDevice(s.workflows);
-
-        QCOMPARE(int(item->parkingMin()), parking);
-        QCOMPARE(int(item->pwrMode()), pwr);
-        QCOMPARE(int(item->gsens()), gsens);
-        QCOMPARE(int(item->lowSpeed()), lowSpeed);
-        QCOMPARE(int(item->OutCtrl()), outCtrl);
+        QCOMPARE((QVector<int>{item->parkingMin(), item->pwrMode(), item->gsens(), item->lowSpeed(),
+                               item->OutCtrl()}),
+                 values);
         QCOMPARE(s.queued(), QStringList{frame});
     }
 };
