@@ -12,13 +12,7 @@
 class FakeLink : public Connection {
     Q_OBJECT
 public:
-    enum Fault {
-        NoFault,   // answers every frame whole
-        Silent,    // never answers
-        Truncated, // answers with the last byte missing
-        Split,     // answers in two reads: the first six bytes, then the rest
-        Surplus,   // answers with twelve stray bytes behind the frame
-    };
+    enum Fault { NoFault, Silent, Truncated /* the answer's last byte missing */ };
 
     using Connection::Connection;
 
@@ -27,16 +21,18 @@ public:
     bool opened = true;
     QList<QByteArray> written;
 
-    bool open() override {
-        opened = true;
-        return true;
-    }
+    bool open() override { return opened = true; }
     void close() override { opened = false; }
     bool isOpen() const override { return opened; }
     int state() const override { return linkState; }
     qint64 write(const QByteArray &bytes) override {
         written << bytes;
-        respond(bytes);
+        QByteArray answer = bytes.mid(proto::Frame::PayloadOffset, 4).leftJustified(4, '\0');
+        answer[1] = char(quint8(answer.at(1)) | 0x80);
+        answer =
+            proto::Frame::build(quint8(bytes.at(proto::Frame::TypeOffset)), answer + QByteArray("\1\0", 2));
+        if (fault != Silent)
+            deliverLater(fault == Truncated ? answer.chopped(1) : answer);
         return bytes.size();
     }
     QByteArray readAll() override {
@@ -54,36 +50,6 @@ public:
         emit readyRead();
     }
 
-    static QByteArray statusAnswer(const QByteArray &request, quint16 status = 1) {
-        const QByteArray payload = request.mid(proto::Frame::PayloadOffset, 4);
-        QByteArray answer = payload.leftJustified(4, '\0');
-        answer[1] = char(quint8(answer.at(1)) | 0x80);
-        answer.append(char(status & 0xFF));
-        answer.append(char(status >> 8));
-        return proto::Frame::build(quint8(request.at(proto::Frame::TypeOffset)), answer);
-    }
-
 private:
-    void respond(const QByteArray &request) {
-        const QByteArray answer = statusAnswer(request);
-        switch (fault) {
-        case NoFault:
-            deliverLater(answer);
-            break;
-        case Silent:
-            break;
-        case Truncated:
-            deliverLater(answer.left(answer.size() - 1));
-            break;
-        case Split:
-            deliverLater(answer.left(6));
-            deliverLater(answer.mid(6));
-            break;
-        case Surplus:
-            deliverLater(answer + QByteArray(12, '\x5a'));
-            break;
-        }
-    }
-
     QByteArray m_buffer;
 };

@@ -21,12 +21,6 @@ public:
     QStringList lines;
     int unstamped = 0; // lines of the default category without the time stamp
 
-    QStringList take() {
-        QStringList out = lines;
-        lines.clear();
-        return out;
-    }
-
 private:
     static void handler(QtMsgType type, const QMessageLogContext &context, const QString &message) {
         if (!s_current || type != QtDebugMsg || qstrcmp(context.category, "default") != 0)
