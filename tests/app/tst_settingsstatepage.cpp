@@ -32,65 +32,42 @@ private slots:
     void inactiveIcon_standsOutOnEitherBackground();
 };
 
+// The texts themselves are TelemetryText's; these rows check that each record lands in its own label
+// (second SIM, second receiver, second server) with its icon, and the fields only the page formats.
 void tst_SettingsStatePage::telemetry_data() {
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("icon"); // icon label and its resource, "name=resource"; empty: none checked
+    auto row = [](const char *name, const QByteArray &payload, const char *field, const char *text,
+                  const char *icon = "") {
+        QTest::newRow(name) << payload << QString::fromLatin1(field) << QString::fromUtf8(text)
+                            << QString::fromLatin1(icon);
+    };
 
     kd::SimStateRecord absent;
     absent.state = 8;
-    kd::SimStateRecord ready;
-    QTest::newRow("sim 8 keeps its spelling")
-        << answer(kd::telemetry::SimStates, {ready.toBytes(), absent.toBytes()}) << "simState1"
-        << "Сим отсутсвует"
-        << "";
-    QTest::newRow("sim 0 ready") << answer(kd::telemetry::SimStates, {ready.toBytes()}) << "simState0"
-                                 << "Готово"
-                                 << "";
+    row("second sim state",
+        answer(kd::telemetry::SimStates, {kd::SimStateRecord().toBytes(), absent.toBytes()}), "simState1",
+        "Сим отсутсвует");
 
     kd::GsmRegistrationRecord reg;
     reg.slotState = quint8(kd::SimSlotState::Active);
     reg.registration = 4;
     reg.signalLevel = 99;
-    QTest::newRow("registration 4 has no text")
-        << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "registration0"
-        << ""
-        << "simIcon0=:/images/sim_card_active.png";
-    QTest::newRow("active slot") << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "simSlot0"
-                                 << "Активна"
-                                 << "";
-    QTest::newRow("unknown signal level")
-        << answer(kd::telemetry::GsmRegistration, {reg.toBytes()}) << "signal0"
-        << "-"
-        << "";
     kd::GsmRegistrationRecord roaming;
     roaming.slotState = quint8(kd::SimSlotState::Inserted);
     roaming.registration = 5;
     roaming.operatorCode = 25099;
-    QTest::newRow("second sim roaming")
-        << answer(kd::telemetry::GsmRegistration, {reg.toBytes(), roaming.toBytes()}) << "registration1"
-        << "Роуминг"
-        << "simIcon1=:/images/sim_card_inserted.png";
-    QTest::newRow("operator code") << answer(kd::telemetry::GsmRegistration,
-                                             {reg.toBytes(), roaming.toBytes()})
-                                   << "operator1"
-                                   << "250 99"
-                                   << "";
+    const QByteArray gsm = answer(kd::telemetry::GsmRegistration, {reg.toBytes(), roaming.toBytes()});
+    row("active sim icon", gsm, "simSlot0", "Активна", "simIcon0=:/images/sim_card_active.png");
+    row("unknown signal level", gsm, "signal0", "-");
+    row("second sim roaming", gsm, "registration1", "Роуминг", "simIcon1=:/images/sim_card_inserted.png");
+    row("operator code", gsm, "operator1", "250 99");
 
     kd::NavReceiverRecord noFix;
     noFix.fixMode = 1;
-    noFix.satellites = 3;
     noFix.latDegrees = 55;
-    noFix.speed = 100;
-    for (const char *field : {"fixTime0", "latitude0", "longitude0", "speed0", "course0"})
-        QTest::newRow(qPrintable(QStringLiteral("no fix: %1 is a dash").arg(QLatin1String(field))))
-            << answer(kd::telemetry::NavReceivers, {noFix.toBytes()}) << field << "-"
-            << "";
-    QTest::newRow("no fix label") << answer(kd::telemetry::NavReceivers, {noFix.toBytes()}) << "fixLabel0"
-                                  << "Нет навигации"
-                                  << "";
-
     kd::NavReceiverRecord fix;
     fix.fixMode = 3;
     fix.fixQuality = 2;
@@ -100,21 +77,10 @@ void tst_SettingsStatePage::telemetry_data() {
     fix.hours = 3;
     fix.minutes = 4;
     fix.seconds = 5;
-    fix.latDegrees = 59;
-    fix.latFlags = kd::NavReceiverRecord::HemisphereBit;
-    fix.latMinutes = 1234567;
-    QTest::newRow("second receiver fix time")
-        << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()}) << "fixTime1"
-        << "01.02.26 03:04:05"
-        << "";
-    QTest::newRow("southern latitude")
-        << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()}) << "latitude1"
-        << "-59° 12.34567"
-        << "";
-    QTest::newRow("differential") << answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()})
-                                  << "fixQuality1"
-                                  << "Дифференциальный"
-                                  << "";
+    const QByteArray nav = answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()});
+    row("no fix: latitude is a dash", nav, "latitude0", "-");
+    row("second receiver fix time", nav, "fixTime1", "01.02.26 03:04:05");
+    row("second receiver quality", nav, "fixQuality1", "Дифференциальный");
 
     kd::ServerStateRecord server;
     server.protocol = quint8(kd::ServerProtocol::WialonCombine);
@@ -124,76 +90,39 @@ void tst_SettingsStatePage::telemetry_data() {
     server.port = 20332;
     server.packetsSent = 9;
     server.packetsAcked = 8;
-    QTest::newRow("server state") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverState0"
-                                  << "Подключен"
-                                  << "serverIcon0=:/images/cloud_plus.png";
-    QTest::newRow("server protocol") << answer(kd::telemetry::Servers, {server.toBytes()})
-                                     << "serverProtocol0"
-                                     << "WIALON COMBINE"
-                                     << "";
-    QTest::newRow("server address") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverAddress0"
-                                    << "10.0.0.7:20332"
-                                    << "";
-    QTest::newRow("server packets") << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverPackets0"
-                                    << "8 / 9"
-                                    << "";
-    QTest::newRow("second server still off")
-        << answer(kd::telemetry::Servers, {server.toBytes()}) << "serverState1"
-        << "-"
-        << "serverIcon1=:/images/cloud_close.png";
+    const QByteArray servers = answer(kd::telemetry::Servers, {server.toBytes()});
+    row("server connected", servers, "serverState0", "Подключен", "serverIcon0=:/images/cloud_plus.png");
+    row("server address", servers, "serverAddress0", "10.0.0.7:20332");
+    row("server packets acked of sent", servers, "serverPackets0", "8 / 9");
+    row("second server still off", servers, "serverState1", "-", "serverIcon1=:/images/cloud_close.png");
 
     kd::DeviceStateRecord state;
-    state.boardTemperature = -5;
-    state.batteryTemperature = 40;
     state.memoryUsed = 12;
     state.memoryTotal = 100;
     state.netAddr = 3;
     state.activityFlags = kd::DeviceStateRecord::Ignition;
     state.supplyVoltage = 12345;
-    QTest::newRow("temperatures") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "temperatures"
-                                  << "-5 / 40°С"
-                                  << "";
-    QTest::newRow("memory") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "memory"
-                            << "12 / 100"
-                            << "";
-    QTest::newRow("network address") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "netAddr"
-                                     << "3"
-                                     << "";
-    QTest::newRow("ignition on") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "ignition"
-                                 << "Активен"
-                                 << "ignitionIcon=:/images/light_bulb.png";
-    QTest::newRow("navigation off") << answer(kd::telemetry::DeviceState, {state.toBytes()})
-                                    << "navigationActive"
-                                    << "Неактивен"
-                                    << "navigationActiveIcon=:/images/light_bulb_white.png";
-    QTest::newRow("supply") << answer(kd::telemetry::DeviceState, {state.toBytes()}) << "supplyVoltage"
-                            << "12.35 В"
-                            << "";
+    const QByteArray device = answer(kd::telemetry::DeviceState, {state.toBytes()});
+    row("memory", device, "memory", "12 / 100");
+    row("network address", device, "netAddr", "3");
+    row("ignition on", device, "ignition", "Активен", "ignitionIcon=:/images/light_bulb.png");
+    row("navigation off", device, "navigationActive", "Неактивен",
+        "navigationActiveIcon=:/images/light_bulb_white.png");
+    row("supply", device, "supplyVoltage", "12.35 В");
 
     kd::LogicInputRecord counter;
     counter.mode = quint16(kd::InputMode::UniversalCounter);
     counter.value = 52;
-    kd::LogicInputRecord level;
-    level.mode = quint16(kd::InputMode::Logic);
-    level.value = 1;
-    QTest::newRow("logic counter") << answer(kd::telemetry::LogicInputs, {level.toBytes(), counter.toBytes()})
-                                   << "logic1"
-                                   << "Унив. счетчик, 52"
-                                   << "";
-    QTest::newRow("logic level") << answer(kd::telemetry::LogicInputs, {level.toBytes(), counter.toBytes()})
-                                 << "logic0"
-                                 << "Логический, 1"
-                                 << "";
+    row("second logic input",
+        answer(kd::telemetry::LogicInputs, {kd::LogicInputRecord().toBytes(), counter.toBytes()}), "logic1",
+        "Унив. счетчик, 52");
 
     kd::FuelSensorsRecord fuel;
     fuel.level[1] = 3247;
     fuel.onlineMask = 0x2;
-    QTest::newRow("fuel sensor online") << answer(kd::telemetry::FuelSensors, {fuel.toBytes()}) << "fuel1"
-                                        << "3247"
-                                        << "";
-    QTest::newRow("fuel sensor silent") << answer(kd::telemetry::FuelSensors, {fuel.toBytes()}) << "fuel0"
-                                        << "-"
-                                        << "";
+    const QByteArray fuels = answer(kd::telemetry::FuelSensors, {fuel.toBytes()});
+    row("fuel sensor online", fuels, "fuel1", "3247");
+    row("fuel sensor silent", fuels, "fuel0", "-");
 }
 
 void tst_SettingsStatePage::telemetry() {
