@@ -113,33 +113,16 @@ private slots:
         QTEST(s.encodeAccess(sim), "expected");
     }
 
-    void encodeRoaming_data() {
-        QTest::addColumn<int>("sim");
-        QTest::addColumn<int>("forbidden");
-        QTest::addColumn<quint64>("hi");
-        QTest::addColumn<quint64>("low");
-        QTest::addColumn<QByteArray>("expected");
-
-        QTest::newRow("low word before the high word")
-            << 0 << 1 << Q_UINT64_C(0x1817161514131211) << Q_UINT64_C(0x0807060504030201)
-            << QByteArray::fromHex("04 04 00 00") + kRoaming1;
-        QTest::newRow("forbidden is written as its lowest bit")
-            << 1 << 2 << Q_UINT64_C(0) << Q_UINT64_C(0xffffffffffffffff)
-            << QByteArray::fromHex("04 04 01 00 00 00 ffffffffffffffff 0000000000000000");
-    }
-
-    void encodeRoaming() {
-        QFETCH(int, sim);
-        QFETCH(int, forbidden);
-        QFETCH(quint64, hi);
-        QFETCH(quint64, low);
-        QFETCH(QByteArray, expected);
+    void encodeRoaming_sendsTheLowWordFirstAndForbiddenAsOneBit() {
         GSMConfiguration s(2);
-        s.element(sim)->setForbidden(quint8(forbidden));
-        s.element(sim)->setTimetableHi(hi);
-        s.element(sim)->setTimetableLow(low);
-
-        QCOMPARE(s.encodeRoaming(sim).toHex(' '), expected.toHex(' '));
+        s.element(0)->setForbidden(1);
+        s.element(0)->setTimetableHi(Q_UINT64_C(0x1817161514131211));
+        s.element(0)->setTimetableLow(Q_UINT64_C(0x0807060504030201));
+        s.element(1)->setForbidden(2);
+        s.element(1)->setTimetableLow(Q_UINT64_C(0xffffffffffffffff));
+        QCOMPARE(s.encodeRoaming(0).toHex(' '), (QByteArray::fromHex("04 04 00 00") + kRoaming1).toHex(' '));
+        QCOMPARE(s.encodeRoaming(1).toHex(' '),
+                 QByteArray("04 04 01 00 00 00 ff ff ff ff ff ff ff ff 00 00 00 00 00 00 00 00"));
         QVERIFY(s.encodeRoaming(2).isEmpty());
     }
 };
