@@ -8,48 +8,39 @@ class tst_CliOptions : public QObject {
 private slots:
     void parse_validLines_data();
     void parse_validLines();
-    void deadline_defaultsPerCommand_data();
-    void deadline_defaultsPerCommand();
-    void needsDevice_onlyForDeviceCommands();
 };
 
 void tst_CliOptions::parse_validLines_data() {
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<int>("command");
     QTest::addColumn<QString>("check"); // field=value pairs joined by ';'
-
+    using C = CliOptions::Command;
+    // The deadline defaults per command unless --timeout gives one.
     QTest::newRow("options after the command")
-        << QStringList{QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("--port"),
-                       QStringLiteral("/dev/pts/3")}
-        << int(CliOptions::Command::Info) << QStringLiteral("port=/dev/pts/3;json=1");
-    QTest::newRow("inline values") << QStringList{QStringLiteral("--timeout=2.5"),
-                                                  QStringLiteral("--password=0"), QStringLiteral("reset")}
-                                   << int(CliOptions::Command::Reset)
-                                   << QStringLiteral("timeout=2500;password=0");
+        << QStringList{"info", "--json", "--port", "/dev/pts/3"} << int(C::Info)
+        << "port=/dev/pts/3;json=1;deadline=15000;device=1";
+    QTest::newRow("inline values") << QStringList{"--timeout=2.5", "--password=0", "reset"} << int(C::Reset)
+                                   << "timeout=2500;deadline=2500;password=0";
     QTest::newRow("largest password")
-        << QStringList{QStringLiteral("--password"), QStringLiteral("4294967295"), QStringLiteral("info")}
-        << int(CliOptions::Command::Info) << QStringLiteral("password=4294967295");
+        << QStringList{"--password", "4294967295", "info"} << int(C::Info) << "password=4294967295";
     QTest::newRow("remote with ipv6-like host")
-        << QStringList{QStringLiteral("--remote"), QStringLiteral("::1:7000"), QStringLiteral("--imei"),
-                       QStringLiteral("86307"), QStringLiteral("info")}
-        << int(CliOptions::Command::Info) << QStringLiteral("host=::1;remotePort=7000;imei=86307");
-    QTest::newRow("read output") << QStringList{QStringLiteral("read"), QStringLiteral("--output"),
-                                                QStringLiteral("a.json")}
-                                 << int(CliOptions::Command::Read) << QStringLiteral("file=a.json");
+        << QStringList{"--remote", "::1:7000", "--imei", "86307", "info"} << int(C::Info)
+        << "host=::1;remotePort=7000;imei=86307";
+    QTest::newRow("read output") << QStringList{"read", "--output", "a.json"} << int(C::Read)
+                                 << "file=a.json;deadline=60000";
+    QTest::newRow("flash") << QStringList{"flash", "f.bsk"} << int(C::Flash)
+                           << "file=f.bsk;deadline=120000;device=1";
     QTest::newRow("decode joins its arguments")
-        << QStringList{QStringLiteral("decode"), QStringLiteral("a5"), QStringLiteral("a5")}
-        << int(CliOptions::Command::Decode) << QStringLiteral("hex=a5 a5");
+        << QStringList{"decode", "a5", "a5"} << int(C::Decode) << "hex=a5 a5;device=0";
     QTest::newRow("hex after double dash")
-        << QStringList{QStringLiteral("decode"), QStringLiteral("--"), QStringLiteral("-a5")}
-        << int(CliOptions::Command::Decode) << QStringLiteral("hex=-a5");
-    QTest::newRow("set-password") << QStringList{QStringLiteral("set-password"), QStringLiteral("77")}
-                                  << int(CliOptions::Command::SetPassword)
-                                  << QStringLiteral("newPassword=77");
-    QTest::newRow("watch raw") << QStringList{QStringLiteral("telemetry"), QStringLiteral("--watch"),
-                                              QStringLiteral("--raw")}
-                               << int(CliOptions::Command::Telemetry) << QStringLiteral("watch=1;raw=1");
-    QTest::newRow("help wins") << QStringList{QStringLiteral("flush"), QStringLiteral("--help")}
-                               << int(CliOptions::Command::Help) << QString();
+        << QStringList{"decode", "--", "-a5"} << int(C::Decode) << "hex=-a5";
+    QTest::newRow("set-password") << QStringList{"set-password", "77"} << int(C::SetPassword)
+                                  << "newPassword=77";
+    QTest::newRow("watch raw") << QStringList{"telemetry", "--watch", "--raw"} << int(C::Telemetry)
+                               << "watch=1;raw=1;device=1";
+    QTest::newRow("ports") << QStringList{"ports"} << int(C::Ports) << "device=0";
+    QTest::newRow("fwinfo") << QStringList{"fwinfo", "f.bsk"} << int(C::FwInfo) << "device=0";
+    QTest::newRow("help wins") << QStringList{"flush", "--help"} << int(C::Help) << QString();
 }
 
 void tst_CliOptions::parse_validLines() {
@@ -61,58 +52,24 @@ void tst_CliOptions::parse_validLines() {
     QVERIFY2(error.isEmpty(), qPrintable(error));
     QCOMPARE(int(o.command), command);
     const QHash<QString, QString> actual{
-        {QStringLiteral("port"), o.port},
-        {QStringLiteral("json"), QString::number(o.json)},
-        {QStringLiteral("timeout"), QString::number(o.timeoutMs)},
-        {QStringLiteral("password"), o.hasPassword ? QString::number(o.password) : QStringLiteral("none")},
-        {QStringLiteral("host"), o.remoteHost},
-        {QStringLiteral("remotePort"), QString::number(o.remotePort)},
-        {QStringLiteral("imei"), o.imei},
-        {QStringLiteral("file"), o.file},
-        {QStringLiteral("hex"), o.decodeHex},
-        {QStringLiteral("newPassword"), QString::number(o.newPassword)},
-        {QStringLiteral("watch"), QString::number(o.watch)},
-        {QStringLiteral("raw"), QString::number(o.raw)},
+        {"port", o.port},
+        {"json", QString::number(o.json)},
+        {"timeout", QString::number(o.timeoutMs)},
+        {"deadline", QString::number(o.deadlineMs())},
+        {"device", QString::number(o.needsDevice())},
+        {"password", o.hasPassword ? QString::number(o.password) : QStringLiteral("none")},
+        {"host", o.remoteHost},
+        {"remotePort", QString::number(o.remotePort)},
+        {"imei", o.imei},
+        {"file", o.file},
+        {"hex", o.decodeHex},
+        {"newPassword", QString::number(o.newPassword)},
+        {"watch", QString::number(o.watch)},
+        {"raw", QString::number(o.raw)},
     };
-    for (const QString &pair : check.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-        const int eq = pair.indexOf(QLatin1Char('='));
+    for (const QString &pair : check.split(';', Qt::SkipEmptyParts)) {
+        const int eq = pair.indexOf('=');
         QCOMPARE(actual.value(pair.left(eq)), pair.mid(eq + 1));
-    }
-}
-
-void tst_CliOptions::deadline_defaultsPerCommand_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<int>("deadlineMs");
-    QTest::newRow("info") << QStringList{QStringLiteral("info")} << 15000;
-    QTest::newRow("read") << QStringList{QStringLiteral("read"), QStringLiteral("-o"), QStringLiteral("x")}
-                          << 60000;
-    QTest::newRow("flash") << QStringList{QStringLiteral("flash"), QStringLiteral("f.bsk")} << 120000;
-    QTest::newRow("given") << QStringList{QStringLiteral("--timeout"), QStringLiteral("0.25"),
-                                          QStringLiteral("read"), QStringLiteral("-o"), QStringLiteral("x")}
-                           << 250;
-}
-
-void tst_CliOptions::deadline_defaultsPerCommand() {
-    QFETCH(QStringList, args);
-    QFETCH(int, deadlineMs);
-    CliOptions o;
-    QCOMPARE(o.parse(args), QString());
-    QCOMPARE(o.deadlineMs(), deadlineMs);
-}
-
-void tst_CliOptions::needsDevice_onlyForDeviceCommands() {
-    const QList<QPair<QStringList, bool>> rows{
-        {{QStringLiteral("ports")}, false},
-        {{QStringLiteral("decode"), QStringLiteral("a5")}, false},
-        {{QStringLiteral("fwinfo"), QStringLiteral("f.bsk")}, false},
-        {{QStringLiteral("flash"), QStringLiteral("f.bsk")}, true},
-        {{QStringLiteral("clear-memory")}, true},
-        {{QStringLiteral("telemetry"), QStringLiteral("--once")}, true},
-    };
-    for (const auto &row : rows) {
-        CliOptions o;
-        QCOMPARE(o.parse(row.first), QString());
-        QVERIFY2(o.needsDevice() == row.second, qPrintable(row.first.join(' ')));
     }
 }
 
