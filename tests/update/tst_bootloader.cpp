@@ -8,8 +8,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-using namespace UpdateChannel;
-
 // The virtual device's boot loader against the configurator's transfer, in one process: bytes cross the
 // fake link on later turns of the event loop, as they would over a serial line.
 class tst_BootLoader : public QObject {
@@ -25,13 +23,13 @@ private slots:
         QVERIFY(BskBuilder::write(m_file, b.build()));
     }
 
-    void fullTransfer_data() {
+    void fullTransferDeliversEveryPage_data() {
         QTest::addColumn<int>("corruptEvery");
         QTest::addColumn<int>("damageEvery"); // damage every Nth page packet on the way to the device
         QTest::newRow("clean line") << 0 << 0;
         QTest::newRow("device messages and page packets damaged") << 5 << 33;
     }
-    void fullTransfer() {
+    void fullTransferDeliversEveryPage() {
         QFETCH(int, corruptEvery);
         QFETCH(int, damageEvery);
         FirmwareImage image;
@@ -70,36 +68,6 @@ private slots:
             QCOMPARE(loader.receivedPage(n), n < 300 ? BskBuilder::pageData(n) : QByteArray(520, '\0'));
         QCOMPARE(corrupted.count() > 0, corruptEvery > 0);
         QCOMPARE(pageErrors.count() > 0, damageEvery > 0);
-    }
-
-    void loaderMessages_data() {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QStringList>("answers"); // "kind/page" of each message, the first request included
-        const QByteArray p0 = encodePagePacket(0, BskBuilder::pageData(0));
-        const QByteArray p1 = encodePagePacket(1, BskBuilder::pageData(1));
-        QByteArray bad = p0;
-        bad[300] = char(bad.at(300) ^ 1);
-        QTest::newRow("good page confirmed") << p0 << QStringList{"2/0", "1/0"};
-        QTest::newRow("damaged page reported and asked again") << bad << QStringList{"2/0", "4/0", "2/0"};
-        QTest::newRow("gap asks for the missing page once")
-            << p1 + encodePagePacket(2, QByteArray()) << QStringList{"2/0", "2/0"};
-    }
-    void loaderMessages() {
-        QFETCH(QByteArray, input);
-        QFETCH(QStringList, answers);
-        BootLoader::Options options;
-        options.retryMs = 60000;
-        BootLoader loader(options);
-        QSignalSpy sent(&loader, &BootLoader::send);
-        loader.start();
-        loader.receive(input);
-        QStringList got;
-        for (const QList<QVariant> &args : sent) {
-            const QByteArray m = args.at(0).toByteArray();
-            const Message d = decodeMessage(m);
-            got << (messageCrcValid(m) ? QStringLiteral("%1/%2").arg(int(d.kind)).arg(int(d.page)) : "bad");
-        }
-        QCOMPARE(got, answers);
     }
 
 private:

@@ -223,18 +223,11 @@ private slots:
         QCOMPARE(asked.at(0).at(0).toInt(), 511);
     }
 
-    void logLines_data() {
-        QTest::addColumn<QByteArray>("chunk");
-        QTest::addColumn<QStringList>("lines"); // each after the time "hh:mm:ss.zzz "
-        QTest::newRow("page error") << message(PageError, 300)
-                                    << QStringList{"<< номер страницы: 300", "<< Ошибка страницы: 300"};
+    void logLinesCarryTheTime() {
         QByteArray bad = message(PageRequested, 1);
         bad[11] = char(bad.at(11) ^ 0x40);
-        QTest::newRow("bad checksum") << bad << QStringList{"Не сошлась CRC, пропускаем...."};
-    }
-    void logLines() {
-        QFETCH(QByteArray, chunk);
-        QFETCH(QStringList, lines);
+        const QStringList lines{"<< номер страницы: 300", "<< Ошибка страницы: 300",
+                                "Не сошлась CRC, пропускаем...."};
         QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=true"));
         s_lines.clear();
         const QtMessageHandler previous =
@@ -242,7 +235,8 @@ private slots:
                 if (qstrcmp(context.category, "tavrel.update") == 0)
                     s_lines << text;
             });
-        m_updater->offer(chunk);
+        m_updater->offer(message(PageError, 300));
+        m_updater->offer(bad);
         qInstallMessageHandler(previous);
         QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=false"));
         QCOMPARE(s_lines.size(), lines.size());

@@ -128,44 +128,33 @@ private slots:
                            "Версия: 1.0.0.31\nРазмер: 48213\n\n"));
     }
 
-    void networkSettings_data() {
-        QTest::addColumn<QByteArray>("xml");
-        QTest::addColumn<bool>("ok");
-        QTest::newRow("proxy with credentials")
-            << QByteArray("<Network><ProxyType>2</ProxyType><Username>ivan"
-                          "</Username><Password>p</Password></Network>")
-            << true;
-        QTest::newRow("broken XML") << QByteArray("<Network><ProxyType>") << false;
-    }
-    void networkSettings() {
-        QFETCH(QByteArray, xml);
-        QFETCH(bool, ok);
+    void networkSettingsReadOrParseErrorWithPlace() {
         const QString name = m_dir->filePath(QStringLiteral("network.xml"));
-        QFile f(name);
-        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(xml) == xml.size());
-        f.close();
         QTIFWUpdater::NetworkSettings settings;
         QString message;
-        QCOMPARE(QTIFWUpdater::readNetworkSettings(name, settings, message), ok);
-        if (ok) {
-            QCOMPARE(settings.proxyType, 2);
-            QCOMPARE(settings.username, QStringLiteral("ivan"));
-        } else {
-            QVERIFY2(message.startsWith("XML file parsing error.\n") &&
-                         message.contains("\nFile: " + QFileInfo(name).absoluteFilePath() + "\nLine 1:"),
-                     qPrintable(message));
-        }
+        writeFile(
+            name,
+            "<Network><ProxyType>2</ProxyType><Username>ivan</Username><Password>p</Password></Network>");
+        QVERIFY(QTIFWUpdater::readNetworkSettings(name, settings, message));
+        QCOMPARE(settings.proxyType, 2);
+        QCOMPARE(settings.username, QStringLiteral("ivan"));
+        writeFile(name, "<Network><ProxyType>");
+        QVERIFY(!QTIFWUpdater::readNetworkSettings(name, settings, message));
+        QVERIFY2(message.startsWith("XML file parsing error.\n") &&
+                     message.contains("\nFile: " + QFileInfo(name).absoluteFilePath() + "\nLine 1:"),
+                 qPrintable(message));
     }
 
 private:
+    static void writeFile(const QString &name, const QByteArray &bytes) {
+        QFile f(name);
+        if (f.open(QIODevice::WriteOnly))
+            f.write(bytes);
+    }
     QString writeTool(const QString &body) {
         const QString name = m_dir->filePath(QStringLiteral("tool.sh"));
-        QFile f(name);
-        if (!f.open(QIODevice::WriteOnly))
-            return QString();
-        f.write("#!/bin/sh\n" + body.toUtf8() + "\n");
-        f.close();
-        f.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        writeFile(name, "#!/bin/sh\n" + body.toUtf8() + "\n");
+        QFile::setPermissions(name, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         return name;
     }
     QString readFile(const QString &name) {
