@@ -45,312 +45,296 @@ struct Session {
 class tst_Device : public QObject {
     Q_OBJECT
 private slots:
-    void sendingStepWritesTheHeadAndDropsIt();
-    void timeouts_data();
-    void timeouts();
-    void answerResetsTheRetryCounter();
-    void secondLossWhileUnresolvedIsNotRaisedAndAnAnswerRestores();
-    void timerDrivesTheTimeouts();
-    void chunks_data();
-    void chunks();
-    void shortChunkIsDroppedWithoutRetry();
-    void stopForgetsTheHeldHead();
-    void firmwareHandlerIsOfferedEveryChunkAndARequestBehindAnAnswer();
-    void queueSizeLine_data();
-    void queueSizeLine();
-    void trafficLogLines();
-    void passwordMasked_data();
-    void passwordMasked();
-    void replacingTheLink();
-};
-
-void tst_Device::sendingStepWritesTheHeadAndDropsIt() {
-    Session s;
-    s.queueThree();
-    QSignalSpy sent(s.device, &Device::frameSent);
-    s.device->sendNextCommand();
-    QCOMPARE(s.link->written, QList<QByteArray>{SystemRead});
-    QCOMPARE(s.protocol()->queueSize(), 2);
-    QVERIFY(s.device->isAnswerPending());
-    QCOMPARE(sent.count(), 1);
-    QCOMPARE(sent.at(0).at(0).toByteArray(), SystemRead);
-    // A link still connecting is written to, but no answer is awaited (the timer stays off).
-    s.device->stop();
-    s.link->linkState = Connection::Connecting;
-    s.device->sendNextCommand();
-    QCOMPARE(s.link->written.size(), 2);
-    QVERIFY(!s.device->isAnswerPending());
-    // Without a link the frame stays queued, though the attempt is logged.
-    s.device->setLink(nullptr);
-    s.protocol()->clearQueue();
-    s.protocol()->readSystem();
-    LogCapture capture;
-    s.device->sendNextCommand();
-    QCOMPARE(s.protocol()->queueSize(), 1);
-    QCOMPARE(capture.lines, QStringList{"Command a5a506000400910100009301"});
-}
-
-void tst_Device::timeouts_data() {
-    QTest::addColumn<int>("timeouts");
-    QTest::addColumn<int>("framesWritten");
-    QTest::addColumn<int>("losses");
-    // One frame is written by the first sending step; each time-out moves on to the next queued frame.
-    QTest::newRow("first time-out sends the second frame") << 1 << 2 << 0;
-    QTest::newRow("second time-out sends the third frame") << 2 << 3 << 0;
-    QTest::newRow("third time-out: queue empty, counter still rises") << 3 << 3 << 0;
-    QTest::newRow("fourth time-out: connection lost") << 4 << 3 << 1;
-    QTest::newRow("later time-outs: counter stays, no second loss") << 7 << 3 << 1;
-}
-
-void tst_Device::timeouts() {
-    QFETCH(int, timeouts);
-    QFETCH(int, framesWritten);
-    QFETCH(int, losses);
-    Session s;
-    s.queueThree();
-    QSignalSpy lost(s.device, &Device::connectionLost);
-    s.device->sendNextCommand();
-    LogCapture capture;
-    s.timeouts(timeouts);
-    QCOMPARE(s.link->written, (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}).mid(0, framesWritten));
-    const int retries = qMin(timeouts, 4);
-    QCOMPARE(s.device->retryCount(), retries);
-    QCOMPARE(lost.count(), losses);
-    QCOMPARE(capture.lines.filter(QStringLiteral("Повторная отправка")).last(),
-             QStringLiteral("Повторная отправка, попытка номер: %1").arg(retries));
-}
-
-void tst_Device::answerResetsTheRetryCounter() {
-    Session s;
-    QSignalSpy lost(s.device, &Device::connectionLost);
-    s.protocol()->readSystem();
-    s.device->sendNextCommand();
-    s.timeouts(3);
-    s.link->deliverNow(Executed);
-    QCOMPARE(s.device->retryCount(), 0);
-    s.timeouts(3);
-    QCOMPARE(s.device->retryCount(), 3);
-    QCOMPARE(lost.count(), 0);
-}
-
-void tst_Device::secondLossWhileUnresolvedIsNotRaisedAndAnAnswerRestores() {
-    Session s;
-    QSignalSpy lost(s.device, &Device::connectionLost);
-    QSignalSpy restored(s.device, &Device::connectionRestored);
-    s.link->deliverNow(Executed);
-    QCOMPARE(restored.count(), 0); // nothing was lost yet
-    s.timeouts(4);
-    QCOMPARE(lost.count(), 1);
-    QVERIFY(s.device->isConnectionLost());
-    // The window reconnects (counter back to 0) while its waiting dialog is still open.
-    s.device->resetRetries();
-    s.timeouts(4);
-    QCOMPARE(lost.count(), 1);
-    s.link->deliverNow(Executed);
-    QCOMPARE(restored.count(), 1);
-    QVERIFY(!s.device->isConnectionLost());
-    s.device->resolveConnectionLost();
-    s.device->resetRetries();
-    s.timeouts(4);
-    QCOMPARE(lost.count(), 2);
-}
-
-void tst_Device::timerDrivesTheTimeouts() {
-    Session s;
-    s.device->setResponseInterval(5);
-    QSignalSpy lost(s.device, &Device::connectionLost);
-    s.queueThree();
-    s.device->sendNextCommand();
-    QVERIFY(lost.wait(5000));
-    QCOMPARE(s.link->written.size(), 3);
-    QCOMPARE(s.device->retryCount(), 4);
-    s.link->opened = false; // closing the link stops the timer at its next tick
-    QTRY_VERIFY(!s.device->isAnswerPending());
-}
-
-void tst_Device::chunks_data() {
-    QTest::addColumn<QList<QByteArray>>("reads");
-    QTest::addColumn<bool>("reassembly");
-    QTest::addColumn<QList<QByteArray>>("accepted"); // payloads handed to the parser
-
-    const QByteArray payload = QByteArray::fromHex("118100000100");
-    const QByteArray other = QByteArray::fromHex("a5a5060006000381000001008381");
-    const QByteArray otherPayload = QByteArray::fromHex("038100000100");
-    const QByteArray loader = QByteArray::fromHex("550100000400000000910000") + QByteArray(8, '\0');
-    using L = QList<QByteArray>;
-    for (bool on : {true, false}) {
-        const char *mode = on ? " (joining)" : " (one chunk, one frame)";
-        QTest::addRow("N+8 accepted%s", mode) << L{Executed} << on << L{payload};
-        QTest::addRow("N+20 accepted, surplus cut%s", mode)
-            << L{Executed + QByteArray(12, 'x')} << on << L{payload};
-        QTest::addRow("N+7 not parsed%s", mode) << L{Executed.chopped(1)} << on << L{};
-        QTest::addRow("N+7 then a whole fresh answer%s", mode)
-            << L{Executed.chopped(1), other} << on << L{otherPayload};
-        QTest::addRow("two whole answers%s", mode) << L{Executed, other} << on << L{payload, otherPayload};
-        QTest::addRow("loader packet never reaches the parser%s", mode) << L{loader} << on << L{};
-    }
-    QTest::newRow("N+7 completed by the next read (joining)")
-        << L{Executed.chopped(1), Executed.right(1)} << true << L{payload};
-    QTest::newRow("N+7 and its last byte (one chunk, one frame)")
-        << L{Executed.chopped(1), Executed.right(1)} << false << L{};
-    QTest::newRow("split after the header (joining)")
-        << L{Executed.left(6), Executed.mid(6)} << true << L{payload};
-    QTest::newRow("split in three (joining)")
-        << L{Executed.left(3), Executed.mid(3, 5), Executed.mid(8)} << true << L{payload};
-    // Without markers the head is not held back, so the tail stands alone (and announces length 0).
-    QTest::newRow("garbage head is not held (joining)")
-        << L{QByteArray::fromHex("0102ff00"), Executed.mid(4)} << true << L{QByteArray()};
-}
-
-void tst_Device::chunks() {
-    QFETCH(QList<QByteArray>, reads);
-    QFETCH(bool, reassembly);
-    QFETCH(QList<QByteArray>, accepted);
-    Session s;
-    s.device->setReassembly(reassembly);
-    QList<QByteArray> parsed;
-    connect(s.device, &Device::answerAccepted, [&parsed](quint8, const QByteArray &p) { parsed << p; });
-    for (const QByteArray &r : reads)
-        s.link->deliverNow(r);
-    QCOMPARE(parsed, accepted);
-}
-
-void tst_Device::shortChunkIsDroppedWithoutRetry() {
-    Session s(FakeLink::Truncated);
-    s.device->setReassembly(false);
-    s.protocol()->readSystem();
-    s.protocol()->readFuel();
-    QSignalSpy dropped(s.device, &Device::chunkDropped);
-    QSignalSpy answered(s.device, &Device::answerAccepted);
-    s.device->sendNextCommand();
-    QVERIFY(dropped.wait(1000));
-    QCOMPARE(answered.count(), 0);
-    QVERIFY(!s.device->isAnswerPending());
-    QCOMPARE(s.link->written.size(), 1); // the fuel read waits for the next event
-    QCOMPARE(s.protocol()->queueSize(), 1);
-}
-
-void tst_Device::stopForgetsTheHeldHead() {
-    Session s;
-    s.protocol()->readSystem();
-    s.device->sendNextCommand();
-    QSignalSpy answered(s.device, &Device::answerAccepted);
-    s.link->deliverNow(Executed.left(6));
-    s.device->stop();
-    s.link->deliverNow(Executed.mid(6));
-    QCOMPARE(answered.count(), 0);
-    QVERIFY(!s.device->isAnswerPending());
-    QCOMPARE(s.protocol()->queueSize(), 0);
-}
-
-void tst_Device::firmwareHandlerIsOfferedEveryChunkAndARequestBehindAnAnswer() {
-    Session s;
-    QList<QByteArray> offered;
-    bool claim = true;
-    s.device->setFirmwareHandler([&](const QByteArray &chunk) {
-        offered << chunk;
-        return claim;
-    });
-    QSignalSpy answered(s.device, &Device::answerAccepted);
-    s.link->deliverNow(Executed);
-    QCOMPARE(answered.count(), 0);
-    QCOMPARE(offered, QList<QByteArray>{Executed});
-
-    // The loader's first request arriving in the same read as the mode answer is offered on its own too;
-    // other surplus is not.
-    claim = false;
-    offered.clear();
-    const QByteArray request = QByteArray::fromHex("550203120900110300901d1c");
-    const QByteArray updateAnswer = QByteArray::fromHex("a5a5070006000102000001000100");
-    s.link->deliverNow(updateAnswer + request);
-    s.link->deliverNow(updateAnswer + QByteArray::fromHex("00ff"));
-    QCOMPARE(answered.count(), 2);
-    QCOMPARE(offered, (QList<QByteArray>{updateAnswer + request, request,
-                                         updateAnswer + QByteArray::fromHex("00ff")}));
-}
-
-void tst_Device::queueSizeLine_data() {
-    QTest::addColumn<int>("queued");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("empty queue") << 0 << "Queue size: ";
-    QTest::newRow("one frame") << 1 << "ueue size: ";
-    QTest::newRow("five frames") << 5 << " size: ";
-    QTest::newRow("eleven frames") << 11 << " ";
-    QTest::newRow("twelve frames") << 12 << "";
-    QTest::newRow("twenty frames") << 20 << "";
-}
-
-void tst_Device::queueSizeLine() {
-    QFETCH(int, queued);
-    QFETCH(QString, line);
-    Session s;
-    for (int i = 0; i < queued; ++i)
+    void sendingStepWritesTheHeadAndDropsIt() {
+        Session s;
+        s.queueThree();
+        QSignalSpy sent(s.device, &Device::frameSent);
+        s.device->sendNextCommand();
+        QCOMPARE(s.link->written, QList<QByteArray>{SystemRead});
+        QCOMPARE(s.protocol()->queueSize(), 2);
+        QVERIFY(s.device->isAnswerPending());
+        QCOMPARE(sent.count(), 1);
+        QCOMPARE(sent.at(0).at(0).toByteArray(), SystemRead);
+        // A link still connecting is written to, but no answer is awaited (the timer stays off).
+        s.device->stop();
+        s.link->linkState = Connection::Connecting;
+        s.device->sendNextCommand();
+        QCOMPARE(s.link->written.size(), 2);
+        QVERIFY(!s.device->isAnswerPending());
+        // Without a link the frame stays queued, though the attempt is logged.
+        s.device->setLink(nullptr);
+        s.protocol()->clearQueue();
         s.protocol()->readSystem();
-    LogCapture capture;
-    s.link->deliverNow(Executed);
-    QVERIFY(capture.lines.size() >= 3);
-    QCOMPARE(capture.lines.at(2), line); // after the parser's status line, before the next command
-}
+        LogCapture capture;
+        s.device->sendNextCommand();
+        QCOMPARE(s.protocol()->queueSize(), 1);
+        QCOMPARE(capture.lines, QStringList{"Command a5a506000400910100009301"});
+    }
 
-void tst_Device::trafficLogLines() {
-    Session s;
-    s.protocol()->readSystem();
-    LogCapture capture;
-    s.device->sendNextCommand();
-    s.link->deliverNow(Executed + QByteArray::fromHex("00"));
-    s.device->onResponseTimeout();
-    QCOMPARE(
-        capture.lines,
-        (QStringList{"Command a5a506000400910100009301", "From device: a5a506000600118100000100918100: 15",
-                     "....Команду выполнил", "Queue size: ", "Повторная отправка, попытка номер: 1"}));
-    QCOMPARE(capture.unstamped, 0);
-}
+    void timeouts_data() {
+        QTest::addColumn<int>("timeouts");
+        QTest::addColumn<int>("framesWritten");
+        QTest::addColumn<int>("losses");
+        // One frame is written by the first sending step; each time-out moves on to the next queued frame.
+        QTest::newRow("first time-out sends the second frame") << 1 << 2 << 0;
+        QTest::newRow("second time-out sends the third frame") << 2 << 3 << 0;
+        QTest::newRow("third time-out: queue empty, counter still rises") << 3 << 3 << 0;
+        QTest::newRow("fourth time-out: connection lost") << 4 << 3 << 1;
+        QTest::newRow("later time-outs: counter stays, no second loss") << 7 << 3 << 1;
+    }
 
-void tst_Device::passwordMasked_data() {
-    QTest::addColumn<int>("request");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("login") << 0 << "Command a5a50700080001010000************";
-    QTest::newRow("password change") << 1 << "Command a5a50600080002010000************";
-    QTest::newRow("reset settings is not masked") << 2 << "Command a5a5070006000103000000000003";
-}
+    void timeouts() {
+        QFETCH(int, timeouts);
+        QFETCH(int, framesWritten);
+        QFETCH(int, losses);
+        Session s;
+        s.queueThree();
+        QSignalSpy lost(s.device, &Device::connectionLost);
+        s.device->sendNextCommand();
+        LogCapture capture;
+        s.timeouts(timeouts);
+        QCOMPARE(s.link->written,
+                 (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}).mid(0, framesWritten));
+        const int retries = qMin(timeouts, 4);
+        QCOMPARE(s.device->retryCount(), retries);
+        QCOMPARE(lost.count(), losses);
+        QCOMPARE(capture.lines.filter(QStringLiteral("Повторная отправка")).last(),
+                 QStringLiteral("Повторная отправка, попытка номер: %1").arg(retries));
+    }
 
-void tst_Device::passwordMasked() {
-    QFETCH(int, request);
-    QFETCH(QString, line);
-    Session s;
-    if (request == 0)
-        s.protocol()->login(0x12345678);
-    else if (request == 1)
-        s.protocol()->changePassword(0x0A0B0C0D);
-    else
-        s.protocol()->resetSettings();
-    LogCapture capture;
-    s.device->sendNextCommand();
-    QCOMPARE(capture.lines, QStringList{line});
-    QCOMPARE(s.link->written.first().size() * 2 + 8, line.size()); // the frame itself goes out whole
-    QVERIFY(!s.link->written.first().contains('*'));
-}
+    void answerResetsTheRetryCounter() {
+        Session s;
+        QSignalSpy lost(s.device, &Device::connectionLost);
+        s.protocol()->readSystem();
+        s.device->sendNextCommand();
+        s.timeouts(3);
+        s.link->deliverNow(Executed);
+        QCOMPARE(s.device->retryCount(), 0);
+        s.timeouts(3);
+        QCOMPARE(s.device->retryCount(), 3);
+        QCOMPARE(lost.count(), 0);
+    }
 
-void tst_Device::replacingTheLink() {
-    Session s;
-    QPointer<FakeLink> old = s.link;
-    auto *fresh = new FakeLink;
-    QSignalSpy changed(s.device, &Device::linkChanged);
-    s.device->setLink(fresh);
-    QCOMPARE(changed.count(), 1);
-    QVERIFY(!old->opened);
-    QSignalSpy answered(s.device, &Device::answerAccepted);
-    s.protocol()->readSystem();
-    s.device->sendNextCommand();
-    old->deliverNow(Executed); // a late answer on the old link is not ours
-    emit old->disconnected();
-    QCOMPARE(answered.count(), 0);
-    QVERIFY(s.device->isAnswerPending());
-    QTRY_VERIFY(old.isNull());
-    QCOMPARE(fresh->parent(), s.device);
-    fresh->deliverNow(Executed);
-    QCOMPARE(answered.count(), 1);
-}
+    void secondLossWhileUnresolvedIsNotRaisedAndAnAnswerRestores() {
+        Session s;
+        QSignalSpy lost(s.device, &Device::connectionLost);
+        QSignalSpy restored(s.device, &Device::connectionRestored);
+        s.link->deliverNow(Executed);
+        QCOMPARE(restored.count(), 0); // nothing was lost yet
+        s.timeouts(4);
+        QCOMPARE(lost.count(), 1);
+        QVERIFY(s.device->isConnectionLost());
+        // The window reconnects (counter back to 0) while its waiting dialog is still open.
+        s.device->resetRetries();
+        s.timeouts(4);
+        QCOMPARE(lost.count(), 1);
+        s.link->deliverNow(Executed);
+        QCOMPARE(restored.count(), 1);
+        QVERIFY(!s.device->isConnectionLost());
+        s.device->resolveConnectionLost();
+        s.device->resetRetries();
+        s.timeouts(4);
+        QCOMPARE(lost.count(), 2);
+    }
+
+    void timerDrivesTheTimeouts() {
+        Session s;
+        s.device->setResponseInterval(5);
+        QSignalSpy lost(s.device, &Device::connectionLost);
+        s.queueThree();
+        s.device->sendNextCommand();
+        QVERIFY(lost.wait(5000));
+        QCOMPARE(s.link->written.size(), 3);
+        QCOMPARE(s.device->retryCount(), 4);
+        s.link->opened = false; // closing the link stops the timer at its next tick
+        QTRY_VERIFY(!s.device->isAnswerPending());
+    }
+
+    void chunks_data() {
+        QTest::addColumn<QList<QByteArray>>("reads");
+        QTest::addColumn<bool>("reassembly");
+        QTest::addColumn<QList<QByteArray>>("accepted"); // payloads handed to the parser
+
+        const QByteArray payload = QByteArray::fromHex("118100000100");
+        const QByteArray other = QByteArray::fromHex("a5a5060006000381000001008381");
+        const QByteArray otherPayload = QByteArray::fromHex("038100000100");
+        const QByteArray loader = QByteArray::fromHex("550100000400000000910000") + QByteArray(8, '\0');
+        using L = QList<QByteArray>;
+        for (bool on : {true, false}) {
+            const char *mode = on ? " (joining)" : " (one chunk, one frame)";
+            QTest::addRow("N+8 accepted%s", mode) << L{Executed} << on << L{payload};
+            QTest::addRow("N+20 accepted, surplus cut%s", mode)
+                << L{Executed + QByteArray(12, 'x')} << on << L{payload};
+            QTest::addRow("N+7 not parsed%s", mode) << L{Executed.chopped(1)} << on << L{};
+            QTest::addRow("N+7 then a whole fresh answer%s", mode)
+                << L{Executed.chopped(1), other} << on << L{otherPayload};
+            QTest::addRow("two whole answers%s", mode)
+                << L{Executed, other} << on << L{payload, otherPayload};
+            QTest::addRow("loader packet never reaches the parser%s", mode) << L{loader} << on << L{};
+        }
+        QTest::newRow("N+7 completed by the next read (joining)")
+            << L{Executed.chopped(1), Executed.right(1)} << true << L{payload};
+        QTest::newRow("N+7 and its last byte (one chunk, one frame)")
+            << L{Executed.chopped(1), Executed.right(1)} << false << L{};
+        QTest::newRow("split after the header (joining)")
+            << L{Executed.left(6), Executed.mid(6)} << true << L{payload};
+        QTest::newRow("split in three (joining)")
+            << L{Executed.left(3), Executed.mid(3, 5), Executed.mid(8)} << true << L{payload};
+        // Without markers the head is not held back, so the tail stands alone (and announces length 0).
+        QTest::newRow("garbage head is not held (joining)")
+            << L{QByteArray::fromHex("0102ff00"), Executed.mid(4)} << true << L{QByteArray()};
+    }
+
+    void chunks() {
+        QFETCH(QList<QByteArray>, reads);
+        QFETCH(bool, reassembly);
+        QFETCH(QList<QByteArray>, accepted);
+        Session s;
+        s.device->setReassembly(reassembly);
+        QList<QByteArray> parsed;
+        connect(s.device, &Device::answerAccepted, [&parsed](quint8, const QByteArray &p) { parsed << p; });
+        for (const QByteArray &r : reads)
+            s.link->deliverNow(r);
+        QCOMPARE(parsed, accepted);
+    }
+
+    void shortChunkIsDroppedWithoutRetry() {
+        Session s(FakeLink::Truncated);
+        s.device->setReassembly(false);
+        s.protocol()->readSystem();
+        s.protocol()->readFuel();
+        QSignalSpy dropped(s.device, &Device::chunkDropped);
+        QSignalSpy answered(s.device, &Device::answerAccepted);
+        s.device->sendNextCommand();
+        QVERIFY(dropped.wait(1000));
+        QCOMPARE(answered.count(), 0);
+        QVERIFY(!s.device->isAnswerPending());
+        QCOMPARE(s.link->written.size(), 1); // the fuel read waits for the next event
+        QCOMPARE(s.protocol()->queueSize(), 1);
+    }
+
+    void stopForgetsTheHeldHead() {
+        Session s;
+        s.protocol()->readSystem();
+        s.device->sendNextCommand();
+        QSignalSpy answered(s.device, &Device::answerAccepted);
+        s.link->deliverNow(Executed.left(6));
+        s.device->stop();
+        s.link->deliverNow(Executed.mid(6));
+        QCOMPARE(answered.count(), 0);
+        QVERIFY(!s.device->isAnswerPending());
+        QCOMPARE(s.protocol()->queueSize(), 0);
+    }
+
+    void firmwareHandlerIsOfferedEveryChunkAndARequestBehindAnAnswer() {
+        Session s;
+        QList<QByteArray> offered;
+        bool claim = true;
+        s.device->setFirmwareHandler([&](const QByteArray &chunk) {
+            offered << chunk;
+            return claim;
+        });
+        QSignalSpy answered(s.device, &Device::answerAccepted);
+        s.link->deliverNow(Executed);
+        QCOMPARE(answered.count(), 0);
+        QCOMPARE(offered, QList<QByteArray>{Executed});
+
+        // The loader's first request arriving in the same read as the mode answer is offered on its own too;
+        // other surplus is not.
+        claim = false;
+        offered.clear();
+        const QByteArray request = QByteArray::fromHex("550203120900110300901d1c");
+        const QByteArray updateAnswer = QByteArray::fromHex("a5a5070006000102000001000100");
+        s.link->deliverNow(updateAnswer + request);
+        s.link->deliverNow(updateAnswer + QByteArray::fromHex("00ff"));
+        QCOMPARE(answered.count(), 2);
+        QCOMPARE(offered, (QList<QByteArray>{updateAnswer + request, request,
+                                             updateAnswer + QByteArray::fromHex("00ff")}));
+    }
+
+    void queueSizeLine_data() {
+        QTest::addColumn<int>("queued");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("empty queue") << 0 << "Queue size: ";
+        QTest::newRow("one frame") << 1 << "ueue size: ";
+        QTest::newRow("five frames") << 5 << " size: ";
+        QTest::newRow("eleven frames") << 11 << " ";
+        QTest::newRow("twelve frames") << 12 << "";
+        QTest::newRow("twenty frames") << 20 << "";
+    }
+
+    void queueSizeLine() {
+        QFETCH(int, queued);
+        QFETCH(QString, line);
+        Session s;
+        for (int i = 0; i < queued; ++i)
+            s.protocol()->readSystem();
+        LogCapture capture;
+        s.link->deliverNow(Executed);
+        QVERIFY(capture.lines.size() >= 3);
+        QCOMPARE(capture.lines.at(2), line); // after the parser's status line, before the next command
+    }
+
+    void trafficLogLines() {
+        Session s;
+        s.protocol()->readSystem();
+        LogCapture capture;
+        s.device->sendNextCommand();
+        s.link->deliverNow(Executed + QByteArray::fromHex("00"));
+        s.device->onResponseTimeout();
+        QCOMPARE(capture.lines,
+                 (QStringList{"Command a5a506000400910100009301",
+                              "From device: a5a506000600118100000100918100: 15", "....Команду выполнил",
+                              "Queue size: ", "Повторная отправка, попытка номер: 1"}));
+        QCOMPARE(capture.unstamped, 0);
+    }
+
+    void passwordMasked_data() {
+        QTest::addColumn<int>("request");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("login") << 0 << "Command a5a50700080001010000************";
+        QTest::newRow("password change") << 1 << "Command a5a50600080002010000************";
+        QTest::newRow("reset settings is not masked") << 2 << "Command a5a5070006000103000000000003";
+    }
+
+    void passwordMasked() {
+        QFETCH(int, request);
+        QFETCH(QString, line);
+        Session s;
+        if (request == 0)
+            s.protocol()->login(0x12345678);
+        else if (request == 1)
+            s.protocol()->changePassword(0x0A0B0C0D);
+        else
+            s.protocol()->resetSettings();
+        LogCapture capture;
+        s.device->sendNextCommand();
+        QCOMPARE(capture.lines, QStringList{line});
+        QCOMPARE(s.link->written.first().size() * 2 + 8, line.size()); // the frame itself goes out whole
+        QVERIFY(!s.link->written.first().contains('*'));
+    }
+
+    void replacingTheLink() {
+        Session s;
+        QPointer<FakeLink> old = s.link;
+        auto *fresh = new FakeLink;
+        QSignalSpy changed(s.device, &Device::linkChanged);
+        s.device->setLink(fresh);
+        QCOMPARE(changed.count(), 1);
+        QVERIFY(!old->opened);
+        QSignalSpy answered(s.device, &Device::answerAccepted);
+        s.protocol()->readSystem();
+        s.device->sendNextCommand();
+        old->deliverNow(Executed); // a late answer on the old link is not ours
+        emit old->disconnected();
+        QCOMPARE(answered.count(), 0);
+        QVERIFY(s.device->isAnswerPending());
+        QTRY_VERIFY(old.isNull());
+        QCOMPARE(fresh->parent(), s.device);
+        fresh->deliverNow(Executed);
+        QCOMPARE(answered.count(), 1);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_Device)
 #include "tst_device.moc"

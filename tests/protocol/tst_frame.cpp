@@ -13,126 +13,104 @@ QByteArray hex(const char *h) {
 class tst_Frame : public QObject {
     Q_OBJECT
 private slots:
-    void build_data();
-    void build();
-    void oddLastByteIsNotCovered();
-    void textFrame_data();
-    void textFrame();
-    void check_data();
-    void check();
-    void explain();
+    void build_data() {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QByteArray>("frame");
+        QTest::newRow("navigation read, the worked example")
+            << 6 << hex("83020000") << hex("a5a506000400830200008102");
+        QTest::newRow("empty payload, configuration") << 6 << QByteArray() << hex("a5a5060000000600");
+        QTest::newRow("empty payload, command") << 7 << QByteArray() << hex("a5a5070000000700");
+        QTest::newRow("odd payload") << 6 << hex("8301000005") << hex("a5a50600050083010000058001");
+        QTest::newRow("login with password")
+            << 7 << hex("0101000078563412") << hex("a5a50700080001010000785634124245");
+    }
+
+    void build() {
+        QFETCH(int, type);
+        QFETCH(QByteArray, payload);
+        QFETCH(QByteArray, frame);
+        QCOMPARE(Frame::build(quint8(type), payload).toHex(), frame.toHex());
+        proto::Packet packet{};
+        packet.type = quint8(type);
+        packet.length = 99;
+        packet.payload = payload;
+        Frame::build(packet);
+        QCOMPARE(int(packet.length), payload.size());
+        QCOMPARE(packet.frame, frame);
+    }
+
+    void oddLastByteIsNotCovered() {
+        const QByteArray a = Frame::build(6, hex("8301000005"));
+        const QByteArray b = Frame::build(6, hex("83010000ff"));
+        QVERIFY(a != b);
+        QCOMPARE(a.right(2).toHex(), b.right(2).toHex());
+        // The marker word is left out as well: only bytes from offset 2 count.
+        QCOMPARE(Frame::checksum(hex("0000060004008302")), Frame::checksum(hex("ffff060004008302")));
+    }
+
+    void textFrame_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("frame");
+        QTest::newRow("IMEI padded with zeros")
+            << "863071014478127" << hex("a5a50800140038363330373130313434373831323700000000001538");
+        QTest::newRow("longer text cut at 20")
+            << "12345678901234567890123" << hex("a5a50800140031323334353637383930313233343536373839301c00");
+        QTest::newRow("character above 255 becomes 0")
+            << QStringLiteral("1\u04102") << hex("a5a50800140031003200000000000000000000000000000000001f00");
+    }
+
+    void textFrame() {
+        QFETCH(QString, text);
+        QFETCH(QByteArray, frame);
+        const QByteArray built = Frame::textFrame(proto::ServerLoginPacketType, text);
+        QCOMPARE(built.size(), Frame::TextFrameSize);
+        QCOMPARE(built.toHex(), frame.toHex());
+    }
+
+    void check_data() {
+        QTest::addColumn<QByteArray>("chunk");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QByteArray>("payload");
+
+        const int accepted = int(Frame::ChunkKind::Accepted);
+        const int shortChunk = int(Frame::ChunkKind::Short);
+        const int firmware = int(Frame::ChunkKind::Firmware);
+        const QByteArray status = hex("a5a5060006009181000001009081");
+        const QByteArray statusPayload = hex("918100000100");
+
+        QTest::newRow("exactly N+8 accepted") << status << accepted << 6 << statusPayload;
+        QTest::newRow("N+7 dropped") << status.chopped(1) << shortChunk << 0 << QByteArray();
+        QTest::newRow("N+20 accepted, surplus ignored")
+            << status + QByteArray(12, 'w') << accepted << 6 << statusPayload;
+        QTest::newRow("markers and checksum not examined")
+            << hex("0000070004008201000000000000") << accepted << 7 << hex("82010000");
+        QTest::newRow("header only") << hex("a5a5060000000600") << accepted << 6 << QByteArray();
+        QTest::newRow("too short to hold a length") << hex("a5a50600") << shortChunk << 0 << QByteArray();
+        QTest::newRow("loader packet claimed")
+            << hex("550100000000000000910000") << firmware << 0 << QByteArray();
+        QTest::newRow("loader packet with 0x9f at offset 9")
+            << hex("5501000000000000009f") << firmware << 0 << QByteArray();
+        QTest::newRow("0x55 without 0x9x at offset 9 read as a frame")
+            << hex("55a5060002000000008100") << accepted << 6 << hex("0000");
+        QTest::newRow("0x55 too short for offset 9")
+            << hex("55010000ff00000000") << shortChunk << 0 << QByteArray();
+    }
+
+    void check() {
+        QFETCH(QByteArray, chunk);
+        QFETCH(int, kind);
+        QFETCH(int, type);
+        QFETCH(QByteArray, payload);
+        const Frame::Received r = Frame::check(chunk);
+        QCOMPARE(int(r.kind), kind);
+        QCOMPARE(int(r.type), type);
+        QCOMPARE(r.payload.toHex(), payload.toHex());
+        if (r.kind == Frame::ChunkKind::Accepted)
+            QCOMPARE(int(r.length), payload.size());
+    }
 };
-
-void tst_Frame::build_data() {
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QByteArray>("frame");
-    QTest::newRow("navigation read, the worked example")
-        << 6 << hex("83020000") << hex("a5a506000400830200008102");
-    QTest::newRow("empty payload, configuration") << 6 << QByteArray() << hex("a5a5060000000600");
-    QTest::newRow("empty payload, command") << 7 << QByteArray() << hex("a5a5070000000700");
-    QTest::newRow("odd payload") << 6 << hex("8301000005") << hex("a5a50600050083010000058001");
-    QTest::newRow("login with password")
-        << 7 << hex("0101000078563412") << hex("a5a50700080001010000785634124245");
-}
-
-void tst_Frame::build() {
-    QFETCH(int, type);
-    QFETCH(QByteArray, payload);
-    QFETCH(QByteArray, frame);
-    QCOMPARE(Frame::build(quint8(type), payload).toHex(), frame.toHex());
-    proto::Packet packet{};
-    packet.type = quint8(type);
-    packet.length = 99;
-    packet.payload = payload;
-    Frame::build(packet);
-    QCOMPARE(int(packet.length), payload.size());
-    QCOMPARE(packet.frame, frame);
-}
-
-void tst_Frame::oddLastByteIsNotCovered() {
-    const QByteArray a = Frame::build(6, hex("8301000005"));
-    const QByteArray b = Frame::build(6, hex("83010000ff"));
-    QVERIFY(a != b);
-    QCOMPARE(a.right(2).toHex(), b.right(2).toHex());
-    // The marker word is left out as well: only bytes from offset 2 count.
-    QCOMPARE(Frame::checksum(hex("0000060004008302")), Frame::checksum(hex("ffff060004008302")));
-}
-
-void tst_Frame::textFrame_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("frame");
-    QTest::newRow("IMEI padded with zeros")
-        << "863071014478127" << hex("a5a50800140038363330373130313434373831323700000000001538");
-    QTest::newRow("longer text cut at 20")
-        << "12345678901234567890123" << hex("a5a50800140031323334353637383930313233343536373839301c00");
-    QTest::newRow("character above 255 becomes 0")
-        << QStringLiteral("1\u04102") << hex("a5a50800140031003200000000000000000000000000000000001f00");
-}
-
-void tst_Frame::textFrame() {
-    QFETCH(QString, text);
-    QFETCH(QByteArray, frame);
-    const QByteArray built = Frame::textFrame(proto::ServerLoginPacketType, text);
-    QCOMPARE(built.size(), Frame::TextFrameSize);
-    QCOMPARE(built.toHex(), frame.toHex());
-}
-
-void tst_Frame::check_data() {
-    QTest::addColumn<QByteArray>("chunk");
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("payload");
-
-    const int accepted = int(Frame::ChunkKind::Accepted);
-    const int shortChunk = int(Frame::ChunkKind::Short);
-    const int firmware = int(Frame::ChunkKind::Firmware);
-    const QByteArray status = hex("a5a5060006009181000001009081");
-    const QByteArray statusPayload = hex("918100000100");
-
-    QTest::newRow("exactly N+8 accepted") << status << accepted << 6 << statusPayload;
-    QTest::newRow("N+7 dropped") << status.chopped(1) << shortChunk << 0 << QByteArray();
-    QTest::newRow("N+20 accepted, surplus ignored")
-        << status + QByteArray(12, 'w') << accepted << 6 << statusPayload;
-    QTest::newRow("markers and checksum not examined")
-        << hex("0000070004008201000000000000") << accepted << 7 << hex("82010000");
-    QTest::newRow("header only") << hex("a5a5060000000600") << accepted << 6 << QByteArray();
-    QTest::newRow("too short to hold a length") << hex("a5a50600") << shortChunk << 0 << QByteArray();
-    QTest::newRow("loader packet claimed")
-        << hex("550100000000000000910000") << firmware << 0 << QByteArray();
-    QTest::newRow("loader packet with 0x9f at offset 9")
-        << hex("5501000000000000009f") << firmware << 0 << QByteArray();
-    QTest::newRow("0x55 without 0x9x at offset 9 read as a frame")
-        << hex("55a5060002000000008100") << accepted << 6 << hex("0000");
-    QTest::newRow("0x55 too short for offset 9")
-        << hex("55010000ff00000000") << shortChunk << 0 << QByteArray();
-}
-
-void tst_Frame::check() {
-    QFETCH(QByteArray, chunk);
-    QFETCH(int, kind);
-    QFETCH(int, type);
-    QFETCH(QByteArray, payload);
-    const Frame::Received r = Frame::check(chunk);
-    QCOMPARE(int(r.kind), kind);
-    QCOMPARE(int(r.type), type);
-    QCOMPARE(r.payload.toHex(), payload.toHex());
-    if (r.kind == Frame::ChunkKind::Accepted)
-        QCOMPARE(int(r.length), payload.size());
-}
-
-void tst_Frame::explain() {
-    // {complete, checksumOk, code, operation, parameter}
-    const auto summary = [](const char *h) {
-        const Frame::Explanation e = Frame::explain(hex(h));
-        return QList<int>{e.complete, e.checksumOk, e.code, e.operation, e.parameter};
-    };
-    QCOMPARE(summary("a5a506000400830200008102"), (QList<int>{1, 1, 0x83, 2, 0}));
-    QCOMPARE(summary("a5a506000400830200008103"), (QList<int>{1, 0, 0x83, 2, 0}));
-    QCOMPARE(summary("a5a506000400840301008703"), (QList<int>{1, 1, 0x84, 3, 1}));
-    QCOMPARE(summary("a5a5060006009181"), (QList<int>{0, 0, -1, -1, -1}));
-    QCOMPARE(summary("a5a5070000000700"), (QList<int>{1, 1, -1, -1, -1}));
-}
 
 QTEST_GUILESS_MAIN(tst_Frame)
 #include "tst_frame.moc"

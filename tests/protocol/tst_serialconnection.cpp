@@ -50,110 +50,104 @@ struct Pty {
 class tst_SerialConnection : public QObject {
     Q_OBJECT
 private slots:
-    void recognition_data();
-    void recognition();
-    void recordShowsUnknownFields();
-    void opensAPseudoTerminal();
-    void failedOpenLogsBusyPort();
-    void vanishedPortIsASerialError();
-};
+    void recognition_data() {
+        QTest::addColumn<QList<SerialPortDescription>>("ports");
+        QTest::addColumn<int>("found");
+        QTest::addColumn<QString>("portName");
+        using L = QList<SerialPortDescription>;
+        QTest::newRow("no ports") << L{} << 0 << QString();
+        QTest::newRow("one tracker among others")
+            << L{port("ttyS0", -1, -1), port("ttyACM0", 0x2226, 0x0013), port("ttyUSB0", 0x0403, 0x6001)} << 1
+            << "ttyACM0";
+        QTest::newRow("product 0x0014 is another device")
+            << L{port("ttyACM0", 0x2226, 0x0014)} << 0 << QString();
+        QTest::newRow("vendor unknown, product matches") << L{port("ttyACM0", -1, 0x0013)} << 0 << QString();
+        QTest::newRow("two trackers: overflow, none opened")
+            << L{port("ttyACM0", 0x2226, 0x0013), port("ttyACM1", 0x2226, 0x0013)} << 2 << QString();
+    }
 
-void tst_SerialConnection::recognition_data() {
-    QTest::addColumn<QList<SerialPortDescription>>("ports");
-    QTest::addColumn<int>("found");
-    QTest::addColumn<QString>("portName");
-    using L = QList<SerialPortDescription>;
-    QTest::newRow("no ports") << L{} << 0 << QString();
-    QTest::newRow("one tracker among others")
-        << L{port("ttyS0", -1, -1), port("ttyACM0", 0x2226, 0x0013), port("ttyUSB0", 0x0403, 0x6001)} << 1
-        << "ttyACM0";
-    QTest::newRow("product 0x0014 is another device") << L{port("ttyACM0", 0x2226, 0x0014)} << 0 << QString();
-    QTest::newRow("vendor unknown, product matches") << L{port("ttyACM0", -1, 0x0013)} << 0 << QString();
-    QTest::newRow("two trackers: overflow, none opened")
-        << L{port("ttyACM0", 0x2226, 0x0013), port("ttyACM1", 0x2226, 0x0013)} << 2 << QString();
-}
+    void recognition() {
+        QFETCH(QList<SerialPortDescription>, ports);
+        QFETCH(int, found);
+        QFETCH(QString, portName);
+        SerialConnection link;
+        link.setPortLister([ports] { return ports; });
+        QSignalSpy overflow(&link, &Connection::deviceOverflow);
+        QCOMPARE(link.findDevices(), found);
+        QCOMPARE(link.devices().size(), found);
+        QCOMPARE(link.portName(), portName);
+        QCOMPARE(overflow.count(), found > 1 ? 1 : 0);
+        if (found > 1)
+            QVERIFY(!link.open());
+    }
 
-void tst_SerialConnection::recognition() {
-    QFETCH(QList<SerialPortDescription>, ports);
-    QFETCH(int, found);
-    QFETCH(QString, portName);
-    SerialConnection link;
-    link.setPortLister([ports] { return ports; });
-    QSignalSpy overflow(&link, &Connection::deviceOverflow);
-    QCOMPARE(link.findDevices(), found);
-    QCOMPARE(link.devices().size(), found);
-    QCOMPARE(link.portName(), portName);
-    QCOMPARE(overflow.count(), found > 1 ? 1 : 0);
-    if (found > 1)
+    void recordShowsUnknownFields() {
+        const SerialPortRecord r = SerialConnection::record(port("ttyACM3", 0x2226, 0x0013, QString()));
+        QCOMPARE(r.portName, QStringLiteral("ttyACM3"));
+        QCOMPARE(r.manufacturer, QStringLiteral(" - "));
+        QCOMPARE(r.description, QStringLiteral(" - "));
+        QCOMPARE(r.vendorIdentifier, QStringLiteral("2226"));
+        QCOMPARE(r.productIdentifier, QStringLiteral("13"));
+        const SerialPortRecord none = SerialConnection::record(port("ttyS0", -1, -1));
+        QCOMPARE(none.vendorIdentifier, QStringLiteral(" - "));
+        QCOMPARE(none.productIdentifier, QStringLiteral(" - "));
+    }
+
+    void opensAPseudoTerminal() {
+        Pty pty;
+        if (pty.slavePath.isEmpty())
+            QSKIP("no pseudo-terminals here");
+        // An answer left over from an earlier session must not greet this one.
+        pty.put(QByteArray::fromHex("a5a5070004008201000081010000"));
+        SerialConnection link(pty.slavePath);
+        QSignalSpy connected(&link, &Connection::connected);
+        QSignalSpy errors(&link, &Connection::error);
+        QCOMPARE(link.state(), int(Connection::Closed));
+        QVERIFY(link.open());
+        QCOMPARE(connected.count(), 1);
+        QCOMPARE(link.state(), int(Connection::Connected));
+        const QByteArray answer = QByteArray::fromHex("a5a5060006001181000001009181");
+        pty.put(answer);
+        QByteArray received;
+        QTRY_VERIFY((received += link.readAll()).size() >= answer.size());
+        QCOMPARE(received, answer);
+        QCOMPARE(errors.count(), 0); // refused modem-line requests of a pty are not link errors
+        QSignalSpy disconnected(&link, &Connection::disconnected);
+        link.close();
+        QCOMPARE(disconnected.count(), 1);
+        QCOMPARE(link.state(), int(Connection::Closed));
+    }
+
+    void failedOpenLogsBusyPort() {
+        SerialConnection link(QStringLiteral("/nonexistent/ttyTavrel"));
+        QSignalSpy errors(&link, &Connection::error);
+        QSignalSpy connected(&link, &Connection::connected);
+        LogCapture capture;
         QVERIFY(!link.open());
-}
+        QCOMPARE(capture.lines, QStringList{"Busy port"});
+        QCOMPARE(errors.count() + connected.count(), 0);
+        QCOMPARE(link.state(), int(Connection::Closed));
+    }
 
-void tst_SerialConnection::recordShowsUnknownFields() {
-    const SerialPortRecord r = SerialConnection::record(port("ttyACM3", 0x2226, 0x0013, QString()));
-    QCOMPARE(r.portName, QStringLiteral("ttyACM3"));
-    QCOMPARE(r.manufacturer, QStringLiteral(" - "));
-    QCOMPARE(r.description, QStringLiteral(" - "));
-    QCOMPARE(r.vendorIdentifier, QStringLiteral("2226"));
-    QCOMPARE(r.productIdentifier, QStringLiteral("13"));
-    const SerialPortRecord none = SerialConnection::record(port("ttyS0", -1, -1));
-    QCOMPARE(none.vendorIdentifier, QStringLiteral(" - "));
-    QCOMPARE(none.productIdentifier, QStringLiteral(" - "));
-}
-
-void tst_SerialConnection::opensAPseudoTerminal() {
-    Pty pty;
-    if (pty.slavePath.isEmpty())
-        QSKIP("no pseudo-terminals here");
-    // An answer left over from an earlier session must not greet this one.
-    pty.put(QByteArray::fromHex("a5a5070004008201000081010000"));
-    SerialConnection link(pty.slavePath);
-    QSignalSpy connected(&link, &Connection::connected);
-    QSignalSpy errors(&link, &Connection::error);
-    QCOMPARE(link.state(), int(Connection::Closed));
-    QVERIFY(link.open());
-    QCOMPARE(connected.count(), 1);
-    QCOMPARE(link.state(), int(Connection::Connected));
-    const QByteArray answer = QByteArray::fromHex("a5a5060006001181000001009181");
-    pty.put(answer);
-    QByteArray received;
-    QTRY_VERIFY((received += link.readAll()).size() >= answer.size());
-    QCOMPARE(received, answer);
-    QCOMPARE(errors.count(), 0); // refused modem-line requests of a pty are not link errors
-    QSignalSpy disconnected(&link, &Connection::disconnected);
-    link.close();
-    QCOMPARE(disconnected.count(), 1);
-    QCOMPARE(link.state(), int(Connection::Closed));
-}
-
-void tst_SerialConnection::failedOpenLogsBusyPort() {
-    SerialConnection link(QStringLiteral("/nonexistent/ttyTavrel"));
-    QSignalSpy errors(&link, &Connection::error);
-    QSignalSpy connected(&link, &Connection::connected);
-    LogCapture capture;
-    QVERIFY(!link.open());
-    QCOMPARE(capture.lines, QStringList{"Busy port"});
-    QCOMPARE(errors.count() + connected.count(), 0);
-    QCOMPARE(link.state(), int(Connection::Closed));
-}
-
-void tst_SerialConnection::vanishedPortIsASerialError() {
-    Pty pty;
-    if (pty.slavePath.isEmpty())
-        QSKIP("no pseudo-terminals here");
-    SerialConnection link(pty.slavePath);
-    QVERIFY(link.open());
-    QSignalSpy errors(&link, &Connection::error);
-    QSignalSpy disconnected(&link, &Connection::disconnected);
-    ::close(pty.master); // like pulling the cable
-    pty.master = -1;
-    QTRY_COMPARE(disconnected.count(), 1);
-    QCOMPARE(errors.count(), 1);
-    QCOMPARE(errors.first().at(0).toInt(), int(Connection::SerialError));
-    // A vanished pseudo-terminal reads as a read error, a pulled USB cable as a resource error.
-    const int code = errors.first().at(1).toInt();
-    QVERIFY(code == int(QSerialPort::ReadError) || code == int(QSerialPort::ResourceError));
-    QVERIFY(!link.isOpen());
-}
+    void vanishedPortIsASerialError() {
+        Pty pty;
+        if (pty.slavePath.isEmpty())
+            QSKIP("no pseudo-terminals here");
+        SerialConnection link(pty.slavePath);
+        QVERIFY(link.open());
+        QSignalSpy errors(&link, &Connection::error);
+        QSignalSpy disconnected(&link, &Connection::disconnected);
+        ::close(pty.master); // like pulling the cable
+        pty.master = -1;
+        QTRY_COMPARE(disconnected.count(), 1);
+        QCOMPARE(errors.count(), 1);
+        QCOMPARE(errors.first().at(0).toInt(), int(Connection::SerialError));
+        // A vanished pseudo-terminal reads as a read error, a pulled USB cable as a resource error.
+        const int code = errors.first().at(1).toInt();
+        QVERIFY(code == int(QSerialPort::ReadError) || code == int(QSerialPort::ResourceError));
+        QVERIFY(!link.isOpen());
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_SerialConnection)
 #include "tst_serialconnection.moc"

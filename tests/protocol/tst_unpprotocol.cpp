@@ -20,165 +20,159 @@ Q_DECLARE_METATYPE(Op)
 class tst_UNPProtocol : public QObject {
     Q_OBJECT
 private slots:
-    void requestFrames_data();
-    void requestFrames();
-    void writesCarryTheSectionEncoders();
-    void writesWithoutSectionOrElementSendNothing();
-    void queueOperations();
-};
-
-void tst_UNPProtocol::requestFrames_data() {
-    QTest::addColumn<Op>("op");
-    QTest::addColumn<QStringList>("frames");
-    ROW("readNavigation: block 3 first", readNavigation(), "a5a506000400830300008103",
-        "a5a506000400830200008102");
-    ROW("readNavigationBlock2", readNavigationBlock2(), "a5a506000400830200008102");
-    ROW("readNavigationBlock3", readNavigationBlock3(), "a5a506000400830300008103");
-    ROW("readFuel", readFuel(), "a5a506000400880100008a01");
-    ROW("readCode9", readCode9(), "a5a506000400890100008b01");
-    ROW("readAnalogInputs", readAnalogInputs(), "a5a5060004008c0200008e02");
-    ROW("readLogicInputs", readLogicInputs(), "a5a5060004008d0200008f02");
-    ROW("readOutputs", readOutputs(), "a5a5060004008e0100008c01");
-    ROW("readDeviceInfo(1)", readDeviceInfo(1), "a5a506000400810100008301");
-    ROW("readDeviceInfo(2)", readDeviceInfo(2), "a5a506000400810200008302");
-    ROW("readServers", readServers(), "a5a506000400900100009201");
-    ROW("readGsm: block 3 of SIM 1, then block 4", readGsm(), "a5a506000400840300008603",
-        "a5a506000400840400008604");
-    ROW("readGsmBlock3(1)", readGsmBlock3(1), "a5a506000400840301008703");
-    ROW("readGsmBlock4", readGsmBlock4(), "a5a506000400840400008604");
-    ROW("readSystem", readSystem(), "a5a506000400910100009301");
-    ROW("readTelemetryDeviceState", readTelemetryDeviceState(), "a5a507000400820a0000810a");
-    ROW("readTelemetry09", readTelemetry09(), "a5a507000400820900008109");
-    ROW("readTelemetryClock", readTelemetryClock(), "a5a507000400820b0000810b");
-    ROW("readTelemetry0C", readTelemetry0C(), "a5a507000400820c0000810c");
-    ROW("readTelemetryNavReceivers", readTelemetryNavReceivers(), "a5a507000400820e0000810e");
-    ROW("readTelemetryServers", readTelemetryServers(), "a5a507000400820f0000810f");
-    ROW("readTelemetryNavSummary", readTelemetryNavSummary(), "a5a507000400821000008110");
-    ROW("readTelemetryAnalogInputs", readTelemetryAnalogInputs(), "a5a507000400821100008111");
-    ROW("readTelemetryLogicInputs", readTelemetryLogicInputs(), "a5a507000400821200008112");
-    ROW("readTelemetryFuel", readTelemetryFuel(), "a5a507000400821300008113");
-    ROW("readTelemetry14", readTelemetry14(), "a5a507000400821400008114");
-    ROW("readTelemetryState21", readTelemetryState21(), "a5a507000400821500008115");
-    ROW("readTelemetryState22", readTelemetryState22(), "a5a507000400821600008116");
-    ROW("readTelemetrySim", readTelemetrySim(), "a5a507000400821700008117");
-    ROW("readTelemetryGsmRegistration", readTelemetryGsmRegistration(), "a5a507000400821800008118");
-    ROW("enterFirmwareUpdate", enterFirmwareUpdate(), "a5a507000400010200000202");
-    ROW("login", login(0x12345678), "a5a50700080001010000785634124245");
-    ROW("changePassword", changePassword(0x0A0B0C0D), "a5a506000800020100000d0c0b0a0a07");
-    ROW("resetSettings: argument 0", resetSettings(), "a5a5070006000103000000000003");
-    ROW("clearMemory: argument 1", clearMemory(), "a5a5070006000103000001000103");
-    ROW("writeNavigation: block 3 first", writeNavigation(), "a5a50600080003030000+4",
-        "a5a506000a0003020000+6");
-    ROW("writeGsm: (3,0) (3,1) (4,0) (4,1)", writeGsm(), "a5a50600640004030000+96", "a5a50600640004030100+96",
-        "a5a50600160004040000+18", "a5a50600160004040100+18");
-    ROW("writeFuel", writeFuel(), "a5a506001e0008010000+26");
-    ROW("writeCode9: no body", writeCode9(), "a5a506000400090100000b01");
-    ROW("writeAnalogInput(2)", writeAnalogInput(2), "a5a506000e000c020200+10");
-    ROW("writeLogicInput(1)", writeLogicInput(1), "a5a5060006000d020100+2");
-    ROW("setOutputs: command packet", setOutputs(), "a5a50700080002090000+4");
-    ROW("writeServer(0)", writeServer(0), "a5a506002a0010010000+38");
-    ROW("sendText", sendText(8, QStringLiteral("863071014478127")),
-        "a5a50800140038363330373130313434373831323700000000001538");
-    ROW("writeSystem", writeSystem(), "a5a50600080011010000+4");
-    ROW("setOutput(1, 2)", setOutput(1, 2), "a5a5060006000e01020001000d01");
-    ROW("writeOutputParameters: caller's head, command packet", writeOutputParameters(0x0E, 0x05),
-        "a5a5070008000e050000+4");
-}
-
-void tst_UNPProtocol::requestFrames() {
-    QFETCH(Op, op);
-    QFETCH(QStringList, frames);
-    QObject owner;
-    UNPProtocol protocol(makeConfiguration(&owner));
-    op(protocol);
-    QCOMPARE(protocol.queueSize(), frames.size());
-    for (int i = 0; i < frames.size(); ++i) {
-        const QByteArray got = protocol.queue().at(i);
-        const QStringList parts = frames.at(i).split(QLatin1Char('+'));
-        const QByteArray prefix = QByteArray::fromHex(parts.at(0).toLatin1());
-        const int size = parts.size() == 1 ? prefix.size() : prefix.size() + parts.at(1).toInt() + 2;
-        QVERIFY2(got.startsWith(prefix) && got.size() == size, got.toHex().constData());
-        QVERIFY(proto::Frame::explain(got).checksumOk);
+    void requestFrames_data() {
+        QTest::addColumn<Op>("op");
+        QTest::addColumn<QStringList>("frames");
+        ROW("readNavigation: block 3 first", readNavigation(), "a5a506000400830300008103",
+            "a5a506000400830200008102");
+        ROW("readNavigationBlock2", readNavigationBlock2(), "a5a506000400830200008102");
+        ROW("readNavigationBlock3", readNavigationBlock3(), "a5a506000400830300008103");
+        ROW("readFuel", readFuel(), "a5a506000400880100008a01");
+        ROW("readCode9", readCode9(), "a5a506000400890100008b01");
+        ROW("readAnalogInputs", readAnalogInputs(), "a5a5060004008c0200008e02");
+        ROW("readLogicInputs", readLogicInputs(), "a5a5060004008d0200008f02");
+        ROW("readOutputs", readOutputs(), "a5a5060004008e0100008c01");
+        ROW("readDeviceInfo(1)", readDeviceInfo(1), "a5a506000400810100008301");
+        ROW("readDeviceInfo(2)", readDeviceInfo(2), "a5a506000400810200008302");
+        ROW("readServers", readServers(), "a5a506000400900100009201");
+        ROW("readGsm: block 3 of SIM 1, then block 4", readGsm(), "a5a506000400840300008603",
+            "a5a506000400840400008604");
+        ROW("readGsmBlock3(1)", readGsmBlock3(1), "a5a506000400840301008703");
+        ROW("readGsmBlock4", readGsmBlock4(), "a5a506000400840400008604");
+        ROW("readSystem", readSystem(), "a5a506000400910100009301");
+        ROW("readTelemetryDeviceState", readTelemetryDeviceState(), "a5a507000400820a0000810a");
+        ROW("readTelemetry09", readTelemetry09(), "a5a507000400820900008109");
+        ROW("readTelemetryClock", readTelemetryClock(), "a5a507000400820b0000810b");
+        ROW("readTelemetry0C", readTelemetry0C(), "a5a507000400820c0000810c");
+        ROW("readTelemetryNavReceivers", readTelemetryNavReceivers(), "a5a507000400820e0000810e");
+        ROW("readTelemetryServers", readTelemetryServers(), "a5a507000400820f0000810f");
+        ROW("readTelemetryNavSummary", readTelemetryNavSummary(), "a5a507000400821000008110");
+        ROW("readTelemetryAnalogInputs", readTelemetryAnalogInputs(), "a5a507000400821100008111");
+        ROW("readTelemetryLogicInputs", readTelemetryLogicInputs(), "a5a507000400821200008112");
+        ROW("readTelemetryFuel", readTelemetryFuel(), "a5a507000400821300008113");
+        ROW("readTelemetry14", readTelemetry14(), "a5a507000400821400008114");
+        ROW("readTelemetryState21", readTelemetryState21(), "a5a507000400821500008115");
+        ROW("readTelemetryState22", readTelemetryState22(), "a5a507000400821600008116");
+        ROW("readTelemetrySim", readTelemetrySim(), "a5a507000400821700008117");
+        ROW("readTelemetryGsmRegistration", readTelemetryGsmRegistration(), "a5a507000400821800008118");
+        ROW("enterFirmwareUpdate", enterFirmwareUpdate(), "a5a507000400010200000202");
+        ROW("login", login(0x12345678), "a5a50700080001010000785634124245");
+        ROW("changePassword", changePassword(0x0A0B0C0D), "a5a506000800020100000d0c0b0a0a07");
+        ROW("resetSettings: argument 0", resetSettings(), "a5a5070006000103000000000003");
+        ROW("clearMemory: argument 1", clearMemory(), "a5a5070006000103000001000103");
+        ROW("writeNavigation: block 3 first", writeNavigation(), "a5a50600080003030000+4",
+            "a5a506000a0003020000+6");
+        ROW("writeGsm: (3,0) (3,1) (4,0) (4,1)", writeGsm(), "a5a50600640004030000+96",
+            "a5a50600640004030100+96", "a5a50600160004040000+18", "a5a50600160004040100+18");
+        ROW("writeFuel", writeFuel(), "a5a506001e0008010000+26");
+        ROW("writeCode9: no body", writeCode9(), "a5a506000400090100000b01");
+        ROW("writeAnalogInput(2)", writeAnalogInput(2), "a5a506000e000c020200+10");
+        ROW("writeLogicInput(1)", writeLogicInput(1), "a5a5060006000d020100+2");
+        ROW("setOutputs: command packet", setOutputs(), "a5a50700080002090000+4");
+        ROW("writeServer(0)", writeServer(0), "a5a506002a0010010000+38");
+        ROW("sendText", sendText(8, QStringLiteral("863071014478127")),
+            "a5a50800140038363330373130313434373831323700000000001538");
+        ROW("writeSystem", writeSystem(), "a5a50600080011010000+4");
+        ROW("setOutput(1, 2)", setOutput(1, 2), "a5a5060006000e01020001000d01");
+        ROW("writeOutputParameters: caller's head, command packet", writeOutputParameters(0x0E, 0x05),
+            "a5a5070008000e050000+4");
     }
-}
 
-void tst_UNPProtocol::writesCarryTheSectionEncoders() {
-    QObject owner;
-    kd::Configuration *cfg = makeConfiguration(&owner);
-    auto *system = section<kd::SystemConfiguration>(cfg, kd::keys::System);
-    system->value()->setParkingMin(5);
-    auto *out = section<kd::OutputConfiguration>(cfg, kd::keys::Output);
-    out->value()->setStates({1, 0, 1, 1});
-    out->value()->setOutNum(3);
-    UNPProtocol protocol(cfg);
-    protocol.writeSystem();
-    protocol.setOutputs();
-    protocol.writeOutputParameters(0x0E, 0x05);
-    protocol.writeServer(0);
-    const auto body = [&](int i) {
-        return protocol.queue().at(i).mid(proto::Frame::PayloadOffset).chopped(2);
-    };
-    QCOMPARE(body(0), system->encode());
-    QCOMPARE(body(1).toHex(), QByteArray("0209000001000101"));
-    QCOMPARE(body(2), out->encodeParameters(0x0E, 0x05));
-    QCOMPARE(body(3), section<kd::ServerConfiguration>(cfg, kd::keys::Server)->encode(0));
-}
+    void requestFrames() {
+        QFETCH(Op, op);
+        QFETCH(QStringList, frames);
+        QObject owner;
+        UNPProtocol protocol(makeConfiguration(&owner));
+        op(protocol);
+        QCOMPARE(protocol.queueSize(), frames.size());
+        for (int i = 0; i < frames.size(); ++i) {
+            const QByteArray got = protocol.queue().at(i);
+            const QStringList parts = frames.at(i).split(QLatin1Char('+'));
+            const QByteArray prefix = QByteArray::fromHex(parts.at(0).toLatin1());
+            const int size = parts.size() == 1 ? prefix.size() : prefix.size() + parts.at(1).toInt() + 2;
+            QVERIFY2(got.startsWith(prefix) && got.size() == size, got.toHex().constData());
+            QVERIFY(proto::Frame::explain(got).checksumOk);
+        }
+    }
 
-void tst_UNPProtocol::writesWithoutSectionOrElementSendNothing() {
-    UNPProtocol bare;
-    bare.writeNavigation();
-    bare.writeGsm();
-    bare.writeFuel();
-    bare.writeSystem();
-    bare.writeAnalogInput(0);
-    bare.setOutputs();
-    QCOMPARE(bare.queueSize(), 0);
+    void writesCarryTheSectionEncoders() {
+        QObject owner;
+        kd::Configuration *cfg = makeConfiguration(&owner);
+        auto *system = section<kd::SystemConfiguration>(cfg, kd::keys::System);
+        system->value()->setParkingMin(5);
+        auto *out = section<kd::OutputConfiguration>(cfg, kd::keys::Output);
+        out->value()->setStates({1, 0, 1, 1});
+        out->value()->setOutNum(3);
+        UNPProtocol protocol(cfg);
+        protocol.writeSystem();
+        protocol.setOutputs();
+        protocol.writeOutputParameters(0x0E, 0x05);
+        protocol.writeServer(0);
+        const auto body = [&](int i) {
+            return protocol.queue().at(i).mid(proto::Frame::PayloadOffset).chopped(2);
+        };
+        QCOMPARE(body(0), system->encode());
+        QCOMPARE(body(1).toHex(), QByteArray("0209000001000101"));
+        QCOMPARE(body(2), out->encodeParameters(0x0E, 0x05));
+        QCOMPARE(body(3), section<kd::ServerConfiguration>(cfg, kd::keys::Server)->encode(0));
+    }
 
-    QObject owner;
-    UNPProtocol protocol(makeConfiguration(&owner, 3, 2, 1));
-    protocol.writeAnalogInput(3);
-    protocol.writeAnalogInput(-1);
-    protocol.writeLogicInput(2);
-    protocol.writeServer(1);
-    QCOMPARE(protocol.queueSize(), 0);
-    // A GSM section with one SIM writes that SIM's two blocks and no empty packets for the second.
-    auto *oneSim = new kd::Configuration(&owner);
-    oneSim->registerItem(QLatin1String(kd::keys::Gsm), new kd::GSMConfiguration(1, oneSim));
-    protocol.setConfiguration(oneSim);
-    protocol.writeGsm();
-    QCOMPARE(protocol.queueSize(), 2);
-    QCOMPARE(protocol.queue().at(1).mid(proto::Frame::PayloadOffset, 3).toHex(), QByteArray("040400"));
-}
+    void writesWithoutSectionOrElementSendNothing() {
+        UNPProtocol bare;
+        bare.writeNavigation();
+        bare.writeGsm();
+        bare.writeFuel();
+        bare.writeSystem();
+        bare.writeAnalogInput(0);
+        bare.setOutputs();
+        QCOMPARE(bare.queueSize(), 0);
 
-void tst_UNPProtocol::queueOperations() {
-    const QByteArray system = QByteArray::fromHex("a5a506000400910100009301");
-    const QByteArray fuel = QByteArray::fromHex("a5a506000400880100008a01");
-    UNPProtocol protocol;
-    QVERIFY(!protocol.peekNext());
-    protocol.readSystem();
-    protocol.readFuel();
-    QVERIFY(protocol.peekNext());
-    QCOMPARE(protocol.current(), system);
-    QCOMPARE(protocol.queueSize(), 2); // peeking leaves the frame queued
-    // The current packet (the fuel read) once more, now at the head.
-    protocol.enqueueFrameFirst();
-    QCOMPARE(protocol.queue(), (QList<QByteArray>{fuel, system, fuel}));
-    // A text frame is built apart from the current packet.
-    protocol.sendText(proto::ServerLoginPacketType, QStringLiteral("1"));
-    QCOMPARE(protocol.packet().frame, fuel);
-    protocol.dropFirst();
-    QVERIFY(protocol.peekNext());
-    QCOMPARE(protocol.current(), system);
-    protocol.clearQueue();
-    protocol.dropFirst();
-    QCOMPARE(protocol.queueSize(), 0);
-    QVERIFY(!protocol.peekNext());
+        QObject owner;
+        UNPProtocol protocol(makeConfiguration(&owner, 3, 2, 1));
+        protocol.writeAnalogInput(3);
+        protocol.writeAnalogInput(-1);
+        protocol.writeLogicInput(2);
+        protocol.writeServer(1);
+        QCOMPARE(protocol.queueSize(), 0);
+        // A GSM section with one SIM writes that SIM's two blocks and no empty packets for the second.
+        auto *oneSim = new kd::Configuration(&owner);
+        oneSim->registerItem(QLatin1String(kd::keys::Gsm), new kd::GSMConfiguration(1, oneSim));
+        protocol.setConfiguration(oneSim);
+        protocol.writeGsm();
+        QCOMPARE(protocol.queueSize(), 2);
+        QCOMPARE(protocol.queue().at(1).mid(proto::Frame::PayloadOffset, 3).toHex(), QByteArray("040400"));
+    }
 
-    protocol.changePassword(1111);
-    protocol.changePassword(2222);
-    protocol.login(3333);
-    QCOMPARE(protocol.lastPassword(), 2222u);
-}
+    void queueOperations() {
+        const QByteArray system = QByteArray::fromHex("a5a506000400910100009301");
+        const QByteArray fuel = QByteArray::fromHex("a5a506000400880100008a01");
+        UNPProtocol protocol;
+        QVERIFY(!protocol.peekNext());
+        protocol.readSystem();
+        protocol.readFuel();
+        QVERIFY(protocol.peekNext());
+        QCOMPARE(protocol.current(), system);
+        QCOMPARE(protocol.queueSize(), 2); // peeking leaves the frame queued
+        // The current packet (the fuel read) once more, now at the head.
+        protocol.enqueueFrameFirst();
+        QCOMPARE(protocol.queue(), (QList<QByteArray>{fuel, system, fuel}));
+        // A text frame is built apart from the current packet.
+        protocol.sendText(proto::ServerLoginPacketType, QStringLiteral("1"));
+        QCOMPARE(protocol.packet().frame, fuel);
+        protocol.dropFirst();
+        QVERIFY(protocol.peekNext());
+        QCOMPARE(protocol.current(), system);
+        protocol.clearQueue();
+        protocol.dropFirst();
+        QCOMPARE(protocol.queueSize(), 0);
+        QVERIFY(!protocol.peekNext());
+
+        protocol.changePassword(1111);
+        protocol.changePassword(2222);
+        protocol.login(3333);
+        QCOMPARE(protocol.lastPassword(), 2222u);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_UNPProtocol)
 #include "tst_unpprotocol.moc"
