@@ -91,14 +91,6 @@ private slots:
         QCOMPARE(b.left(8).toHex(' '), QByteArray("38 31 00 00 e7 ff 29 00"));
         QCOMPARE(DeviceStateRecord::fromBytes(b).boardTemperature, qint16(-25));
     }
-
-    void gsmRegistration_andSimStateCodes() {
-        const GsmRegistrationRecord g =
-            GsmRegistrationRecord::fromBytes(QByteArray::fromHex("02 05 17 00 a9 61 00 00"));
-        QCOMPARE(GsmRegistration(g.registration), GsmRegistration::Roaming);
-        QCOMPARE(g.operatorCode, 25001u);
-        QCOMPARE(SimState(SimStateRecord::fromBytes(QByteArray::fromHex("08 00")).code()), SimState::Absent);
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_TelemetryRecords)
