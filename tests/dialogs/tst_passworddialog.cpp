@@ -10,51 +10,49 @@ class tst_PasswordDialog : public QObject {
     Q_OBJECT
 
 private slots:
-    void editIsMaskedSensitiveInputUnderItsPrompt();
-    void everyEditConvertsThePassword_data();
-    void everyEditConvertsThePassword();
-    void okAcceptsWithThePassword();
+    void editIsMaskedSensitiveInputUnderItsPrompt() {
+        PasswordDialog dialog;
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Ввод пароля"));
+        QVERIFY(dialog.findChild<QLabel *>()->text() ==
+                QStringLiteral("Введите пароль для доступа к прибору"));
+        QLineEdit *edit = dialog.passwordEdit();
+        QCOMPARE(edit->inputMask(), QStringLiteral("999999999"));
+        QCOMPARE(edit->echoMode(), QLineEdit::PasswordEchoOnEdit);
+        QVERIFY(edit->inputMethodHints() & Qt::ImhSensitiveData);
+    }
+
+    void everyEditConvertsThePassword_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<qint32>("password");
+        QTest::newRow("nine digits") << "123456789" << 123456789;
+        QTest::newRow("short") << "42" << 42;
+        QTest::newRow("leading zeros") << "000000007" << 7;
+        QTest::newRow("ten digits, tenth refused") << "1234567890" << 123456789;
+        QTest::newRow("letters refused") << "ab" << 0;
+    }
+
+    void everyEditConvertsThePassword() {
+        QFETCH(QString, typed);
+        PasswordDialog dialog;
+        QTest::keyClicks(dialog.passwordEdit(), QStringLiteral("5"));
+        QCOMPARE(dialog.password(), 5);
+        dialog.passwordEdit()->clear();
+        QCOMPARE(dialog.password(), 0);
+        dialog.passwordEdit()->setFocus();
+        QTest::keyClicks(dialog.passwordEdit(), typed);
+        QTEST(dialog.password(), "password");
+    }
+
+    void okAcceptsWithThePassword() {
+        PasswordDialog dialog;
+        QTest::keyClicks(dialog.passwordEdit(), QStringLiteral("31337"));
+        dialog.findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"))
+            ->button(QDialogButtonBox::Ok)
+            ->click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(dialog.password(), 31337);
+    }
 };
-
-void tst_PasswordDialog::editIsMaskedSensitiveInputUnderItsPrompt() {
-    PasswordDialog dialog;
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("Ввод пароля"));
-    QVERIFY(dialog.findChild<QLabel *>()->text() == QStringLiteral("Введите пароль для доступа к прибору"));
-    QLineEdit *edit = dialog.passwordEdit();
-    QCOMPARE(edit->inputMask(), QStringLiteral("999999999"));
-    QCOMPARE(edit->echoMode(), QLineEdit::PasswordEchoOnEdit);
-    QVERIFY(edit->inputMethodHints() & Qt::ImhSensitiveData);
-}
-
-void tst_PasswordDialog::everyEditConvertsThePassword_data() {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<qint32>("password");
-    QTest::newRow("nine digits") << "123456789" << 123456789;
-    QTest::newRow("short") << "42" << 42;
-    QTest::newRow("leading zeros") << "000000007" << 7;
-    QTest::newRow("ten digits, tenth refused") << "1234567890" << 123456789;
-    QTest::newRow("letters refused") << "ab" << 0;
-}
-
-void tst_PasswordDialog::everyEditConvertsThePassword() {
-    QFETCH(QString, typed);
-    PasswordDialog dialog;
-    QTest::keyClicks(dialog.passwordEdit(), QStringLiteral("5"));
-    QCOMPARE(dialog.password(), 5);
-    dialog.passwordEdit()->clear();
-    QCOMPARE(dialog.password(), 0);
-    dialog.passwordEdit()->setFocus();
-    QTest::keyClicks(dialog.passwordEdit(), typed);
-    QTEST(dialog.password(), "password");
-}
-
-void tst_PasswordDialog::okAcceptsWithThePassword() {
-    PasswordDialog dialog;
-    QTest::keyClicks(dialog.passwordEdit(), QStringLiteral("31337"));
-    dialog.findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"))->button(QDialogButtonBox::Ok)->click();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(dialog.password(), 31337);
-}
 
 QTEST_MAIN(tst_PasswordDialog)
 #include "tst_passworddialog.moc"

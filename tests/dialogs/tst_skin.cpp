@@ -16,145 +16,133 @@ class tst_Skin : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void sheetTextStopsAtFirstZeroByte_data();
-    void sheetTextStopsAtFirstZeroByte();
-    void knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage_data();
-    void knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage();
-    void storedSkinIsApplied();
-    void everyIconAndSpinnerIsCompiledIn();
-    void toolbarIconStandsOutFromItsButton_data();
-    void toolbarIconStandsOutFromItsButton();
-};
-
-void tst_Skin::init() {
-    qApp->setStyleSheet(QString());
-    QSettings(QString::fromLatin1(AppSettings::Organisation), QString::fromLatin1(AppSettings::Application))
-        .clear();
-}
-
-void tst_Skin::sheetTextStopsAtFirstZeroByte_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("no zero") << QByteArray("QWidget { }") << "QWidget { }";
-    QTest::newRow("zero inside") << QByteArray("QLabel {}\0QWidget {}", 20) << "QLabel {}";
-    QTest::newRow("zero first") << QByteArray("\0abc", 4) << QString();
-    QTest::newRow("latin-1 byte") << QByteArray("/* \xe9 */") << QStringLiteral("/* \u00e9 */");
-}
-
-void tst_Skin::sheetTextStopsAtFirstZeroByte() {
-    QFETCH(QByteArray, bytes);
-    QTEST(Skin::sheetText(bytes), "text");
-}
-
-void tst_Skin::knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage_data() {
-    QTest::addColumn<int>("skin");
-    QTest::addColumn<QString>("resource");
-    QTest::newRow("0 light") << 0 << ":/css/style.css";
-    QTest::newRow("1 dark") << 1 << ":/css/styleBlack.css";
-    QTest::newRow("2 none") << 2 << QString();
-    QTest::newRow("7 none") << 7 << QString();
-    QTest::newRow("-1 none") << -1 << QString();
-}
-
-void tst_Skin::knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage() {
-    QFETCH(int, skin);
-    QFETCH(QString, resource);
-    QCOMPARE(Skin::resourceFor(skin), resource);
-    QCOMPARE(applySkin(qApp, skin), !resource.isEmpty());
-    QCoreApplication::processEvents();
-    QVERIFY(QApplication::topLevelWidgets().isEmpty());
-    if (resource.isEmpty()) {
-        QVERIFY(qApp->styleSheet().isEmpty());
-        return;
+    void init() {
+        qApp->setStyleSheet(QString());
+        QSettings(QString::fromLatin1(AppSettings::Organisation),
+                  QString::fromLatin1(AppSettings::Application))
+            .clear();
     }
-    QFile file(resource);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray sheet = file.readAll();
-    QCOMPARE(qApp->styleSheet(), QString::fromLatin1(sheet));
-    QVERIFY(sheet.contains("QWidget[modified=\"true\"]"));
-    QVERIFY(sheet.contains("[invalid=\"true\"]"));
-    QCOMPARE(sheet.count('{'), sheet.count('}'));
 
-    // Every image the sheet draws with is compiled in.
-    const QRegularExpression url(QStringLiteral("url\\((:/[^)]+)\\)"));
-    int images = 0;
-    for (auto it = url.globalMatch(QString::fromLatin1(sheet)); it.hasNext(); ++images) {
-        const QString name = it.next().captured(1);
-        QVERIFY2(!QImage(name).isNull(), qPrintable(name));
+    void sheetTextStopsAtFirstZeroByte_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("no zero") << QByteArray("QWidget { }") << "QWidget { }";
+        QTest::newRow("zero inside") << QByteArray("QLabel {}\0QWidget {}", 20) << "QLabel {}";
+        QTest::newRow("zero first") << QByteArray("\0abc", 4) << QString();
+        QTest::newRow("latin-1 byte") << QByteArray("/* \xe9 */") << QStringLiteral("/* \u00e9 */");
     }
-    QVERIFY(images >= 3);
-}
 
-void tst_Skin::storedSkinIsApplied() {
-    AppSettings settings;
-    for (const auto &[skin, marker] : {std::pair{1, "Dark theme"}, std::pair{0, "Light theme"}}) {
-        settings.setSkinName(skin);
-        settings.sync();
-        QVERIFY(applyStoredSkin(qApp));
-        QVERIFY(qApp->styleSheet().contains(QLatin1String(marker)));
+    void sheetTextStopsAtFirstZeroByte() {
+        QFETCH(QByteArray, bytes);
+        QTEST(Skin::sheetText(bytes), "text");
     }
-}
 
-void tst_Skin::everyIconAndSpinnerIsCompiledIn() {
-    for (const char *n : {"localConnection",     "remoteConnection",
-                          "localConnection_on",  "localConnection_off",
-                          "remoteConnection_on", "remoteConnection_off",
-                          "green_state",         "red_state",
-                          "cloud_up_white",      "cloud_plus",
-                          "cloud_close",         "satellite",
-                          "satellite_white",     "light_bulb",
-                          "light_bulb_white",    "sim_card_green",
-                          "sim_card_inserted",   "sim_card",
-                          "sim_card_active",     "app"}) {
-        const QImage image(QStringLiteral(":/images/%1.png").arg(QLatin1String(n)));
-        QVERIFY2(image.width() >= 32 && image.hasAlphaChannel(), n);
+    void knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage_data() {
+        QTest::addColumn<int>("skin");
+        QTest::addColumn<QString>("resource");
+        QTest::newRow("0 light") << 0 << ":/css/style.css";
+        QTest::newRow("1 dark") << 1 << ":/css/styleBlack.css";
+        QTest::newRow("2 none") << 2 << QString();
+        QTest::newRow("7 none") << 7 << QString();
+        QTest::newRow("-1 none") << -1 << QString();
     }
-    QMovie movie(QStringLiteral(":/images/loading.gif"));
-    QVERIFY(movie.frameCount() > 1);
-}
 
-void tst_Skin::toolbarIconStandsOutFromItsButton_data() {
-    QTest::addColumn<int>("skin");
-    QTest::addColumn<QString>("icon");
-    for (const char *icon : {"settings", "firmware", "file_new"}) {
-        QTest::addRow("light %s", icon) << int(Skin::Light) << QStringLiteral(":/images/%1.png").arg(icon);
-        QTest::addRow("dark %s", icon) << int(Skin::Dark) << QStringLiteral(":/images/%1.png").arg(icon);
+    void knownSkinSetsItsSheetOtherLeavesNoSheetAndNoMessage() {
+        QFETCH(int, skin);
+        QFETCH(QString, resource);
+        QCOMPARE(Skin::resourceFor(skin), resource);
+        QCOMPARE(applySkin(qApp, skin), !resource.isEmpty());
+        QCoreApplication::processEvents();
+        QVERIFY(QApplication::topLevelWidgets().isEmpty());
+        if (resource.isEmpty()) {
+            QVERIFY(qApp->styleSheet().isEmpty());
+            return;
+        }
+        QFile file(resource);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray sheet = file.readAll();
+        QCOMPARE(qApp->styleSheet(), QString::fromLatin1(sheet));
+        QVERIFY(sheet.contains("QWidget[modified=\"true\"]"));
+        QVERIFY(sheet.contains("[invalid=\"true\"]"));
+        QCOMPARE(sheet.count('{'), sheet.count('}'));
+
+        // Every image the sheet draws with is compiled in.
+        const QRegularExpression url(QStringLiteral("url\\((:/[^)]+)\\)"));
+        int images = 0;
+        for (auto it = url.globalMatch(QString::fromLatin1(sheet)); it.hasNext(); ++images) {
+            const QString name = it.next().captured(1);
+            QVERIFY2(!QImage(name).isNull(), qPrintable(name));
+        }
+        QVERIFY(images >= 3);
     }
-}
 
-// The slate toolbar icons are drawn once for both themes: under each sheet much of an icon must differ
-// clearly in brightness from the button behind it.
-void tst_Skin::toolbarIconStandsOutFromItsButton() {
-    QFETCH(int, skin);
-    QFETCH(QString, icon);
-    QVERIFY(applySkin(qApp, skin));
-    QMainWindow window;
-    QToolBar *bar = window.addToolBar(QStringLiteral("bar"));
-    QAction *action = bar->addAction(QIcon(icon), QStringLiteral("action"));
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(action));
-    QVERIFY(button);
-    // The button is transparent where the toolbar shows through: take it from the whole window.
-    const QRect area(button->mapTo(&window, QPoint(0, 0)), button->size());
-    const QImage image = window.grab(area).toImage();
-    const int background = qGray(image.pixel(2, image.height() / 2));
-    // Inside the border: of the pixels the icon changes at all, a good part must differ clearly (a
-    // translucent fill may stay close to the background).
-    int drawn = 0;
-    int clear = 0;
-    for (int y = 4; y < image.height() - 4; ++y) {
-        for (int x = 4; x < image.width() - 4; ++x) {
-            const int difference = qAbs(qGray(image.pixel(x, y)) - background);
-            drawn += difference > 8 ? 1 : 0;
-            clear += difference > 60 ? 1 : 0;
+    void storedSkinIsApplied() {
+        AppSettings settings;
+        for (const auto &[skin, marker] : {std::pair{1, "Dark theme"}, std::pair{0, "Light theme"}}) {
+            settings.setSkinName(skin);
+            settings.sync();
+            QVERIFY(applyStoredSkin(qApp));
+            QVERIFY(qApp->styleSheet().contains(QLatin1String(marker)));
         }
     }
-    QVERIFY(drawn > 0);
-    const double share = double(clear) / drawn;
-    QVERIFY2(share >= 0.35, qPrintable(QStringLiteral("%1 of the icon stands out").arg(share)));
-}
+
+    void everyIconAndSpinnerIsCompiledIn() {
+        const QString names = QStringLiteral(
+            "localConnection remoteConnection localConnection_on localConnection_off remoteConnection_on "
+            "remoteConnection_off green_state red_state cloud_up_white cloud_plus cloud_close satellite "
+            "satellite_white light_bulb light_bulb_white sim_card_green sim_card_inserted sim_card "
+            "sim_card_active app");
+        for (const QString &n : names.split(QLatin1Char(' '))) {
+            const QImage image(QStringLiteral(":/images/%1.png").arg(n));
+            QVERIFY2(image.width() >= 32 && image.hasAlphaChannel(), qPrintable(n));
+        }
+        QMovie movie(QStringLiteral(":/images/loading.gif"));
+        QVERIFY(movie.frameCount() > 1);
+    }
+
+    void toolbarIconStandsOutFromItsButton_data() {
+        QTest::addColumn<int>("skin");
+        QTest::addColumn<QString>("icon");
+        for (const char *icon : {"settings", "firmware", "file_new"}) {
+            QTest::addRow("light %s", icon)
+                << int(Skin::Light) << QStringLiteral(":/images/%1.png").arg(icon);
+            QTest::addRow("dark %s", icon) << int(Skin::Dark) << QStringLiteral(":/images/%1.png").arg(icon);
+        }
+    }
+
+    // The slate toolbar icons are drawn once for both themes: under each sheet much of an icon must differ
+    // clearly in brightness from the button behind it.
+    void toolbarIconStandsOutFromItsButton() {
+        QFETCH(int, skin);
+        QFETCH(QString, icon);
+        QVERIFY(applySkin(qApp, skin));
+        QMainWindow window;
+        QToolBar *bar = window.addToolBar(QStringLiteral("bar"));
+        QAction *action = bar->addAction(QIcon(icon), QStringLiteral("action"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto *button = qobject_cast<QToolButton *>(bar->widgetForAction(action));
+        QVERIFY(button);
+        // The button is transparent where the toolbar shows through: take it from the whole window.
+        const QRect area(button->mapTo(&window, QPoint(0, 0)), button->size());
+        const QImage image = window.grab(area).toImage();
+        const int background = qGray(image.pixel(2, image.height() / 2));
+        // Inside the border: of the pixels the icon changes at all, a good part must differ clearly (a
+        // translucent fill may stay close to the background).
+        int drawn = 0;
+        int clear = 0;
+        for (int y = 4; y < image.height() - 4; ++y) {
+            for (int x = 4; x < image.width() - 4; ++x) {
+                const int difference = qAbs(qGray(image.pixel(x, y)) - background);
+                drawn += difference > 8 ? 1 : 0;
+                clear += difference > 60 ? 1 : 0;
+            }
+        }
+        QVERIFY(drawn > 0);
+        const double share = double(clear) / drawn;
+        QVERIFY2(share >= 0.35, qPrintable(QStringLiteral("%1 of the icon stands out").arg(share)));
+    }
+};
 
 QTEST_MAIN(tst_Skin)
 #include "tst_skin.moc"
