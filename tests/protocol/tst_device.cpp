@@ -270,22 +270,10 @@ private slots:
         for (int i = 0; i < queued; ++i)
             s.protocol()->readSystem();
         LogCapture capture;
-        s.link->deliverNow(Executed);
-        QVERIFY(capture.lines.size() >= 3);
-        QCOMPARE(capture.lines.at(2), line); // after the parser's status line, before the next command
-    }
-
-    void trafficLogLines() {
-        Session s;
-        s.protocol()->readSystem();
-        LogCapture capture;
-        s.device->sendNextCommand();
-        s.link->deliverNow(Executed + QByteArray::fromHex("00"));
-        s.device->onResponseTimeout();
-        QCOMPARE(capture.lines,
-                 (QStringList{"Command a5a506000400910100009301",
-                              "From device: a5a506000600118100000100918100: 15", "....Команду выполнил",
-                              "Queue size: ", "Повторная отправка, попытка номер: 1"}));
+        s.link->deliverNow(Executed + QByteArray(1, '\0')); // the read's length counts the stray byte too
+        // The size line follows the parser's status line and comes before the next command.
+        QCOMPARE(capture.lines.mid(0, 3), (QStringList{"From device: a5a506000600118100000100918100: 15",
+                                                       "....Команду выполнил", line}));
         QCOMPARE(capture.unstamped, 0);
     }
 
