@@ -72,47 +72,41 @@ private slots:
     }
 
     void timeouts_data() {
-        QTest::addColumn<int>("timeouts");
-        QTest::addColumn<int>("framesWritten");
+        QTest::addColumn<int>("before");  // time-outs before an answer
+        QTest::addColumn<int>("after");   // time-outs after that answer, -1: no answer
+        QTest::addColumn<int>("written"); // the first sending step writes one; each time-out moves on
+        QTest::addColumn<int>("retries");
         QTest::addColumn<int>("losses");
-        // One frame is written by the first sending step; each time-out moves on to the next queued frame.
-        QTest::newRow("first time-out sends the second frame") << 1 << 2 << 0;
-        QTest::newRow("second time-out sends the third frame") << 2 << 3 << 0;
-        QTest::newRow("third time-out: queue empty, counter still rises") << 3 << 3 << 0;
-        QTest::newRow("fourth time-out: connection lost") << 4 << 3 << 1;
-        QTest::newRow("later time-outs: counter stays, no second loss") << 7 << 3 << 1;
+        QTest::newRow("first time-out sends the second frame") << 1 << -1 << 2 << 1 << 0;
+        QTest::newRow("second time-out sends the third frame") << 2 << -1 << 3 << 2 << 0;
+        QTest::newRow("third time-out: queue empty, counter still rises") << 3 << -1 << 3 << 3 << 0;
+        QTest::newRow("fourth time-out: connection lost") << 4 << -1 << 3 << 4 << 1;
+        QTest::newRow("later time-outs: counter stays, no second loss") << 7 << -1 << 3 << 4 << 1;
+        QTest::newRow("three time-outs, an answer, three more: never lost") << 3 << 3 << 3 << 3 << 0;
     }
 
     void timeouts() {
-        QFETCH(int, timeouts);
-        QFETCH(int, framesWritten);
+        QFETCH(int, before);
+        QFETCH(int, after);
+        QFETCH(int, written);
+        QFETCH(int, retries);
         QFETCH(int, losses);
         Session s;
         s.queueThree();
         QSignalSpy lost(s.device, &Device::connectionLost);
         s.device->sendNextCommand();
         LogCapture capture;
-        s.timeouts(timeouts);
-        QCOMPARE(s.link->written,
-                 (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}).mid(0, framesWritten));
-        const int retries = qMin(timeouts, 4);
+        s.timeouts(before);
+        if (after >= 0) {
+            s.link->deliverNow(Executed);
+            QCOMPARE(s.device->retryCount(), 0);
+            s.timeouts(after);
+        }
+        QCOMPARE(s.link->written, (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}).mid(0, written));
         QCOMPARE(s.device->retryCount(), retries);
         QCOMPARE(lost.count(), losses);
         QCOMPARE(capture.lines.filter(QStringLiteral("Повторная отправка")).last(),
                  QStringLiteral("Повторная отправка, попытка номер: %1").arg(retries));
-    }
-
-    void answerResetsTheRetryCounter() {
-        Session s;
-        QSignalSpy lost(s.device, &Device::connectionLost);
-        s.protocol()->readSystem();
-        s.device->sendNextCommand();
-        s.timeouts(3);
-        s.link->deliverNow(Executed);
-        QCOMPARE(s.device->retryCount(), 0);
-        s.timeouts(3);
-        QCOMPARE(s.device->retryCount(), 3);
-        QCOMPARE(lost.count(), 0);
     }
 
     void secondLossWhileUnresolvedIsNotRaisedAndAnAnswerRestores() {
