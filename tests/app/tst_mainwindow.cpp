@@ -65,11 +65,13 @@ public:
         calls.append({"critical", t, x});
     }
     QString openFileName(QWidget *, const QString &title, const QString &, const QString &filter) override {
-        calls.append({QStringLiteral("open"), title, filter});
-        return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
+        return fileName(QStringLiteral("open"), title, filter);
     }
     QString saveFileName(QWidget *, const QString &title, const QString &, const QString &filter) override {
-        calls.append({QStringLiteral("save"), title, filter});
+        return fileName(QStringLiteral("save"), title, filter);
+    }
+    QString fileName(const QString &kind, const QString &title, const QString &filter) {
+        calls.append({kind, title, filter});
         return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
     }
     bool password(QWidget *, quint32 *value) override {
@@ -258,8 +260,6 @@ private slots:
     void initTestCase();
     void init();
 
-    void form_data();
-    void form();
     void deviceOnlyCommands_areDisabledWithAReason();
     void startUp_data();
     void startUp();
@@ -282,8 +282,6 @@ private slots:
     void openFile_data();
     void openFile();
     void saveFile_failureIsReportedAndNothingWritten();
-    void readAll_withModifiedPage_writesPageBeforeReading();
-    void close_withModifiedPage_writesPageThenCloses();
     void fastPolling_keepsQueueBounded();
     void programUpdateCheck_data();
     void programUpdateCheck();
@@ -353,53 +351,9 @@ std::unique_ptr<MainWindow> tst_MainWindow::identified(bool stopTelemetry) {
     return w;
 }
 
-void tst_MainWindow::form_data() {
-    QTest::addColumn<QString>("object");
-    QTest::addColumn<QByteArray>("property");
-    QTest::addColumn<QString>("value");
-    auto row = [](const char *object, const char *property, const char *value) {
-        QTest::newRow(object) << QString::fromLatin1(object) << QByteArray(property)
-                              << QString::fromUtf8(value);
-    };
-    row("MainWindow", "windowTitle", "Конфигуратор");
-    row("applyButton", "text", "Загрузить настройки текущей страницы в прибор");
-    row("readButton", "toolTip", "Считать всю конфигурацию прибора");
-    row("writeButton", "toolTip", "Загрузить всю конфигурацию в прибор");
-    row("placeholderText", "text", "Не обнаружены устройства для настройки и управления");
-    row("placeholderState", "text", "Прибор не подключен");
-    row("connectButton", "text", "Подключить");
-    row("connectionStateButton", "text", "Нет подключенных приборов");
-    row("connectionTypeButton", "toolTip", "Тип соединения с прибором: USB соединение");
-    row("action_CreateNewCfg", "text", "Создать конфигурацию");
-    row("action_OpenCfgFromFile", "text", "Открыть из файла");
-    row("action_SaveCfgToFile", "text", "Сохранить в файл");
-    row("action_ReadCfg", "text", "Прочитать конфигурацию из прибора");
-    row("action_WriteCfg", "text", "Сохранить конфигурацию в прибор");
-    row("action_ResetSettings", "text", "Сбросить настройки на заводские");
-    row("action_UpdateFirmware", "text", "Обновить прошивку");
-    row("action_RemoteControl", "text", "Удаленное управление");
-    row("action_CheckDeviceUpdates", "text", "Проверить обновления устройства");
-}
-
-void tst_MainWindow::form() {
-    QFETCH(QString, object);
-    QFETCH(QByteArray, property);
-    auto w = makeWindow(false);
-    QObject *o = object == QLatin1String("MainWindow") ? w.get() : w->findChild<QObject *>(object);
-    QVERIFY2(o, qPrintable(object));
-    QTEST(o->property(property.constData()).toString(), "value");
-}
-
 void tst_MainWindow::deviceOnlyCommands_areDisabledWithAReason() {
     auto w = makeWindow(false);
-    const QStringList entries{"Прибор",          "Системные параметры", "Навигация",
-                              "Передача данных", "Аналоговые входы",    "Логические входы",
-                              "Топливо",         "Управление выходами", "Обновление прошивки"};
     auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
-    QStringList shown;
-    for (int i = 0; i < list->count(); ++i)
-        shown << list->item(i)->text();
-    QCOMPARE(shown, entries);
     for (const char *name : {"action_Reboot", "action_ReadStatistics"}) {
         auto *a = w->findChild<QAction *>(QLatin1String(name));
         QVERIFY(a->isVisible() && !a->isEnabled());
@@ -734,46 +688,6 @@ void tst_MainWindow::saveFile_failureIsReportedAndNothingWritten() {
     QCOMPARE(m_prompter->calls.size(), 1);
 }
 
-void tst_MainWindow::readAll_withModifiedPage_writesPageBeforeReading() {
-    auto w = identified();
-    QVERIFY(w);
-    auto *apn = qobject_cast<QLineEdit *>(
-        shownField(w.get(), MainWindow::DataTransferPage, 1, QStringLiteral("label:Точка доступа:")));
-    QVERIFY(apn);
-    apn->setText(QStringLiteral("internet.example"));
-    m_link->written.clear();
-
-    m_prompter->answers = {true, true}; // write the page, then read everything
-    w->readAll();
-    QCOMPARE(m_prompter->calls.size(), 2);
-    QCOMPARE(m_prompter->calls.at(0).text, QString::fromUtf8(SettingsPageBase::UnsavedQuestion));
-    QTRY_VERIFY(m_link->written.size() >= 4 + 10);
-    QTRY_VERIFY(w->device()->isIdle());
-    QCOMPARE(m_link->writeHeads(), QStringList({"04 03 00", "04 03 01", "04 04 00", "04 04 01"}));
-    // Every GSM write left before the first read request.
-    QCOMPARE(m_link->written.at(3).mid(6, 3).toHex(' '), QByteArray("04 04 01"));
-    QCOMPARE(quint8(m_link->written.at(4)[6]), quint8(0x91));
-    QCOMPARE(w->configuration()->gsm()->element(0)->apn(), QStringLiteral("internet.example"));
-}
-
-void tst_MainWindow::close_withModifiedPage_writesPageThenCloses() {
-    auto w = identified();
-    QVERIFY(w);
-    w->show();
-    setFieldValue(shownField(w.get(), MainWindow::SystemPage, -1,
-                             QStringLiteral("label:Время до перехода в режим стоянки:")),
-                  QStringLiteral("42"));
-    m_link->written.clear();
-    m_prompter->answers = {true};
-    w->close();
-    QCOMPARE(m_prompter->calls.size(), 1);
-    QCOMPARE(m_prompter->calls.first().text, QString::fromUtf8(SettingsPageBase::UnsavedQuestion));
-    QTRY_VERIFY(!w->isVisible());
-    QCOMPARE(m_link->writeHeads(), QStringList({"11 01 00"}));
-    QVERIFY(!m_link->isOpen());
-    QVERIFY(!w->telemetryTimer()->isActive());
-}
-
 void tst_MainWindow::fastPolling_keepsQueueBounded() {
     {
         AppSettings settings;
@@ -1035,10 +949,11 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection_data() {
     QTest::addColumn<QString>("value");
     QTest::addColumn<bool>("yes");
     QTest::addColumn<QStringList>("heads"); // the write requests that follow the answer
+    QTest::addColumn<QString>("leave");     // "page": another entry or tab; "read": read all; "close"
     auto row = [](const char *name, int row, int tab, const char *field, const char *value, bool yes,
-                  const QStringList &heads) {
+                  const QStringList &heads, const char *leave = "page") {
         QTest::newRow(name) << row << tab << QString::fromUtf8(field) << QString::fromUtf8(value) << yes
-                            << heads;
+                            << heads << QString::fromLatin1(leave);
     };
     row("system", MainWindow::SystemPage, -1, "label:Время до перехода в режим стоянки:", "42", true,
         {"11 01 00"});
@@ -1056,10 +971,16 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection_data() {
     row("logic inputs", MainWindow::LogicPage, -1, "label:Функция входа 1:", "Частотомер", true,
         {"0d 02 00", "0d 02 01"});
     row("fuel", MainWindow::FuelPage, -1, "label:Бак 1:", "77", true, {"08 01 00"});
+    row("gsm tab, read all: written before reading", MainWindow::DataTransferPage, 1,
+        "label:Точка доступа:", "internet.example", true, {"04 03 00", "04 03 01", "04 04 00", "04 04 01"},
+        "read");
+    row("system, window closed: written then closed", MainWindow::SystemPage, -1,
+        "label:Время до перехода в режим стоянки:", "42", true, {"11 01 00"}, "close");
 }
 
-// The unsaved-change question comes up whether the page is left for another list entry or, on the
-// data-transfer row, for the other tab: Yes writes the page's own section, No drops the edit.
+// The unsaved-change question comes up whether the page is left for another list entry, on the
+// data-transfer row for the other tab, by reading all or by closing: Yes writes the page's own section
+// (before anything else), No drops the edit.
 void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     QFETCH(int, row);
     QFETCH(int, tab);
@@ -1067,8 +988,10 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     QFETCH(QString, value);
     QFETCH(bool, yes);
     QFETCH(QStringList, heads);
+    QFETCH(QString, leave);
     auto w = identified();
     QVERIFY(w);
+    w->show();
     QWidget *input = shownField(w.get(), row, tab, field);
     QVERIFY2(input, qPrintable(field));
     const QString before = fieldValue(input);
@@ -1079,12 +1002,16 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     m_link->written.clear();
     m_prompter->calls.clear();
 
-    m_prompter->answers = {yes};
-    if (tab >= 0)
+    m_prompter->answers = {yes, true};
+    if (leave == QLatin1String("read"))
+        w->readAll();
+    else if (leave == QLatin1String("close"))
+        w->close();
+    else if (tab >= 0)
         w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"))->setCurrentIndex(1 - tab);
     else
         w->showPage(MainWindow::DevicePage);
-    QCOMPARE(m_prompter->calls.size(), 1);
+    QCOMPARE(m_prompter->calls.size(), leave == QLatin1String("read") ? 2 : 1);
     QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Подтверждение изменений"));
     QCOMPARE(m_prompter->calls.first().text,
              QStringLiteral("Есть несохраненные параметры, записать в прибор?"));
@@ -1093,6 +1020,15 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     QTRY_COMPARE(m_link->writeHeads().size(), heads.size());
     QTest::qWait(20);
     QCOMPARE(m_link->writeHeads(), heads);
+    if (leave == QLatin1String("read")) {
+        QTRY_VERIFY(m_link->written.size() > heads.size());
+        QCOMPARE(quint8(m_link->written.at(heads.size())[6]), quint8(0x91)); // the first read request
+    }
+    if (leave == QLatin1String("close")) {
+        QTRY_VERIFY(!w->isVisible());
+        QVERIFY(!m_link->isOpen());
+        QVERIFY(!w->telemetryTimer()->isActive());
+    }
 }
 
 QTEST_MAIN(tst_MainWindow)
