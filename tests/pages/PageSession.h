@@ -8,8 +8,15 @@
 #include "protocol/UNPProtocol.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QSpinBox>
 #include <QStringList>
+#include <QtTest>
 
 // A device session without a link: whatever a page asks the workflows to write stays in the queue,
 // where the test reads it back frame by frame.

@@ -1,9 +1,6 @@
 #include "DeviceTextValidator.h"
 #include "PageSession.h"
 
-#include <QLineEdit>
-#include <QtTest>
-
 class tst_DeviceTextValidator : public QObject {
     Q_OBJECT
 

@@ -1,9 +1,6 @@
 #include "GsmProfileDialog.h"
 #include "PageSession.h"
 
-#include <QLineEdit>
-#include <QtTest>
-
 class tst_GsmProfileDialog : public QObject {
     Q_OBJECT
 

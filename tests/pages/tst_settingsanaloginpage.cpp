@@ -3,10 +3,6 @@
 
 #include "Devices/AgcConfiguration.h"
 
-#include <QCheckBox>
-#include <QSpinBox>
-#include <QtTest>
-
 class tst_SettingsAnalogInPage : public QObject {
     Q_OBJECT
 

@@ -3,9 +3,6 @@
 
 #include "Devices/LogicConfiguration.h"
 
-#include <QComboBox>
-#include <QtTest>
-
 class tst_SettingsDiscretInPage : public QObject {
     Q_OBJECT
 

@@ -3,9 +3,6 @@
 
 #include "Devices/FuelConfiguration.h"
 
-#include <QSpinBox>
-#include <QtTest>
-
 class tst_SettingsFuelLevelPage : public QObject {
     Q_OBJECT
 

@@ -3,14 +3,9 @@
 
 #include "Devices/GSMConfiguration.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <memory>
 

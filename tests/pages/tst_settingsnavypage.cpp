@@ -3,10 +3,6 @@
 
 #include "Devices/NavigationConfiguration.h"
 
-#include <QCheckBox>
-#include <QSpinBox>
-#include <QtTest>
-
 class tst_SettingsNavyPage : public QObject {
     Q_OBJECT
 

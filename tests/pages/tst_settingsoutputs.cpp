@@ -4,10 +4,6 @@
 
 #include "Devices/OutputConfiguration.h"
 
-#include <QCheckBox>
-#include <QSpinBox>
-#include <QtTest>
-
 // The outputs page and its Widgetoutputs rows.
 class tst_SettingsOutputs : public QObject {
     Q_OBJECT

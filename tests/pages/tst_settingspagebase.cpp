@@ -3,11 +3,7 @@
 
 #include "Devices/SystemConfiguration.h"
 
-#include <QCheckBox>
 #include <QLabel>
-#include <QSignalSpy>
-#include <QSpinBox>
-#include <QtTest>
 
 // The behaviour every page shares, exercised through the system page.
 class tst_SettingsPageBase : public QObject {

@@ -4,12 +4,6 @@
 
 #include "Devices/ServerConfiguration.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QLineEdit>
-#include <QtTest>
-
 // The servers page and its ServersWidget.
 class tst_SettingsTransmittDataToServer : public QObject {
     Q_OBJECT

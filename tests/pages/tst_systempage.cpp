@@ -3,10 +3,6 @@
 
 #include "Devices/SystemConfiguration.h"
 
-#include <QCheckBox>
-#include <QSpinBox>
-#include <QtTest>
-
 class tst_SystemPage : public QObject {
     Q_OBJECT
 
