@@ -176,32 +176,23 @@ private slots:
         QCOMPARE(serverDialog.logSaveBox()->isChecked(), !setInSettingsDialog);
     }
 
+    // "shown" reads: the list, the selected port, the manufacturer shown for it.
     void portListPutsDevicePortsFirst_data() {
         QTest::addColumn<Ports>("ports");
         QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("listed");
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<QString>("manufacturer");
+        QTest::addColumn<QString>("shown");
         QTest::newRow("device after other port")
             << Ports{port("ttyS0", "", -1, -1), port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QString()
-            << "ttyACM0|ttyS0|Другой"
-            << "ttyACM0"
-            << "Tavrel";
+            << QStringLiteral("ttyACM0|ttyS0|Другой > ttyACM0 (Tavrel)");
         QTest::newRow("product 0x0014 is not the device")
             << Ports{port("ttyACM1", "Tavrel", 0x2226, 0x0014), port("ttyACM0", "", 0x2226, 0x0013)}
-            << QString() << "ttyACM0|ttyACM1|Другой"
-            << "ttyACM0"
-            << " - ";
+            << QString() << QStringLiteral("ttyACM0|ttyACM1|Другой > ttyACM0 ( - )");
         QTest::newRow("stored port selected")
-            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013), port("ttyUSB3", "FTDI", 1, 2)} << "ttyUSB3"
-            << "ttyACM0|ttyUSB3|Другой"
-            << "ttyUSB3"
-            << "FTDI";
+            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013), port("ttyUSB3", "FTDI", 1, 2)}
+            << QStringLiteral("ttyUSB3") << QStringLiteral("ttyACM0|ttyUSB3|Другой > ttyUSB3 (FTDI)");
         QTest::newRow("stored port unplugged stays")
-            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << "/dev/pts/7"
-            << "ttyACM0|/dev/pts/7|Другой"
-            << "/dev/pts/7"
-            << " - ";
+            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QStringLiteral("/dev/pts/7")
+            << QStringLiteral("ttyACM0|/dev/pts/7|Другой > /dev/pts/7 ( - )");
     }
 
     void portListPutsDevicePortsFirst() {
@@ -211,11 +202,12 @@ private slots:
         store.setPortName(stored);
         SettinsDialog dialog(nullptr, &store);
         dialog.setPortLister([ports] { return ports; });
-        QTEST(items(dialog.portBox()), "listed");
-        QTEST(dialog.portBox()->currentText(), "selected");
-        QTEST(dialog.manufacturerLabel()->text(), "manufacturer");
+        QTEST(QStringLiteral("%1 > %2 (%3)")
+                  .arg(items(dialog.portBox()), dialog.portBox()->currentText(),
+                       dialog.manufacturerLabel()->text()),
+              "shown");
         dialog.apply();
-        QTEST(dialog.settings().portName, "selected");
+        QCOMPARE(dialog.settings().portName, dialog.portBox()->currentText());
     }
 
     void listTextsAreNotCut_data() {
