@@ -14,8 +14,6 @@ private slots:
     void clockAndCountersTickWithElapsedTime();
     void registrationPassesThroughSearchToHome();
     void fuelFallsOnlyForFittedSensors();
-    void telemetryBlockSizes_data();
-    void telemetryBlockSizes();
 };
 
 void tst_TrackerModel::fixComesAndGoes_data() {
@@ -118,31 +116,6 @@ void tst_TrackerModel::fuelFallsOnlyForFittedSensors() {
     QCOMPARE(a.level[2], 0u);
     m.setElapsed(400000);
     QVERIFY(m.fuel().level[0] < a.level[0]);
-}
-
-void tst_TrackerModel::telemetryBlockSizes_data() {
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("size");
-    QTest::newRow("9 announced only") << 9 << 8;
-    QTest::newRow("10 device state") << 10 << DeviceStateRecord::Size;
-    QTest::newRow("11 clock") << 11 << ClockRecord::Size;
-    QTest::newRow("14 three receivers") << 14 << 3 * NavReceiverRecord::Size;
-    QTest::newRow("15 three servers") << 15 << 3 * ServerStateRecord::Size;
-    QTest::newRow("18 two logic") << 18 << 2 * LogicInputRecord::Size;
-    QTest::newRow("22 exactly eight") << 22 << 8;
-    QTest::newRow("24 three registrations") << 24 << 3 * GsmRegistrationRecord::Size;
-    QTest::newRow("13 announced only") << 13 << 8;
-    QTest::newRow("5 not reported") << 5 << -1;
-    QTest::newRow("25 not reported") << 25 << -1;
-}
-
-void tst_TrackerModel::telemetryBlockSizes() {
-    QFETCH(int, kind);
-    QFETCH(int, size);
-    TrackerModel m;
-    m.setElapsed(33000);
-    const QByteArray data = m.telemetry(kind);
-    QCOMPARE(data.isNull() ? -1 : data.size(), size);
 }
 
 QTEST_GUILESS_MAIN(tst_TrackerModel)

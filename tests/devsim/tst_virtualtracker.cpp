@@ -47,8 +47,7 @@ private slots:
     void requestAnsweredWithStatus();
     void passwordGuardsTelemetryAndItsChangeIsStored();
     void outputsFollowSetOutputsAndSingleWrites();
-    void telemetryOfEveryPolledKind_data();
-    void telemetryOfEveryPolledKind();
+    void telemetryOfEveryPolledKindDecodes();
     void stateRoundTripsEverything();
 };
 
@@ -132,26 +131,21 @@ void tst_VirtualTracker::outputsFollowSetOutputsAndSingleWrites() {
              QVector<int>({2, 5, 6, 9}));
 }
 
-void tst_VirtualTracker::telemetryOfEveryPolledKind_data() {
-    QTest::addColumn<int>("kind");
-    for (int kind :
-         {0x09, 0x0A, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18})
-        QTest::addRow("kind %d", kind) << kind;
-}
-
-void tst_VirtualTracker::telemetryOfEveryPolledKind() {
-    QFETCH(int, kind);
+void tst_VirtualTracker::telemetryOfEveryPolledKindDecodes() {
     VirtualTracker device;
     device.setClock([] { return 30000; });
-    QByteArray request = hex("82000000");
-    request[1] = char(kind);
-    const Answer a = ask(device, 7, request);
-    QCOMPARE(a.type, 7);
-    QCOMPARE(a.payload.left(2), request.left(2));
-    kd::ControlInfoConfiguration info;
-    QVERIFY(info.decode(a.payload)); // announced by the configurator
-    for (int i = 0; i < kd::ControlInfoConfiguration::recordsKept(kind); ++i)
-        QVERIFY2(info.value()->received(kind, i), qPrintable(QStringLiteral("record %1").arg(i)));
+    for (int kind :
+         {0x09, 0x0A, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18}) {
+        const QByteArray request = hex("82000000").replace(1, 1, QByteArray(1, char(kind)));
+        const Answer a = ask(device, 7, request);
+        QCOMPARE(a.type, 7);
+        QCOMPARE(a.payload.left(2), request.left(2));
+        kd::ControlInfoConfiguration info;
+        QVERIFY2(info.decode(a.payload), qPrintable(QString::number(kind))); // announced by the configurator
+        for (int i = 0; i < kd::ControlInfoConfiguration::recordsKept(kind); ++i)
+            QVERIFY2(info.value()->received(kind, i),
+                     qPrintable(QStringLiteral("kind %1 record %2").arg(kind).arg(i)));
+    }
 }
 
 void tst_VirtualTracker::stateRoundTripsEverything() {
