@@ -162,14 +162,11 @@ void tst_VirtualTracker::stateRoundTripsEverything() {
 
     VirtualTracker b;
     b.loadState(a.saveState());
-    VantorConfiguration *back = b.configuration();
-    QCOMPARE(back->deviceInfo()->IMEI(), QStringLiteral("111222333444555"));
-    QCOMPARE(int(back->navigation()->value()->faultSpeed()), 77);
-    for (int sim = 0; sim < 2; ++sim) {
-        QCOMPARE(back->gsm()->encodeAccess(sim), cfg->gsm()->encodeAccess(sim));
-        QCOMPARE(back->gsm()->encodeRoaming(sim), cfg->gsm()->encodeRoaming(sim));
-    }
-    QCOMPARE(back->outputs()->value()->states(), (QVector<quint8>{1, 0}));
+    QCOMPARE(b.saveState(), a.saveState());
+    // Equal states could both have lost the low bits of a 64-bit word: those are checked as numbers.
+    QCOMPARE(b.configuration()->gsm()->element(0)->timetableLow(), 0x8000000000000001ull);
+    QCOMPARE(b.configuration()->gsm()->element(0)->timetableHi(), 0xFFFFFFFFFFFFFFFFull);
+    QCOMPARE(b.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
     QCOMPARE(b.password(), std::optional<quint32>(15));
 
     // A plain configuration file loads as a state too.
