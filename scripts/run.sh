@@ -14,36 +14,9 @@ for exe in "$cfg" "$sim"; do
     fi
 done
 
-work=$(mktemp -d)
-sim_pid=
-cleanup() {
-    if [ -n "$sim_pid" ] && kill -0 "$sim_pid" 2>/dev/null; then
-        kill "$sim_pid" 2>/dev/null || true
-        wait "$sim_pid" 2>/dev/null || true
-    fi
-    rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
+. "$(dirname "$0")/devsim.sh"
 
-"$sim" --pty >"$work/sim.out" 2>"$work/sim.log" &
-sim_pid=$!
-
-# The first line the tracker prints is its terminal's path.
-pty=
-for _ in $(seq 1 50); do
-    pty=$(head -n 1 "$work/sim.out" 2>/dev/null || true)
-    [ -n "$pty" ] && break
-    if ! kill -0 "$sim_pid" 2>/dev/null; then
-        echo "run: the virtual tracker did not start:" >&2
-        cat "$work/sim.log" >&2
-        exit 1
-    fi
-    sleep 0.1
-done
-if [ -z "$pty" ]; then
-    echo "run: the virtual tracker did not report its terminal" >&2
-    exit 1
-fi
+start_devsim "$sim" run
 echo "run: virtual tracker on $pty"
 
 # No firmware download at start: the virtual tracker is not on the update server.
