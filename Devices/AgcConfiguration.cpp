@@ -1,7 +1,7 @@
-#include "AgcConfiguration.h"
+#include "Devices/AgcConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 using Item = AgcConfigurationItem;

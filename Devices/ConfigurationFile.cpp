@@ -1,6 +1,6 @@
-#include "ConfigurationFile.h"
+#include "Devices/ConfigurationFile.h"
 
-#include "VantorConfiguration.h"
+#include "Devices/VantorConfiguration.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
-#include "ControlInfoConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 struct KindInfo {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "TelemetryRecords.h"
-#include "configuration.h"
+#include "Devices/TelemetryRecords.h"
+#include "Devices/configuration.h"
 
 #include <QHash>
 #include <QVector>

@@ -1,7 +1,7 @@
-#include "DeviceInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 // Kind 1 body offsets.

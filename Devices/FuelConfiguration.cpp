@@ -1,7 +1,7 @@
-#include "FuelConfiguration.h"
+#include "Devices/FuelConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 constexpr int AddrOffset = 4;       // + 2i

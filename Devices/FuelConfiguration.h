@@ -1,6 +1,6 @@
 #pragma once
 
-#include "configuration.h"
+#include "Devices/configuration.h"
 
 // One fuel sensor and, for elements 0..4, the tank of the same number.
 class FuelConfigurationItem : public kd::ConfigurationValue {

@@ -1,7 +1,7 @@
-#include "GSMConfiguration.h"
+#include "Devices/GSMConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 using Item = GSMConfigurationItem;

@@ -1,7 +1,7 @@
-#include "LogicConfiguration.h"
+#include "Devices/LogicConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 constexpr int FuncOffset = 0; // record offset; the second byte is zero

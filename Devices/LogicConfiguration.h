@@ -1,6 +1,6 @@
 #pragma once
 
-#include "configuration.h"
+#include "Devices/configuration.h"
 
 // One logic input; `func` is the function assigned to it, stored as the byte the page chose.
 class LogicConfigurationItem : public kd::ConfigurationValue {

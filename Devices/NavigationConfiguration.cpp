@@ -1,7 +1,7 @@
-#include "NavigationConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 // Motion block.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "configuration.h"
+#include "Devices/configuration.h"
 
 class NavigationConfigurationItem : public kd::ConfigurationValue {
     Q_OBJECT

@@ -1,7 +1,7 @@
-#include "OutputConfiguration.h"
+#include "Devices/OutputConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 constexpr quint8 Operation = 1;

@@ -1,7 +1,7 @@
-#include "ServerConfiguration.h"
+#include "Devices/ServerConfiguration.h"
 
-#include "ByteOrder.h"
-#include "CodecHelpers.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/CodecHelpers.h"
 
 namespace {
 using Item = ServerConfigurationItem;

@@ -1,6 +1,6 @@
-#include "TelemetryRecords.h"
+#include "Devices/TelemetryRecords.h"
 
-#include "ByteOrder.h"
+#include "Devices/ByteOrder.h"
 
 namespace kd {
 

@@ -1,15 +1,15 @@
-#include "VantorConfiguration.h"
+#include "Devices/VantorConfiguration.h"
 
-#include "AgcConfiguration.h"
-#include "ControlInfoConfiguration.h"
-#include "DeviceInfoConfiguration.h"
-#include "FuelConfiguration.h"
-#include "GSMConfiguration.h"
-#include "LogicConfiguration.h"
-#include "NavigationConfiguration.h"
-#include "OutputConfiguration.h"
-#include "ServerConfiguration.h"
-#include "SystemConfiguration.h"
+#include "Devices/AgcConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/FuelConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/LogicConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+#include "Devices/ServerConfiguration.h"
+#include "Devices/SystemConfiguration.h"
 
 #include <QJsonArray>
 

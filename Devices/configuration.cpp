@@ -1,6 +1,6 @@
-#include "configuration.h"
+#include "Devices/configuration.h"
 
-#include "CodecHelpers.h"
+#include "Devices/CodecHelpers.h"
 
 #include <QDateTime>
 #include <QDebug>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SectionKeys.h"
+#include "Devices/SectionKeys.h"
 
 #include <QJsonObject>
 #include <QMap>

@@ -1,4 +1,4 @@
-#include "ConnectionWaitDlg.h"
+#include "app/ConnectionWaitDlg.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

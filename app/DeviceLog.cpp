@@ -1,6 +1,6 @@
-#include "DeviceLog.h"
+#include "app/DeviceLog.h"
 
-#include "AppSettings.h"
+#include "app/AppSettings.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "PasswordDialog.h"
+#include "app/PasswordDialog.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "PopUp.h"
+#include "app/PopUp.h"
 
 #include <QGridLayout>
 #include <QGuiApplication>

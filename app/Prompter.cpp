@@ -1,6 +1,6 @@
-#include "Prompter.h"
+#include "app/Prompter.h"
 
-#include "PasswordDialog.h"
+#include "app/PasswordDialog.h"
 
 #include <QFileDialog>
 #include <QInputDialog>

@@ -1,6 +1,6 @@
-#include "SettinsDialog.h"
+#include "app/SettinsDialog.h"
 
-#include "DeviceLog.h"
+#include "app/DeviceLog.h"
 
 #include <QCheckBox>
 #include <QComboBox>

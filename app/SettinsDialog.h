@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AppSettings.h"
+#include "app/AppSettings.h"
 #include "protocol/SerialConnection.h"
 
 #include <QDialog>

@@ -1,6 +1,6 @@
-#include "Skin.h"
+#include "app/Skin.h"
 
-#include "AppSettings.h"
+#include "app/AppSettings.h"
 
 #include <QApplication>
 #include <QFile>

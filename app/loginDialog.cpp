@@ -1,7 +1,7 @@
-#include "loginDialog.h"
+#include "app/loginDialog.h"
 
-#include "AppSettings.h"
-#include "loginSettings.h"
+#include "app/AppSettings.h"
+#include "app/loginSettings.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

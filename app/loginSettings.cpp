@@ -1,7 +1,7 @@
-#include "loginSettings.h"
+#include "app/loginSettings.h"
 
-#include "AppSettings.h"
-#include "DeviceLog.h"
+#include "app/AppSettings.h"
+#include "app/DeviceLog.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>

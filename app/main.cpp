@@ -1,11 +1,11 @@
-#include "AppSettings.h"
-#include "DeviceLog.h"
-#include "MainWindow.h"
-#include "Prompter.h"
-#include "QtTranslations.h"
-#include "SettingsStatePage.h"
-#include "Skin.h"
-#include "VantorConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+#include "app/AppSettings.h"
+#include "app/DeviceLog.h"
+#include "app/MainWindow.h"
+#include "app/Prompter.h"
+#include "app/QtTranslations.h"
+#include "app/Skin.h"
+#include "pages/SettingsStatePage.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

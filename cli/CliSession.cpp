@@ -1,11 +1,11 @@
-#include "CliSession.h"
+#include "cli/CliSession.h"
 
-#include "DeviceCommand.h"
-#include "InfoCommand.h"
-#include "ReadCommand.h"
-#include "ServiceCommand.h"
-#include "TelemetryCommand.h"
-#include "WriteCommand.h"
+#include "cli/DeviceCommand.h"
+#include "cli/InfoCommand.h"
+#include "cli/ReadCommand.h"
+#include "cli/ServiceCommand.h"
+#include "cli/TelemetryCommand.h"
+#include "cli/WriteCommand.h"
 
 #include "Devices/ConfigurationFile.h"
 #include "Devices/VantorConfiguration.h"
@@ -19,11 +19,8 @@
 #include <QSerialPort>
 #include <QTextStream>
 
-#if __has_include("FirmwareCommands.h")
-#include "FirmwareCommands.h"
+#include "cli/FirmwareCommands.h"
 #include "update/FirmwareImage.h"
-#define TAVREL_CLI_HAS_FLASH 1
-#endif
 
 namespace {
 
@@ -108,12 +105,6 @@ void CliSession::start() {
             return;
         }
     }
-#ifndef TAVREL_CLI_HAS_FLASH
-    if (m_options.command == CliOptions::Command::Flash) {
-        fail(QStringLiteral("обновление прошивки в этой сборке недоступно"));
-        return;
-    }
-#else
     if (m_options.command == CliOptions::Command::Flash) {
         // The image is checked before the device is touched: a bad file is the file's fault, not the link's.
         FirmwareImage image;
@@ -124,7 +115,6 @@ void CliSession::start() {
             return;
         }
     }
-#endif
 
     m_device = new Device(m_configuration, this);
     m_device->setResponseInterval(responseIntervalFor(m_options.isRemote(), m_options.deadlineMs()));
@@ -186,12 +176,10 @@ void CliSession::onConnected() {
 
 void CliSession::startCommand() {
     const int deadline = m_options.deadlineMs();
-#ifdef TAVREL_CLI_HAS_FLASH
     if (m_options.command == CliOptions::Command::Flash) {
         startFlash();
         return;
     }
-#endif
     DeviceCommand::Options o;
     o.deadlineMs = deadline;
     o.quietMs = m_device->responseInterval() + 200;
@@ -233,7 +221,6 @@ void CliSession::startCommand() {
 }
 
 void CliSession::startFlash() {
-#ifdef TAVREL_CLI_HAS_FLASH
     UNPParcer *parser = m_device->parser();
     connect(parser, &UNPParcer::PasswordChange, this,
             [this] { fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password")); });
@@ -272,7 +259,6 @@ void CliSession::startFlash() {
     m_device->protocol()->clearQueue();
     m_device->protocol()->login(m_options.password);
     m_device->sendNextCommand();
-#endif
 }
 
 void CliSession::onLinkError(int errorGroup, int errorCode) {

@@ -1,4 +1,4 @@
-#include "DeviceCommand.h"
+#include "cli/DeviceCommand.h"
 
 #include "protocol/Device.h"
 #include "protocol/UNPParcer.h"

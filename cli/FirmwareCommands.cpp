@@ -1,4 +1,4 @@
-#include "FirmwareCommands.h"
+#include "cli/FirmwareCommands.h"
 
 #include "protocol/Device.h"
 #include "protocol/UNPProtocol.h"

@@ -1,6 +1,6 @@
-#include "FrameText.h"
+#include "cli/FrameText.h"
 
-#include "TelemetryReport.h"
+#include "cli/TelemetryReport.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/ControlInfoConfiguration.h"

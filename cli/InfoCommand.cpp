@@ -1,4 +1,4 @@
-#include "InfoCommand.h"
+#include "cli/InfoCommand.h"
 
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"

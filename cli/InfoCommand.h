@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DeviceCommand.h"
+#include "cli/DeviceCommand.h"
 
 #include <QJsonObject>
 

@@ -1,6 +1,6 @@
-#include "ReadCommand.h"
+#include "cli/ReadCommand.h"
 
-#include "InfoCommand.h"
+#include "cli/InfoCommand.h"
 
 #include "Devices/ConfigurationFile.h"
 #include "Devices/VantorConfiguration.h"

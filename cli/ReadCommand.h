@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DeviceCommand.h"
+#include "cli/DeviceCommand.h"
 
 // `read -o FILE`: the identity and every section the full read asks for, then the configuration file,
 // written atomically so that an unfinished read never replaces a good file.

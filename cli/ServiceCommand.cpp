@@ -1,4 +1,4 @@
-#include "ServiceCommand.h"
+#include "cli/ServiceCommand.h"
 
 #include "protocol/Device.h"
 #include "protocol/UNPProtocol.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DeviceCommand.h"
+#include "cli/DeviceCommand.h"
 
 // One-request commands: `reset` (factory settings), `clear-memory` and `set-password N`, each settled
 // by the device's status answer.

@@ -1,6 +1,6 @@
-#include "TelemetryCommand.h"
+#include "cli/TelemetryCommand.h"
 
-#include "TelemetryReport.h"
+#include "cli/TelemetryReport.h"
 
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"

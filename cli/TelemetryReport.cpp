@@ -1,7 +1,7 @@
-#include "TelemetryReport.h"
+#include "cli/TelemetryReport.h"
 
 #include "Devices/ControlInfoConfiguration.h"
-#include "pages/TelemetryText.h"
+#include "Devices/TelemetryText.h"
 
 #include <QDateTime>
 

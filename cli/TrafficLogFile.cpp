@@ -1,4 +1,4 @@
-#include "TrafficLogFile.h"
+#include "cli/TrafficLogFile.h"
 
 #include <QFile>
 #include <QtGlobal>

@@ -1,4 +1,4 @@
-#include "WriteCommand.h"
+#include "cli/WriteCommand.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/LogicConfiguration.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DeviceCommand.h"
+#include "cli/DeviceCommand.h"
 
 // `write FILE`: every section the full write sends, taken from the configuration the file was loaded
 // into. Each write is settled by the device's status answer; the outputs are not part of it.

@@ -1,8 +1,8 @@
-#include "CliOptions.h"
-#include "CliSession.h"
-#include "FrameText.h"
-#include "PortList.h"
-#include "TrafficLogFile.h"
+#include "cli/CliOptions.h"
+#include "cli/CliSession.h"
+#include "cli/FrameText.h"
+#include "cli/PortList.h"
+#include "cli/TrafficLogFile.h"
 
 #include "protocol/SerialConnection.h"
 
@@ -11,10 +11,7 @@
 #include <QTextCodec>
 #include <QTextStream>
 
-#if __has_include("FirmwareCommands.h")
-#include "FirmwareCommands.h"
-#define TAVREL_CLI_HAS_FWINFO 1
-#endif
+#include "cli/FirmwareCommands.h"
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -101,12 +98,7 @@ int main(int argc, char *argv[]) {
         status = decode(options, out, err);
         break;
     case CliOptions::Command::FwInfo:
-#ifdef TAVREL_CLI_HAS_FWINFO
         status = fwInfoCommand(options.file, out, err);
-#else
-        err << QStringLiteral("tavrel-cli: сведения о прошивке в этой сборке недоступны") << '\n';
-        status = ExitFailure;
-#endif
         break;
     default: {
         CliSession session(options, out, err);

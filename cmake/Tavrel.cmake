@@ -1,21 +1,19 @@
-# Small helpers that keep the per-folder CMake files short: every folder is one library whose
-# sources are the .cpp/.h files in it, so adding a class never means editing a shared list.
+# Small helpers that keep the per-folder CMake files short. Every folder is one library with an
+# explicit source list; the repository root is the one include path, so every include names its folder.
 
 set(TAVREL_EMPTY_SOURCE ${CMAKE_CURRENT_LIST_DIR}/empty.cpp)
-
-# tavrel_library(<name> [EXCLUDE <file>...] QT <Qt5::X>... [LIBS <lib>...])
-function(tavrel_library name)
-    cmake_parse_arguments(L "" "" "QT;LIBS;EXCLUDE" ${ARGN})
-    file(GLOB_RECURSE srcs CONFIGURE_DEPENDS
-        ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
-    foreach(ex IN LISTS L_EXCLUDE)
-        list(REMOVE_ITEM srcs ${CMAKE_CURRENT_SOURCE_DIR}/${ex})
-    endforeach()
-    if(NOT srcs)
-        set(srcs ${TAVREL_EMPTY_SOURCE})
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(TAVREL_CCACHE ccache)
+    if(TAVREL_CCACHE)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${TAVREL_CCACHE})
     endif()
-    add_library(${name} STATIC ${srcs})
-    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR} ${PROJECT_SOURCE_DIR})
+endif()
+
+# tavrel_library(<name> SOURCES <file>... QT <Qt5::X>... [LIBS <lib>...])
+function(tavrel_library name)
+    cmake_parse_arguments(L "" "" "SOURCES;QT;LIBS" ${ARGN})
+    add_library(${name} STATIC ${L_SOURCES})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC ${L_QT} ${L_LIBS})
 endfunction()
 

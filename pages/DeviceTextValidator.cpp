@@ -1,4 +1,4 @@
-#include "DeviceTextValidator.h"
+#include "pages/DeviceTextValidator.h"
 
 #include <QLineEdit>
 

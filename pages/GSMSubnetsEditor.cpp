@@ -1,6 +1,6 @@
-#include "GSMSubnetsEditor.h"
+#include "pages/GSMSubnetsEditor.h"
 
-#include "PreferredNetworkStore.h"
+#include "pages/PreferredNetworkStore.h"
 
 #include <QDialogButtonBox>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "GsmProfileDialog.h"
+#include "pages/GsmProfileDialog.h"
 
-#include "DeviceTextValidator.h"
+#include "pages/DeviceTextValidator.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "GsmProfileStore.h"
+#include "pages/GsmProfileStore.h"
 
 #include <QDialog>
 

@@ -1,4 +1,4 @@
-#include "MobileOperatorList.h"
+#include "pages/MobileOperatorList.h"
 
 const QVector<MobileOperator> &MobileOperatorList::russian() {
     static const QVector<MobileOperator> list = {

@@ -1,4 +1,4 @@
-#include "PreferredNetworkStore.h"
+#include "pages/PreferredNetworkStore.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MobileOperatorList.h"
+#include "pages/MobileOperatorList.h"
 
 #include <QString>
 #include <QVector>

@@ -1,4 +1,4 @@
-#include "ProgramUpdatePage.h"
+#include "pages/ProgramUpdatePage.h"
 
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"

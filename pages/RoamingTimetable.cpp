@@ -1,4 +1,4 @@
-#include "RoamingTimetable.h"
+#include "pages/RoamingTimetable.h"
 
 #include <QStringList>
 

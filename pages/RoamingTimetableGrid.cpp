@@ -1,4 +1,4 @@
-#include "RoamingTimetableGrid.h"
+#include "pages/RoamingTimetableGrid.h"
 
 #include <QMouseEvent>
 #include <QPainter>

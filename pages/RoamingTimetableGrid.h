@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RoamingTimetable.h"
+#include "pages/RoamingTimetable.h"
 
 #include <QWidget>
 

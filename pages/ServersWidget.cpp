@@ -1,6 +1,6 @@
-#include "ServersWidget.h"
+#include "pages/ServersWidget.h"
 
-#include "DeviceTextValidator.h"
+#include "pages/DeviceTextValidator.h"
 
 #include "Devices/ServerConfiguration.h"
 #include "Devices/TelemetryRecords.h"

@@ -1,4 +1,4 @@
-#include "SettingsAnalogInPage.h"
+#include "pages/SettingsAnalogInPage.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/VantorConfiguration.h"

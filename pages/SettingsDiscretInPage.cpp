@@ -1,4 +1,4 @@
-#include "SettingsDiscretInPage.h"
+#include "pages/SettingsDiscretInPage.h"
 
 #include "Devices/LogicConfiguration.h"
 #include "Devices/TelemetryRecords.h"

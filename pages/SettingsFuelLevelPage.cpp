@@ -1,4 +1,4 @@
-#include "SettingsFuelLevelPage.h"
+#include "pages/SettingsFuelLevelPage.h"
 
 #include "Devices/FuelConfiguration.h"
 #include "Devices/VantorConfiguration.h"

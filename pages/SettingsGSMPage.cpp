@@ -1,8 +1,8 @@
-#include "SettingsGSMPage.h"
+#include "pages/SettingsGSMPage.h"
 
-#include "GSMSubnetsEditor.h"
-#include "GsmProfileDialog.h"
-#include "roumingShedulerDialog.h"
+#include "pages/GSMSubnetsEditor.h"
+#include "pages/GsmProfileDialog.h"
+#include "pages/roumingShedulerDialog.h"
 
 #include "Devices/GSMConfiguration.h"
 #include "Devices/VantorConfiguration.h"

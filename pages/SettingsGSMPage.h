@@ -1,9 +1,9 @@
 #pragma once
 
-#include "GsmProfileStore.h"
-#include "PreferredNetworkStore.h"
-#include "RoamingTimetable.h"
-#include "SettingsPageBase.h"
+#include "pages/GsmProfileStore.h"
+#include "pages/PreferredNetworkStore.h"
+#include "pages/RoamingTimetable.h"
+#include "pages/SettingsPageBase.h"
 
 #include <QVector>
 

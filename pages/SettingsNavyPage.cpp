@@ -1,4 +1,4 @@
-#include "SettingsNavyPage.h"
+#include "pages/SettingsNavyPage.h"
 
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/VantorConfiguration.h"

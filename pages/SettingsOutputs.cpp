@@ -1,6 +1,6 @@
-#include "SettingsOutputs.h"
+#include "pages/SettingsOutputs.h"
 
-#include "Widgetoutputs.h"
+#include "pages/Widgetoutputs.h"
 
 #include "Devices/OutputConfiguration.h"
 #include "Devices/VantorConfiguration.h"

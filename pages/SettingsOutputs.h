@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SettingsPageBase.h"
+#include "pages/SettingsPageBase.h"
 
 #include <QVector>
 

@@ -1,6 +1,6 @@
-#include "SettingsPageBase.h"
+#include "pages/SettingsPageBase.h"
 
-#include "DeviceTextValidator.h"
+#include "pages/DeviceTextValidator.h"
 
 #include "Devices/VantorConfiguration.h"
 

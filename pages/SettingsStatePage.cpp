@@ -1,9 +1,9 @@
-#include "SettingsStatePage.h"
+#include "pages/SettingsStatePage.h"
 
-#include "ControlInfoConfiguration.h"
-#include "DeviceInfoConfiguration.h"
-#include "TelemetryText.h"
-#include "VantorConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/TelemetryText.h"
+#include "Devices/VantorConfiguration.h"
 
 #include <QDateTime>
 #include <QEvent>

@@ -1,6 +1,6 @@
-#include "SettingsTransmittDataToServer.h"
+#include "pages/SettingsTransmittDataToServer.h"
 
-#include "ServersWidget.h"
+#include "pages/ServersWidget.h"
 
 #include "Devices/ServerConfiguration.h"
 #include "Devices/VantorConfiguration.h"

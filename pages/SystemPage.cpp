@@ -1,4 +1,4 @@
-#include "SystemPage.h"
+#include "pages/SystemPage.h"
 
 #include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"

@@ -1,4 +1,4 @@
-#include "Widgetoutputs.h"
+#include "pages/Widgetoutputs.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
-#include "roumingShedulerDialog.h"
+#include "pages/roumingShedulerDialog.h"
 
-#include "RoamingTimetableGrid.h"
+#include "pages/RoamingTimetableGrid.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>

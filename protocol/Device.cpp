@@ -1,10 +1,10 @@
-#include "Device.h"
+#include "protocol/Device.h"
 
-#include "Connection.h"
-#include "Frame.h"
-#include "TrafficLog.h"
-#include "UNPParcer.h"
-#include "UNPProtocol.h"
+#include "protocol/Connection.h"
+#include "protocol/Frame.h"
+#include "protocol/TrafficLog.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
 
 #include <QTimer>
 

@@ -1,7 +1,7 @@
-#include "DeviceWorkflows.h"
+#include "protocol/DeviceWorkflows.h"
 
-#include "Device.h"
-#include "UNPProtocol.h"
+#include "protocol/Device.h"
+#include "protocol/UNPProtocol.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/LogicConfiguration.h"

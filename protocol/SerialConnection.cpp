@@ -1,6 +1,6 @@
-#include "SerialConnection.h"
+#include "protocol/SerialConnection.h"
 
-#include "TrafficLog.h"
+#include "protocol/TrafficLog.h"
 
 #include <QSerialPortInfo>
 

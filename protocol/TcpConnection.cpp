@@ -1,7 +1,7 @@
-#include "TcpConnection.h"
+#include "protocol/TcpConnection.h"
 
-#include "Frame.h"
-#include "TrafficLog.h"
+#include "protocol/Frame.h"
+#include "protocol/TrafficLog.h"
 
 #include <QTcpSocket>
 

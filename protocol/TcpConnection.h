@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Connection.h"
+#include "protocol/Connection.h"
 
 #include <QAbstractSocket>
 #include <QString>

@@ -1,7 +1,7 @@
-#include "TrafficLog.h"
+#include "protocol/TrafficLog.h"
 
-#include "Frame.h"
-#include "UNPProtocol.h"
+#include "protocol/Frame.h"
+#include "protocol/UNPProtocol.h"
 
 #include "Devices/configuration.h"
 

@@ -1,9 +1,9 @@
-#include "UNPParcer.h"
+#include "protocol/UNPParcer.h"
 
-#include "Frame.h"
-#include "StatusNotifier.h"
-#include "TrafficLog.h"
-#include "UNPProtocol.h"
+#include "protocol/Frame.h"
+#include "protocol/StatusNotifier.h"
+#include "protocol/TrafficLog.h"
+#include "protocol/UNPProtocol.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/ByteOrder.h"

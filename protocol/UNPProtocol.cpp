@@ -1,4 +1,4 @@
-#include "UNPProtocol.h"
+#include "protocol/UNPProtocol.h"
 
 #include "Devices/AgcConfiguration.h"
 #include "Devices/FuelConfiguration.h"

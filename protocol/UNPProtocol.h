@@ -1,7 +1,7 @@
 #pragma once
 
-#include "AbstarctProtocol.h"
-#include "Frame.h"
+#include "protocol/AbstarctProtocol.h"
+#include "protocol/Frame.h"
 
 #include <QList>
 #include <QPointer>

@@ -1,8 +1,8 @@
-#include "DeviceUpdater.h"
+#include "update/DeviceUpdater.h"
 
-#include "FirmwareImage.h"
-#include "UpdateLog.h"
 #include "protocol/Connection.h"
+#include "update/FirmwareImage.h"
+#include "update/UpdateLog.h"
 
 #include <QDateTime>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "FirmwareImage.h"
-#include "UpdateChannel.h"
 #include "protocol/Connection.h"
+#include "update/FirmwareImage.h"
+#include "update/UpdateChannel.h"
 
 #include <QByteArray>
 #include <QObject>

@@ -1,7 +1,7 @@
-#include "FirmwareImage.h"
+#include "update/FirmwareImage.h"
 
-#include "UpdateChannel.h"
-#include "UpdateLog.h"
+#include "update/UpdateChannel.h"
+#include "update/UpdateLog.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
-#include "FirmwareUpdater.h"
+#include "update/FirmwareUpdater.h"
 
-#include "FirmwareImage.h"
-#include "UpdateLog.h"
+#include "update/FirmwareImage.h"
+#include "update/UpdateLog.h"
 
 #include <QDir>
 #include <QFile>

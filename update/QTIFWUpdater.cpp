@@ -1,6 +1,6 @@
-#include "QTIFWUpdater.h"
+#include "update/QTIFWUpdater.h"
 
-#include "UpdateLog.h"
+#include "update/UpdateLog.h"
 
 #include <QBuffer>
 #include <QDir>

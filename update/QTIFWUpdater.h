@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ComponentInformation.h"
+#include "update/ComponentInformation.h"
 
 #include <QObject>
 #include <QProcess>

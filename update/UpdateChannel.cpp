@@ -1,6 +1,6 @@
-#include "UpdateChannel.h"
+#include "update/UpdateChannel.h"
 
-#include "UpdateCrc.h"
+#include "update/UpdateCrc.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "UpdateCrc.h"
+#include "update/UpdateCrc.h"
 
 #include <array>
 

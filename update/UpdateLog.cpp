@@ -1,3 +1,3 @@
-#include "UpdateLog.h"
+#include "update/UpdateLog.h"
 
 Q_LOGGING_CATEGORY(lcUpdate, "tavrel.update")

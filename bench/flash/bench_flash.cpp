@@ -1,13 +1,13 @@
 // Builds a 512-page firmware image, starts the virtual tracker on a pseudo-terminal paced like the USB line
 // and times full flashes, once through the flash command in this process and once through the built
 // command-line tool, each beside the time the 512 page packets need on the line.
-#include "BskBuilder.h"
+#include "tests/update/BskBuilder.h"
 
-#include <Devices/VantorConfiguration.h>
-#include <cli/FirmwareCommands.h>
-#include <protocol/Device.h>
-#include <protocol/SerialConnection.h>
-#include <update/UpdateChannel.h>
+#include "Devices/VantorConfiguration.h"
+#include "cli/FirmwareCommands.h"
+#include "protocol/Device.h"
+#include "protocol/SerialConnection.h"
+#include "update/UpdateChannel.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,9 +1,9 @@
 // Starts the virtual tracker on a pseudo-terminal paced like the USB line, then times full reads and
 // full writes through the protocol library and sets each beside the time its bytes need on the line.
-#include <Devices/VantorConfiguration.h>
-#include <protocol/Device.h>
-#include <protocol/DeviceWorkflows.h>
-#include <protocol/SerialConnection.h>
+#include "Devices/VantorConfiguration.h"
+#include "protocol/Device.h"
+#include "protocol/DeviceWorkflows.h"
+#include "protocol/SerialConnection.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,13 +1,13 @@
 // Prints the time from process start to the main window shown, then polls the virtual tracker at the
 // fastest telemetry period (50 ms) for a minute and prints the resident memory and the longest command
 // queue seen. Usage: bench_startup [--seconds N] [--devsim PATH]
-#include "AppSettings.h"
-#include "Device.h"
-#include "MainWindow.h"
-#include "Prompter.h"
-#include "SerialConnection.h"
-#include "UNPParcer.h"
-#include "UNPProtocol.h"
+#include "app/AppSettings.h"
+#include "app/MainWindow.h"
+#include "app/Prompter.h"
+#include "protocol/Device.h"
+#include "protocol/SerialConnection.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

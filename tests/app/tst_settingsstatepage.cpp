@@ -1,9 +1,9 @@
-#include "ControlInfoConfiguration.h"
-#include "DeviceInfoConfiguration.h"
-#include "SettingsStatePage.h"
-#include "Skin.h"
-#include "TelemetryRecords.h"
-#include "VantorConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/TelemetryRecords.h"
+#include "Devices/VantorConfiguration.h"
+#include "app/Skin.h"
+#include "pages/SettingsStatePage.h"
 
 #include <QLabel>
 #include <QPainter>

@@ -1,7 +1,7 @@
 // The terminal tool end to end: every case runs the real tavrel-cli binary against the virtual tracker
 // (a pseudo-terminal or its configuration-server stand-in on 127.0.0.1) and checks exit status, stdout,
 // stderr and the files it writes.
-#include "BskBuilder.h"
+#include "tests/update/BskBuilder.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,6 +1,6 @@
 #include "cli/TelemetryReport.h"
 
-#include "ControlInfoConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "AgcConfiguration.h"
+#include "Devices/AgcConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,8 +1,8 @@
-#include "AgcConfiguration.h"
-#include "DeviceInfoConfiguration.h"
-#include "GSMConfiguration.h"
-#include "SystemConfiguration.h"
-#include "configuration.h"
+#include "Devices/AgcConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+#include "Devices/configuration.h"
 
 #include <QProcess>
 #include <QtTest>

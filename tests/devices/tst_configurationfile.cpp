@@ -1,5 +1,5 @@
-#include "ConfigurationFile.h"
-#include "ConfigurationSample.h"
+#include "Devices/ConfigurationFile.h"
+#include "tests/devices/ConfigurationSample.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,4 +1,4 @@
-#include "ControlInfoConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

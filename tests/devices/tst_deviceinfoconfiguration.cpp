@@ -1,4 +1,4 @@
-#include "DeviceInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "FuelConfiguration.h"
+#include "Devices/FuelConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

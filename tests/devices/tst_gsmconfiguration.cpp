@@ -1,4 +1,4 @@
-#include "GSMConfiguration.h"
+#include "Devices/GSMConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

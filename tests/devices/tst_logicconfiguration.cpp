@@ -1,4 +1,4 @@
-#include "LogicConfiguration.h"
+#include "Devices/LogicConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

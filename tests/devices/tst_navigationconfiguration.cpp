@@ -1,4 +1,4 @@
-#include "NavigationConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

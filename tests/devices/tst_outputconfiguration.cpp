@@ -1,4 +1,4 @@
-#include "OutputConfiguration.h"
+#include "Devices/OutputConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "ServerConfiguration.h"
+#include "Devices/ServerConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "SystemConfiguration.h"
+#include "Devices/SystemConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>

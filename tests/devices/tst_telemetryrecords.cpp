@@ -1,4 +1,4 @@
-#include "TelemetryRecords.h"
+#include "Devices/TelemetryRecords.h"
 
 #include <QtTest>
 

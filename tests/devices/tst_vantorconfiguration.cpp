@@ -1,5 +1,5 @@
-#include "ConfigurationSample.h"
-#include "ControlInfoConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "tests/devices/ConfigurationSample.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,16 +1,16 @@
 // Runs the real tavrel-devsim over a pseudo-terminal and talks to it through the protocol library.
-#include <Devices/ByteOrder.h>
-#include <Devices/DeviceInfoConfiguration.h>
-#include <Devices/GSMConfiguration.h>
-#include <Devices/ServerConfiguration.h>
-#include <Devices/SystemConfiguration.h>
-#include <Devices/VantorConfiguration.h>
-#include <protocol/Device.h>
-#include <protocol/DeviceWorkflows.h>
-#include <protocol/Frame.h>
-#include <protocol/SerialConnection.h>
-#include <protocol/UNPParcer.h>
-#include <update/UpdateChannel.h>
+#include "Devices/ByteOrder.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/ServerConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+#include "protocol/Device.h"
+#include "protocol/DeviceWorkflows.h"
+#include "protocol/Frame.h"
+#include "protocol/SerialConnection.h"
+#include "protocol/UNPParcer.h"
+#include "update/UpdateChannel.h"
 
 #include <QProcess>
 #include <QTemporaryDir>

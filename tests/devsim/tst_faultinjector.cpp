@@ -1,4 +1,4 @@
-#include "FaultInjector.h"
+#include "tools/devsim/FaultInjector.h"
 
 #include <QtTest>
 

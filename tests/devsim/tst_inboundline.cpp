@@ -1,4 +1,4 @@
-#include "InboundLine.h"
+#include "tools/devsim/InboundLine.h"
 
 #include <QtTest>
 

@@ -1,6 +1,6 @@
-#include "RequestAssembler.h"
+#include "tools/devsim/RequestAssembler.h"
 
-#include <protocol/Frame.h>
+#include "protocol/Frame.h"
 
 #include <QtTest>
 

@@ -1,15 +1,15 @@
-#include "VirtualTracker.h"
+#include "tools/devsim/VirtualTracker.h"
 
-#include <Devices/ByteOrder.h>
-#include <Devices/ControlInfoConfiguration.h>
-#include <Devices/DeviceInfoConfiguration.h>
-#include <Devices/GSMConfiguration.h>
-#include <Devices/NavigationConfiguration.h>
-#include <Devices/OutputConfiguration.h>
-#include <Devices/SystemConfiguration.h>
-#include <Devices/VantorConfiguration.h>
-#include <protocol/Frame.h>
-#include <protocol/UNPParcer.h>
+#include "Devices/ByteOrder.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+#include "protocol/Frame.h"
+#include "protocol/UNPParcer.h"
 
 #include <QtTest>
 

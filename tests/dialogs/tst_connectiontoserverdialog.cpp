@@ -1,4 +1,4 @@
-#include "ConnectionToServerDialog.h"
+#include "app/ConnectionToServerDialog.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "DeviceLog.h"
+#include "app/DeviceLog.h"
 
 #include <QLoggingCategory>
 #include <QTemporaryDir>

@@ -1,5 +1,5 @@
-#include "AppSettings.h"
-#include "loginDialog.h"
+#include "app/AppSettings.h"
+#include "app/loginDialog.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -1,5 +1,5 @@
-#include "AppSettings.h"
-#include "loginSettings.h"
+#include "app/AppSettings.h"
+#include "app/loginSettings.h"
 
 #include <QCheckBox>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "AppSettings.h"
-#include "SettinsDialog.h"
-#include "Skin.h"
-#include "loginSettings.h"
+#include "app/AppSettings.h"
+#include "app/SettinsDialog.h"
+#include "app/Skin.h"
+#include "app/loginSettings.h"
 
 #include <QCheckBox>
 #include <QComboBox>

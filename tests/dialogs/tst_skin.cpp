@@ -1,5 +1,5 @@
-#include "AppSettings.h"
-#include "Skin.h"
+#include "app/AppSettings.h"
+#include "app/Skin.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "WaitMessageDlg.h"
+#include "app/WaitMessageDlg.h"
 
 #include <QElapsedTimer>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Devices/VantorConfiguration.h"
-#include "SettingsPageBase.h"
+#include "pages/SettingsPageBase.h"
 #include "protocol/Device.h"
 #include "protocol/DeviceWorkflows.h"
 #include "protocol/Frame.h"

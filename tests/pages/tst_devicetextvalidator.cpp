@@ -1,5 +1,5 @@
-#include "DeviceTextValidator.h"
-#include "PageSession.h"
+#include "pages/DeviceTextValidator.h"
+#include "tests/pages/PageSession.h"
 
 class tst_DeviceTextValidator : public QObject {
     Q_OBJECT

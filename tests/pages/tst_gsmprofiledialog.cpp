@@ -1,5 +1,5 @@
-#include "GsmProfileDialog.h"
-#include "PageSession.h"
+#include "pages/GsmProfileDialog.h"
+#include "tests/pages/PageSession.h"
 
 class tst_GsmProfileDialog : public QObject {
     Q_OBJECT

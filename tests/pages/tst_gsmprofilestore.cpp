@@ -1,4 +1,4 @@
-#include "GsmProfileStore.h"
+#include "pages/GsmProfileStore.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "GSMSubnetsEditor.h"
-#include "PreferredNetworkStore.h"
+#include "pages/GSMSubnetsEditor.h"
+#include "pages/PreferredNetworkStore.h"
 
 #include <QLineEdit>
 #include <QTableWidget>

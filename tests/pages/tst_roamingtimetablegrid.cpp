@@ -1,5 +1,5 @@
-#include "RoamingTimetableGrid.h"
-#include "roumingShedulerDialog.h"
+#include "pages/RoamingTimetableGrid.h"
+#include "pages/roumingShedulerDialog.h"
 
 #include <QMouseEvent>
 #include <QPushButton>

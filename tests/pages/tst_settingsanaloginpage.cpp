@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SettingsAnalogInPage.h"
+#include "pages/SettingsAnalogInPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/AgcConfiguration.h"
 

@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SettingsDiscretInPage.h"
+#include "pages/SettingsDiscretInPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/LogicConfiguration.h"
 

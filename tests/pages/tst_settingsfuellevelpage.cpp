@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SettingsFuelLevelPage.h"
+#include "pages/SettingsFuelLevelPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/FuelConfiguration.h"
 

@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SettingsGSMPage.h"
+#include "pages/SettingsGSMPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/GSMConfiguration.h"
 

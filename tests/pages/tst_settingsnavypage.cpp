@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SettingsNavyPage.h"
+#include "pages/SettingsNavyPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/NavigationConfiguration.h"
 

@@ -1,6 +1,6 @@
-#include "PageSession.h"
-#include "SettingsOutputs.h"
-#include "Widgetoutputs.h"
+#include "pages/SettingsOutputs.h"
+#include "pages/Widgetoutputs.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/OutputConfiguration.h"
 

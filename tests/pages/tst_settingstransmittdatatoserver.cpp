@@ -1,6 +1,6 @@
-#include "PageSession.h"
-#include "ServersWidget.h"
-#include "SettingsTransmittDataToServer.h"
+#include "pages/ServersWidget.h"
+#include "pages/SettingsTransmittDataToServer.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/ServerConfiguration.h"
 

@@ -1,5 +1,5 @@
-#include "PageSession.h"
-#include "SystemPage.h"
+#include "pages/SystemPage.h"
+#include "tests/pages/PageSession.h"
 
 #include "Devices/SystemConfiguration.h"
 

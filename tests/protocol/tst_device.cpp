@@ -1,6 +1,6 @@
-#include "FakeLink.h"
-#include "LogCapture.h"
-#include "SectionsFixture.h"
+#include "tests/protocol/FakeLink.h"
+#include "tests/protocol/LogCapture.h"
+#include "tests/protocol/SectionsFixture.h"
 
 #include "protocol/Device.h"
 #include "protocol/UNPParcer.h"

@@ -1,5 +1,5 @@
-#include "FakeLink.h"
-#include "SectionsFixture.h"
+#include "tests/protocol/FakeLink.h"
+#include "tests/protocol/SectionsFixture.h"
 
 #include "protocol/Device.h"
 #include "protocol/DeviceWorkflows.h"

@@ -1,4 +1,4 @@
-#include "LogCapture.h"
+#include "tests/protocol/LogCapture.h"
 
 #include "protocol/SerialConnection.h"
 

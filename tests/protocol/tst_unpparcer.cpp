@@ -1,5 +1,5 @@
-#include "LogCapture.h"
-#include "SectionsFixture.h"
+#include "tests/protocol/LogCapture.h"
+#include "tests/protocol/SectionsFixture.h"
 
 #include "protocol/Frame.h"
 #include "protocol/StatusNotifier.h"

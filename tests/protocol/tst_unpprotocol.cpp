@@ -1,4 +1,4 @@
-#include "SectionsFixture.h"
+#include "tests/protocol/SectionsFixture.h"
 
 #include "protocol/UNPProtocol.h"
 

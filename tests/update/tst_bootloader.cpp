@@ -1,6 +1,6 @@
-#include "BootLoader.h"
-#include "BskBuilder.h"
-#include "FakeLink.h"
+#include "tests/update/BskBuilder.h"
+#include "tests/update/FakeLink.h"
+#include "tools/devsim/BootLoader.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 

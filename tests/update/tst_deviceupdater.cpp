@@ -1,5 +1,5 @@
-#include "BskBuilder.h"
-#include "FakeLink.h"
+#include "tests/update/BskBuilder.h"
+#include "tests/update/FakeLink.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 #include "update/UpdateCrc.h"

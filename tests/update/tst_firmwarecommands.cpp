@@ -1,8 +1,8 @@
-#include "BootLoader.h"
-#include "BskBuilder.h"
-#include "FakeLink.h"
-#include "FirmwareCommands.h"
+#include "cli/FirmwareCommands.h"
 #include "protocol/Device.h"
+#include "tests/update/BskBuilder.h"
+#include "tests/update/FakeLink.h"
+#include "tools/devsim/BootLoader.h"
 #include "update/DeviceUpdater.h"
 
 #include <QSignalSpy>

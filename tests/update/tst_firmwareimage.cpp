@@ -1,4 +1,4 @@
-#include "BskBuilder.h"
+#include "tests/update/BskBuilder.h"
 #include "update/FirmwareImage.h"
 
 #include <QSignalSpy>

@@ -1,4 +1,4 @@
-#include "BskBuilder.h"
+#include "tests/update/BskBuilder.h"
 #include "update/FirmwareUpdater.h"
 
 #include <QNetworkProxy>

@@ -1,5 +1,5 @@
-#include "BskBuilder.h"
 #include "pages/ProgramUpdatePage.h"
+#include "tests/update/BskBuilder.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 

@@ -1,4 +1,4 @@
-#include "BootLoader.h"
+#include "tools/devsim/BootLoader.h"
 
 #include "update/UpdateChannel.h"
 

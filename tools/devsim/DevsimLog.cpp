@@ -1,3 +1,3 @@
-#include "DevsimLog.h"
+#include "tools/devsim/DevsimLog.h"
 
 Q_LOGGING_CATEGORY(lcDevsim, "tavrel.devsim", QtInfoMsg)

@@ -1,4 +1,4 @@
-#include "DevsimOptions.h"
+#include "tools/devsim/DevsimOptions.h"
 
 #include <QCommandLineParser>
 

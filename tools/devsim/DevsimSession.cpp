@@ -1,13 +1,13 @@
-#include "DevsimSession.h"
+#include "tools/devsim/DevsimSession.h"
 
-#include "BootLoader.h"
-#include "DevsimLog.h"
-#include "DevsimOptions.h"
-#include "InboundLine.h"
-#include "SimLink.h"
-#include "VirtualTracker.h"
+#include "tools/devsim/BootLoader.h"
+#include "tools/devsim/DevsimLog.h"
+#include "tools/devsim/DevsimOptions.h"
+#include "tools/devsim/InboundLine.h"
+#include "tools/devsim/SimLink.h"
+#include "tools/devsim/VirtualTracker.h"
 
-#include <protocol/Frame.h>
+#include "protocol/Frame.h"
 
 #include <QDateTime>
 #include <QFile>

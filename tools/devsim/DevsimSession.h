@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FaultInjector.h"
-#include "RequestAssembler.h"
+#include "tools/devsim/FaultInjector.h"
+#include "tools/devsim/RequestAssembler.h"
 
 #include <QElapsedTimer>
 #include <QObject>

@@ -1,6 +1,6 @@
-#include "FaultInjector.h"
+#include "tools/devsim/FaultInjector.h"
 
-#include "DevsimLog.h"
+#include "tools/devsim/DevsimLog.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

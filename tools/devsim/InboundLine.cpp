@@ -1,6 +1,6 @@
-#include "InboundLine.h"
+#include "tools/devsim/InboundLine.h"
 
-#include "FaultInjector.h"
+#include "tools/devsim/FaultInjector.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

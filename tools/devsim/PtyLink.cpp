@@ -1,6 +1,6 @@
-#include "PtyLink.h"
+#include "tools/devsim/PtyLink.h"
 
-#include "DevsimLog.h"
+#include "tools/devsim/DevsimLog.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SimLink.h"
+#include "tools/devsim/SimLink.h"
 
 class QSocketNotifier;
 class QTimer;

@@ -1,7 +1,7 @@
-#include "RequestAssembler.h"
+#include "tools/devsim/RequestAssembler.h"
 
-#include <Devices/ByteOrder.h>
-#include <protocol/Frame.h>
+#include "Devices/ByteOrder.h"
+#include "protocol/Frame.h"
 
 using proto::Frame;
 

@@ -1,8 +1,8 @@
-#include "TcpLink.h"
+#include "tools/devsim/TcpLink.h"
 
-#include "DevsimLog.h"
+#include "tools/devsim/DevsimLog.h"
 
-#include <protocol/Frame.h>
+#include "protocol/Frame.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>

@@ -1,4 +1,4 @@
-#include "TrackerModel.h"
+#include "tools/devsim/TrackerModel.h"
 
 #include <QDateTime>
 #include <QHostAddress>

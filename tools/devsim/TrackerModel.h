@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Devices/TelemetryRecords.h>
+#include "Devices/TelemetryRecords.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,20 +1,20 @@
-#include "VirtualTracker.h"
+#include "tools/devsim/VirtualTracker.h"
 
-#include "DevsimLog.h"
+#include "tools/devsim/DevsimLog.h"
 
-#include <Devices/AgcConfiguration.h>
-#include <Devices/ByteOrder.h>
-#include <Devices/DeviceInfoConfiguration.h>
-#include <Devices/FuelConfiguration.h>
-#include <Devices/GSMConfiguration.h>
-#include <Devices/LogicConfiguration.h>
-#include <Devices/NavigationConfiguration.h>
-#include <Devices/OutputConfiguration.h>
-#include <Devices/ServerConfiguration.h>
-#include <Devices/SystemConfiguration.h>
-#include <Devices/TelemetryRecords.h>
-#include <Devices/VantorConfiguration.h>
-#include <protocol/Frame.h>
+#include "Devices/AgcConfiguration.h"
+#include "Devices/ByteOrder.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/FuelConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/LogicConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+#include "Devices/ServerConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+#include "Devices/TelemetryRecords.h"
+#include "Devices/VantorConfiguration.h"
+#include "protocol/Frame.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TrackerModel.h"
+#include "tools/devsim/TrackerModel.h"
 
 #include <QByteArray>
 #include <QJsonObject>

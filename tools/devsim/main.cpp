@@ -1,12 +1,12 @@
-#include "DevsimLog.h"
-#include "DevsimOptions.h"
-#include "DevsimSession.h"
-#include "PtyLink.h"
-#include "TcpLink.h"
-#include "VirtualTracker.h"
+#include "tools/devsim/DevsimLog.h"
+#include "tools/devsim/DevsimOptions.h"
+#include "tools/devsim/DevsimSession.h"
+#include "tools/devsim/PtyLink.h"
+#include "tools/devsim/TcpLink.h"
+#include "tools/devsim/VirtualTracker.h"
 
-#include <Devices/DeviceInfoConfiguration.h>
-#include <Devices/VantorConfiguration.h>
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/VantorConfiguration.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

@@ -1,4 +1,4 @@
-#include "TelemetryText.h"
+#include "Devices/TelemetryText.h"
 
 namespace TelemetryText {
 

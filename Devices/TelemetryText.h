@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TelemetryRecords.h"
+#include "Devices/TelemetryRecords.h"
 
 #include <QString>
 
