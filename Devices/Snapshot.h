@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDateTime>
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+class VantorConfiguration;
+
+namespace kd {
+
+struct ConfigurationDiff;
+
+// The device's values as read before a write, with what was then written. Unlike the configuration file a
+// snapshot keeps every field (roaming, "faultSpeed" and the identity included), in a format of its own
+// with a version number, so restoring it puts the device back exactly as it was.
+struct Snapshot {
+    static constexpr int FormatVersion = 1;
+
+    QString imei;
+    QDateTime time;
+    QString programVersion;
+    QJsonObject values; // field path -> value (text, number, timetable as 32 hex digits)
+    // What was written over these values: {"path", "before", "after"} per changed field.
+    QVector<QJsonObject> written;
+    QString filePath; // where it was loaded from or saved to
+
+    // The device's values now, and the changes about to be written over them.
+    static Snapshot capture(const VantorConfiguration &device, const QVector<QJsonObject> &written = {});
+    static QVector<QJsonObject> changesOf(const ConfigurationDiff &diff);
+    // Every field into `cfg`.
+    void applyTo(VantorConfiguration &cfg) const;
+    // The written changes for the user: "SIM 2: роуминг: запрещен → разрешен".
+    QStringList writtenLines() const;
+
+    QByteArray toJson() const;
+    // All or nothing: a snapshot of another version, or one missing any field, is refused with a reason.
+    static bool fromJson(const QByteArray &data, Snapshot *snapshot, QString *error);
+};
+
+} // namespace kd

@@ -1,0 +1,231 @@
+#include "Devices/ConfigurationDiff.h"
+#include "Devices/ConfigurationFile.h"
+#include "Devices/ConfigurationFileCheck.h"
+#include "Devices/SnapshotStore.h"
+#include "tests/devices/ConfigurationSample.h"
+
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace kd;
+
+namespace {
+QJsonObject fileOf(const VantorConfiguration &cfg) {
+    QJsonObject root;
+    cfg.write(root);
+    return root;
+}
+
+QStringList paths(const QVector<const ConfigField *> &fields) {
+    QStringList out;
+    for (const ConfigField *f : fields)
+        out << f->path;
+    return out;
+}
+} // namespace
+
+class tst_ConfigurationDiff : public QObject {
+    Q_OBJECT
+
+private slots:
+    // One field set on each side; the line is what the user reads, empty when the device would hold the
+    // same value (masked to the field, text as the wire carries it).
+    void fieldChange_data() {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QVariant>("before");
+        QTest::addColumn<QVariant>("after");
+        QTest::addColumn<QString>("human");
+        QTest::addColumn<QString>("plain");
+        QTest::newRow("roaming") << "gsm[1].roaming.forbidden" << QVariant(1ULL) << QVariant(0ULL)
+                                 << "SIM 2: роуминг: запрещен → разрешен"
+                                 << "gsm[1].roaming.forbidden: 1 -> 0";
+        QTest::newRow("unit") << "navigation.faultSpeed" << QVariant(3ULL) << QVariant(0ULL)
+                              << "Навигация: Порог ложной скорости: 3 км/ч → 0 км/ч"
+                              << "navigation.faultSpeed: 3 -> 0";
+        QTest::newRow("text") << "Server[0].server" << QVariant("a.ru") << QVariant("")
+                              << "Сервер 1: Адрес сервера: «a.ru» → (пусто)"
+                              << "Server[0].server: \"a.ru\" -> \"\"";
+        QTest::newRow("timetable count")
+            << "gsm[0].roaming.timetable" << QVariant("ff") << QVariant("0")
+            << "SIM 1: расписание роуминга: 8 из 112 интервалов → 0 из 112 интервалов"
+            << "gsm[0].roaming.timetable: 0x000000000000000000000000000000ff -> "
+               "0x00000000000000000000000000000000";
+        QTest::newRow("timetable same count")
+            << "gsm[0].roaming.timetable" << QVariant("1") << QVariant("2")
+            << "SIM 1: расписание роуминга: 1 из 112 интервалов (0x00000000000000000000000000000001) → 1 из "
+               "112 "
+               "интервалов (0x00000000000000000000000000000002)"
+            << "gsm[0].roaming.timetable: 0x00000000000000000000000000000001 -> "
+               "0x00000000000000000000000000000002";
+        QTest::newRow("masked to 4 bits")
+            << "SystemParameters.gsens" << QVariant(16ULL) << QVariant(0ULL) << ""
+            << "";
+        QTest::newRow("flag bit") << "adcs[2].enabled" << QVariant(3ULL) << QVariant(1ULL) << ""
+                                  << "";
+        QTest::newRow("unsendable tail")
+            << "gsm[0].gprs.apn" << QVariant("internet") << QVariant("internetЖx") << ""
+            << "";
+        QTest::newRow("beyond 32") << "gsm[1].gprs.apn_password" << QVariant(QString(32, 'p'))
+                                   << QVariant(QString(40, 'p')) << ""
+                                   << "";
+    }
+    void fieldChange() {
+        QFETCH(QString, path);
+        QFETCH(QVariant, before);
+        QFETCH(QVariant, after);
+        const ConfigField *f = findField(path);
+        QVERIFY(f);
+        VantorConfiguration a, b;
+        f->assign(a, before);
+        f->assign(b, after);
+
+        const ConfigurationDiff d = ConfigurationDiff::compare(a, b);
+
+        QFETCH(QString, human);
+        QFETCH(QString, plain);
+        QCOMPARE(d.humanLines().join('\n'), human);
+        QCOMPARE(d.plainLines().join('\n'), plain);
+        QCOMPARE(d.unchanged + d.changes.size(), writableFields().size());
+    }
+
+    // Saved and loaded again, the file loses the roaming and "faultSpeed"; the check names exactly those,
+    // and keeping the device's values for them makes the write change nothing.
+    void roundTripKeepsTheDeviceValuesOnRequest() {
+        VantorConfiguration device;
+        fillSample(device);
+        const QJsonObject root = fileOf(device);
+        VantorConfiguration loaded;
+        loaded.read(root);
+
+        const ConfigurationDiff before = ConfigurationDiff::compare(device, loaded);
+        const QVector<const ConfigField *> lacking = fieldsNotInFile(root);
+        keepDeviceValues(loaded, device, lacking);
+
+        QCOMPARE(before.plainLines(),
+                 QStringList({"navigation.faultSpeed: 150 -> 0", "gsm[0].roaming.forbidden: 1 -> 0",
+                              "gsm[0].roaming.timetable: 0x00000000000003e800000000000007d0 -> "
+                              "0x00000000000000000000000000000000",
+                              "gsm[1].roaming.forbidden: 1 -> 0",
+                              "gsm[1].roaming.timetable: 0x00000000000003e900000000000007d1 -> "
+                              "0x00000000000000000000000000000000"}));
+        QCOMPARE(paths(lacking),
+                 QStringList({"navigation.faultSpeed", "gsm[0].roaming.forbidden", "gsm[0].roaming.timetable",
+                              "gsm[1].roaming.forbidden", "gsm[1].roaming.timetable"}));
+        QCOMPARE(identityNotInFile(root), QStringList{"IMEI"});
+        QVERIFY(ConfigurationDiff::compare(device, loaded).isEmpty());
+        QCOMPARE(fieldsNotInFile(QJsonObject()).size(), writableFields().size());
+    }
+
+    void otherModel() {
+        VantorConfiguration device;
+        fillSample(device);
+        QJsonObject root = fileOf(device);
+        QCOMPARE(otherModelWarning(root, device), QString());
+        QCOMPARE(otherModelWarning(QJsonObject(), device), QString());
+        root.insert("hardver.devmod", 5);
+        QCOMPARE(otherModelWarning(root, device),
+                 "Файл сохранен с прибора другой модели (группа 1, тип 3, модификация 5), подключен прибор: "
+                 "группа 1, тип 3, модификация 2");
+    }
+
+    void fileCheck_data() {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QStringList>("lines");
+        QTest::newRow("empty") << QByteArray("{}")
+                               << QStringList{"в файле нет ни одного параметра конфигурации"};
+        QTest::newRow("identity only") << QByteArray(R"({"name":"x","hardver.devtype":3})")
+                                       << QStringList{"в файле нет ни одного параметра конфигурации"};
+        QTest::newRow("fine") << QByteArray(R"({"SystemParameters":{"gsens":15,"lowSpeed":1}})")
+                              << QStringList();
+        QTest::newRow("masked") << QByteArray(R"({"SystemParameters":{"gsens":300}})")
+                                << QStringList{
+                                       "SystemParameters.gsens: в файле 300 (вне диапазона, читается как "
+                                       "44), в прибор уйдет 12"};
+        QTest::newRow("negative port")
+            << QByteArray(R"({"Server":[{"port":-5}]})")
+            << QStringList{"Server[0].port: в файле -5 (вне диапазона), в прибор уйдет "
+                           "4294967291"};
+        QTest::newRow("fraction") << QByteArray(R"({"navigation":{"deltaSpeed":2.5}})")
+                                  << QStringList{
+                                         "navigation.deltaSpeed: в файле 2.5 (вне диапазона), в прибор "
+                                         "уйдет 2"};
+        QTest::newRow("string for a number") << QByteArray(R"({"adcs":[{},{"averaging":"10"}]})")
+                                             << QStringList{"adcs[1].averaging: в файле \"10\" (не число), в "
+                                                            "прибор уйдет 0"};
+        QTest::newRow("long text")
+            << QByteArray(R"({"gsm":[{"gprs 1":{"apn":"abcdefghijklmnopqrstuvwxyz0123456789"}}]})")
+            << QStringList{"gsm[0].gprs.apn: в файле \"abcdefghijklmnopqrstuvwxyz0123456789\" "
+                           "(длиннее 32 символов), в прибор уйдет "
+                           "\"abcdefghijklmnopqrstuvwxyz012345\""};
+        QTest::newRow("cyrillic") << QByteArray(R"({"gsm":[{},{"gprs 2":{"apn_name":"юзер"}}]})")
+                                  << QStringList{
+                                         "gsm[1].gprs.apn_name: в файле \"юзер\" (символы, которые прибор "
+                                         "не принимает), в прибор уйдет \"\""};
+        QTest::newRow("number for text")
+            << QByteArray(R"({"Server":[{"server":7}]})")
+            << QStringList{"Server[0].server: в файле 7 (не текст), в прибор уйдет \"\""};
+    }
+    void fileCheck() {
+        QFETCH(QByteArray, json);
+        QFETCH(QStringList, lines);
+        const ConfigurationFileCheck c =
+            ConfigurationFileCheck::check(QJsonDocument::fromJson(json).object());
+        QCOMPARE(c.lines(), lines);
+        QCOMPARE(c.ok(), lines.isEmpty());
+    }
+
+    // Every field comes back, the roaming and the identity included; a damaged or foreign file is skipped
+    // whole; only the newest Kept stay.
+    void snapshots() {
+        QTemporaryDir dir;
+        SnapshotStore store(dir.path());
+        VantorConfiguration device;
+        fillSample(device);
+        VantorConfiguration other;
+        Snapshot s =
+            Snapshot::capture(device, Snapshot::changesOf(ConfigurationDiff::compare(device, other)));
+        s.programVersion = "1.2.3";
+        const QString path = store.save(s);
+        QVERIFY(!path.isEmpty());
+
+        const QString folder = QFileInfo(path).absolutePath();
+        QFile cut(folder + "/20000101-000000000.json");
+        QVERIFY(cut.open(QIODevice::WriteOnly));
+        cut.write(s.toJson().left(200));
+        cut.close();
+        QJsonObject lacking = QJsonDocument::fromJson(s.toJson()).object();
+        QJsonObject values = lacking.value("values").toObject();
+        values.remove("navigation.faultSpeed");
+        lacking.insert("values", values);
+        QFile half(folder + "/20000102-000000000.json");
+        QVERIFY(half.open(QIODevice::WriteOnly));
+        half.write(QJsonDocument(lacking).toJson());
+        half.close();
+
+        QStringList damaged;
+        const QVector<Snapshot> list = store.list("863071014478127", &damaged);
+        QCOMPARE(list.size(), 1);
+        QCOMPARE(damaged.size(), 2);
+        QVERIFY2(damaged.at(0).endsWith("нет значения navigation.faultSpeed"), qPrintable(damaged.at(0)));
+        QCOMPARE(list.at(0).programVersion, QString("1.2.3"));
+        QCOMPARE(list.at(0).writtenLines().size(), ConfigurationDiff::compare(device, other).changes.size());
+        QVERIFY(list.at(0).writtenLines().contains("SIM 1: роуминг: запрещен → разрешен"));
+
+        VantorConfiguration restored;
+        list.at(0).applyTo(restored);
+        for (const ConfigField &f : configurationFields())
+            QVERIFY2(f.rawValue(restored) == f.rawValue(device), qPrintable(f.path));
+
+        for (int i = 0; i < SnapshotStore::Kept + 2; ++i) {
+            Snapshot more = s;
+            more.time = more.time.addSecs(i + 1);
+            QVERIFY(!store.save(more).isEmpty());
+        }
+        QCOMPARE(QDir(folder).entryList(QDir::Files).size(), SnapshotStore::Kept);
+        QVERIFY(!QFile::exists(path));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ConfigurationDiff)
+#include "tst_configurationdiff.moc"
