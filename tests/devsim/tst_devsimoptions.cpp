@@ -18,7 +18,8 @@ void tst_DevsimOptions::ptyWithEverything() {
     QVERIFY2(o.parse(QStringLiteral("tavrel-devsim --pty --link /tmp/x --state s.json --password 4294967295 "
                                     "--blocked --silent-every 3 --truncate-every 4 --garbage-every 5 --split "
                                     "--latency 20 --baud 115200 --hangup-after 7 --fw-version 3.9.17 "
-                                    "--hw-version 0x1203 --corrupt-every 2")
+                                    "--hw-version 0x1203 --corrupt-every 2 --ignore-writes GSMConfiguration "
+                                    "--ignore-writes SystemConfiguration")
                          .split(' '),
                      &error),
              qPrintable(error));
@@ -29,6 +30,7 @@ void tst_DevsimOptions::ptyWithEverything() {
                            o.baud, o.hangupAfter, o.fwMajor, o.fwMiddle, o.fwBuild, o.hwVersion}),
              QVector<int>({3, 4, 5, 2, 20, 115200, 7, 3, 9, 17, 0x1203}));
     QVERIFY(o.hasFwVersion && o.hasHwVersion);
+    QCOMPARE(o.ignoredWrites, QStringList({"GSMConfiguration", "SystemConfiguration"}));
 }
 
 void tst_DevsimOptions::tcpPortAndImei() {
@@ -55,6 +57,7 @@ void tst_DevsimOptions::badCommandLines_data() {
     QTest::newRow("link with tcp") << QStringList{"--tcp", "0", "--link", "/tmp/x"};
     QTest::newRow("imei with pty") << QStringList{"--pty", "--imei", "1"};
     QTest::newRow("unknown option") << QStringList{"--pty", "--colour"};
+    QTest::newRow("unwritten section") << QStringList{"--pty", "--ignore-writes", "mainDviceInfo"};
     QTest::newRow("stray argument") << QStringList{"--pty", "extra"};
 }
 

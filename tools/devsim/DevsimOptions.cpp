@@ -1,5 +1,7 @@
 #include "tools/devsim/DevsimOptions.h"
 
+#include "tools/devsim/VirtualTracker.h"
+
 #include <QCommandLineParser>
 
 namespace {
@@ -45,7 +47,9 @@ QString DevsimOptions::usage() {
         "  --split               send each answer in two writes with a pause between them\n"
         "  --latency MS          wait MS milliseconds before each answer\n"
         "  --baud B              pace the line at B baud both ways (10 bits a byte)\n"
-        "  --hangup-after N      close the link after N answers (pty: exit; tcp: disconnect the client)\n");
+        "  --hangup-after N      close the link after N answers (pty: exit; tcp: disconnect the client)\n"
+        "  --ignore-writes KEY   answer writes of section KEY (e.g. SystemConfiguration) with status 1\n"
+        "                        but keep the old values (repeatable)\n");
 }
 
 bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
@@ -54,9 +58,10 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
         error = &dummy;
     QCommandLineParser p;
     p.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QString valued[] = {
-        "link",          "tcp",     "imei", "state",        "password",   "silent-every", "truncate-every",
-        "garbage-every", "latency", "baud", "hangup-after", "fw-version", "hw-version",   "corrupt-every"};
+    const QString valued[] = {"link",       "tcp",           "imei",           "state",
+                              "password",   "silent-every",  "truncate-every", "garbage-every",
+                              "latency",    "baud",          "hangup-after",   "fw-version",
+                              "hw-version", "corrupt-every", "ignore-writes"};
     const QString flags[] = {"pty", "blocked", "split", "help"};
     for (const QString &name : valued)
         p.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
@@ -104,6 +109,13 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
     statePath = p.value("state");
     blocked = p.isSet("blocked");
     split = p.isSet("split");
+    ignoredWrites = p.values("ignore-writes");
+    for (const QString &key : ignoredWrites) {
+        if (!VirtualTracker::writeCode(key)) {
+            *error = QStringLiteral("--ignore-writes wants a written section key, got \"%1\"").arg(key);
+            return false;
+        }
+    }
 
     if (p.isSet("password")) {
         bool ok = false;

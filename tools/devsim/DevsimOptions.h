@@ -25,6 +25,7 @@ struct DevsimOptions {
     int latencyMs = 0;
     int baud = 0;
     int hangupAfter = 0;
+    QStringList ignoredWrites; // --ignore-writes SECTION: section keys whose writes are answered but not kept
 
     bool hasFwVersion = false;
     quint8 fwMajor = 0;

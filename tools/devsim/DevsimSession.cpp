@@ -26,6 +26,7 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     // The device clock is set from the network at start, so it shows the real time.
     m_tracker->model().setStartUnixTime(quint32(QDateTime::currentSecsSinceEpoch()));
     m_tracker->setBlocked(options.blocked);
+    m_tracker->setIgnoredWrites(options.ignoredWrites);
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
     connect(m_link, &SimLink::peerChanged, this, [this] {

@@ -281,7 +281,31 @@ QByteArray VirtualTracker::readSection(quint8 c, quint8 o) {
     }
 }
 
+quint8 VirtualTracker::writeCode(const QString &sectionKey) {
+    const QPair<const char *, quint8> codes[] = {{kd::keys::Navigation, kd::NavigationConfiguration::Code},
+                                                 {kd::keys::Gsm, kd::GSMConfiguration::Code},
+                                                 {kd::keys::Fuel, kd::FuelConfiguration::Code},
+                                                 {kd::keys::Agc, kd::AgcConfiguration::Code},
+                                                 {kd::keys::Logic, kd::LogicConfiguration::Code},
+                                                 {kd::keys::Output, kd::OutputConfiguration::Code},
+                                                 {kd::keys::Server, kd::ServerConfiguration::Code},
+                                                 {kd::keys::System, kd::SystemConfiguration::Code}};
+    for (const auto &c : codes) {
+        if (sectionKey == QLatin1String(c.first))
+            return c.second;
+    }
+    return 0;
+}
+
+void VirtualTracker::setIgnoredWrites(const QStringList &sectionKeys) {
+    m_ignoredWrites.clear();
+    for (const QString &key : sectionKeys)
+        m_ignoredWrites << writeCode(key);
+}
+
 bool VirtualTracker::writeSection(const QByteArray &payload) {
+    if (m_ignoredWrites.contains(quint8(payload.at(Frame::CodeOffset))))
+        return true;
     bool ok = false;
     switch (quint8(payload.at(Frame::CodeOffset))) {
     case kd::NavigationConfiguration::Code:

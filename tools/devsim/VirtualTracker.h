@@ -41,6 +41,10 @@ public:
     bool loggedIn() const { return m_loggedIn; }
     void setBlocked(bool blocked) { m_blocked = blocked; }
     bool blocked() const { return m_blocked; }
+    // Writes of these sections are answered with status 1 but change nothing (a device that loses them).
+    void setIgnoredWrites(const QStringList &sectionKeys);
+    // The write command code of a section key, 0 for a section that is not written.
+    static quint8 writeCode(const QString &sectionKey);
 
     // Answer frames for one request frame (type and payload); usually exactly one.
     QList<QByteArray> handle(quint8 type, const QByteArray &payload);
@@ -85,4 +89,5 @@ private:
     bool m_loggedIn = false;
     bool m_blocked = false;
     int m_outputCount = 2;
+    QList<quint8> m_ignoredWrites;
 };
