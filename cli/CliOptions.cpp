@@ -1,7 +1,15 @@
 #include "cli/CliOptions.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <cmath>
+#include <cstdio>
+
+#ifdef Q_OS_UNIX
+#include <termios.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -32,10 +40,10 @@ const QHash<QString, CommandInfo> &commands() {
 }
 
 const QStringList &valueOptions() {
-    static const QStringList list{QStringLiteral("--port"),   QStringLiteral("--remote"),
-                                  QStringLiteral("--imei"),   QStringLiteral("--password"),
-                                  QStringLiteral("--log"),    QStringLiteral("--timeout"),
-                                  QStringLiteral("--output"), QStringLiteral("-o")};
+    static const QStringList list{
+        QStringLiteral("--port"),     QStringLiteral("--remote"),        QStringLiteral("--imei"),
+        QStringLiteral("--password"), QStringLiteral("--password-file"), QStringLiteral("--log"),
+        QStringLiteral("--timeout"),  QStringLiteral("--output"),        QStringLiteral("-o")};
     return list;
 }
 
@@ -50,6 +58,32 @@ bool parseUnsigned32(const QString &text, quint32 *value) {
 
 QString quoted(const QString &text) {
     return QStringLiteral("«%1»").arg(text);
+}
+
+// One line from stdin; on a terminal the prompt goes to stderr and the typed characters are not echoed.
+QByteArray promptPassword() {
+#ifdef Q_OS_UNIX
+    termios saved = {};
+    const bool terminal = ::isatty(STDIN_FILENO) && ::tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (terminal) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~tcflag_t(ECHO);
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+        std::fputs("Пароль: ", stderr);
+        std::fflush(stderr);
+    }
+#endif
+    QByteArray line;
+    int c = 0;
+    while ((c = std::getchar()) != EOF && c != '\n' && line.size() < 64)
+        line.append(char(c));
+#ifdef Q_OS_UNIX
+    if (terminal) {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+        std::fputs("\n", stderr);
+    }
+#endif
+    return line.trimmed();
 }
 
 } // namespace
@@ -129,6 +163,10 @@ QString CliOptions::parse(const QStringList &argv) {
                 remotePort = quint16(p);
             } else if (arg == QLatin1String("--imei")) {
                 imei = value;
+            } else if (arg == QLatin1String("--password-file")) {
+                passwordFile = value;
+            } else if (arg == QLatin1String("--password") && value == QLatin1String("-")) {
+                passwordPrompt = true;
             } else if (arg == QLatin1String("--password")) {
                 if (!parseUnsigned32(value, &password))
                     return QStringLiteral("пароль %1 не число от 0 до 4294967295").arg(quoted(value));
@@ -191,6 +229,8 @@ QString CliOptions::parse(const QStringList &argv) {
             return QStringLiteral("параметр %1 не относится к команде %2").arg(flag, commandName);
     }
 
+    if (!passwordFile.isEmpty() && (hasPassword || passwordPrompt))
+        return QStringLiteral("укажите либо --password, либо --password-file");
     if (!port.isEmpty() && isRemote())
         return QStringLiteral("укажите либо --port, либо --remote");
     if (isRemote() && imei.isEmpty())
@@ -245,6 +285,45 @@ QString CliOptions::parse(const QStringList &argv) {
     return error;
 }
 
+QString CliOptions::resolvePassword(const QByteArray &environment) {
+    if (!needsDevice() || hasPassword)
+        return {};
+    QByteArray text;
+    QString source;
+    if (passwordPrompt) {
+        text = promptPassword();
+        source = QStringLiteral("введённый пароль");
+    } else if (!passwordFile.isEmpty()) {
+        QFile file(passwordFile);
+        if (!file.open(QIODevice::ReadOnly))
+            return QStringLiteral("не удалось прочитать файл пароля %1: %2")
+                .arg(passwordFile, file.errorString());
+        text = file.readLine(64).trimmed();
+        source = QStringLiteral("пароль из файла %1").arg(passwordFile);
+    } else if (!environment.isEmpty()) {
+        text = environment.trimmed();
+        source = QStringLiteral("пароль из TAVREL_PASSWORD");
+    } else {
+        return {};
+    }
+    // The value itself is never echoed back: it is a secret.
+    if (!parseUnsigned32(QString::fromLatin1(text), &password))
+        return QStringLiteral("%1 не число от 0 до 4294967295").arg(source);
+    hasPassword = true;
+    return {};
+}
+
+QString CliOptions::inputFileError() const {
+    if (command != Command::Write && command != Command::FwInfo && command != Command::Flash)
+        return {};
+    const QFileInfo info(file);
+    if (!info.exists() || info.isFile())
+        return {}; // a missing file is reported by the command that opens it
+    return info.isDir()
+               ? QStringLiteral("%1 - не файл, а папка").arg(file)
+               : QStringLiteral("%1 - не обычный файл (канал или устройство), он не читается").arg(file);
+}
+
 QString CliOptions::usageHint() {
     return QStringLiteral("Справка: tavrel-cli --help");
 }
@@ -258,6 +337,8 @@ QString CliOptions::usage() {
         "  --remote УЗЕЛ:ПОРТ --imei IMEI\n"
         "                           прибор за сервером конфигурирования\n"
         "  --password N             пароль, если прибор запросит авторизацию\n"
+        "                           (\"-\": спросить без эха; так же TAVREL_PASSWORD)\n"
+        "  --password-file ФАЙЛ     пароль из первой строки файла\n"
         "  --log ФАЙЛ               журнал обмена с прибором\n"
         "  --timeout С              предельное время команды в секундах\n"
         "                           (для flash - наибольшая пауза прибора, 120 с)\n"

@@ -33,6 +33,8 @@ struct CliOptions {
     QString imei;
     bool hasPassword = false;
     quint32 password = 0;
+    QString passwordFile;        // --password-file FILE: the password is the file's first line
+    bool passwordPrompt = false; // --password -: asked for on the terminal without echo
     quint32 newPassword = 0;
     QString logFile;
     int timeoutMs = 0; // 0 = the command's own default
@@ -51,6 +53,13 @@ struct CliOptions {
 
     // Returns an empty string on success, else one line that explains the usage error.
     QString parse(const QStringList &argv);
+    // Fills the password of a device command from the prompt, the --password-file or, when neither nor
+    // --password is given, from `environment` (the TAVREL_PASSWORD variable), so that it need not appear
+    // among the process arguments. Returns a usage error or an empty string.
+    QString resolvePassword(const QByteArray &environment);
+    // Why the file of write, fwinfo or flash cannot be read as a file (a folder, a FIFO, a device),
+    // checked before anything opens it: opening a FIFO would wait for a writer forever. Empty when fine.
+    QString inputFileError() const;
 
     static QString usage();
     static QString usageHint();

@@ -100,8 +100,11 @@ void CliSession::start() {
             return;
         }
         if (!loaded.ok()) {
-            fail(QStringLiteral("Произошла ошибка при открытии файла %1: %2")
-                     .arg(m_options.file, loaded.errorString));
+            // A file that does not parse is the caller's mistake, not the device's: usage status 2.
+            m_err << QStringLiteral("tavrel-cli: Произошла ошибка при открытии файла %1: %2")
+                         .arg(m_options.file, loaded.errorString)
+                  << '\n';
+            finish(2);
             return;
         }
     }

@@ -18,7 +18,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 
 namespace {
 
@@ -214,12 +213,30 @@ bool FrameText::extractHex(const QString &text, QByteArray *bytes) {
     } else if ((at = hex.indexOf(command)) >= 0) {
         hex = hex.mid(at + command.size());
     }
-    hex.remove(QRegularExpression(QStringLiteral("0[xX](?=[0-9a-fA-F]{2})")));
-    hex.remove(QRegularExpression(QStringLiteral("[\\s:,]")));
-    static const QRegularExpression onlyHex(QStringLiteral("^([0-9a-fA-F]{2})+$"));
-    if (!onlyHex.match(hex).hasMatch())
+    // One pass over the text: a whole exchange log line can be hundreds of kilobytes, more than a
+    // backtracking pattern match handles.
+    auto isHexDigit = [](QChar c) {
+        return (c >= QLatin1Char('0') && c <= QLatin1Char('9')) ||
+               (c >= QLatin1Char('a') && c <= QLatin1Char('f')) ||
+               (c >= QLatin1Char('A') && c <= QLatin1Char('F'));
+    };
+    QByteArray digits;
+    digits.reserve(hex.size());
+    for (int i = 0; i < hex.size(); ++i) {
+        const QChar c = hex.at(i);
+        const bool prefix = c == QLatin1Char('0') && i + 3 < hex.size() &&
+                            (hex.at(i + 1) == QLatin1Char('x') || hex.at(i + 1) == QLatin1Char('X')) &&
+                            isHexDigit(hex.at(i + 2)) && isHexDigit(hex.at(i + 3));
+        if (prefix)
+            ++i;
+        else if (isHexDigit(c))
+            digits.append(char(c.unicode()));
+        else if (!c.isSpace() && c != QLatin1Char(':') && c != QLatin1Char(','))
+            return false;
+    }
+    if (digits.isEmpty() || digits.size() % 2 != 0)
         return false;
-    *bytes = QByteArray::fromHex(hex.toLatin1());
+    *bytes = QByteArray::fromHex(digits);
     return true;
 }
 

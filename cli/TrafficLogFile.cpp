@@ -9,6 +9,20 @@
 namespace {
 
 QFile *logFile = nullptr;
+qint64 sizeLimit = TrafficLogFile::DefaultSizeLimit;
+
+void rotate() {
+    const QString path = logFile->fileName();
+    const QString previous = path + QStringLiteral(".1");
+    logFile->close();
+    QFile::remove(previous);
+    QFile::rename(path, previous);
+    // Should the new file not open, logging stops rather than the command.
+    if (!logFile->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        delete logFile;
+        logFile = nullptr;
+    }
+}
 
 void handler(QtMsgType type, const QMessageLogContext &context, const QString &message) {
     if (type == QtFatalMsg) {
@@ -24,13 +38,18 @@ void handler(QtMsgType type, const QMessageLogContext &context, const QString &m
         line = QByteArray(category) + ": ";
     line += message.toUtf8();
     line += '\n';
+    if (!logFile->isSequential() && logFile->size() > 0 && logFile->size() + line.size() > sizeLimit)
+        rotate();
+    if (!logFile)
+        return;
     logFile->write(line);
     logFile->flush();
 }
 
 } // namespace
 
-bool TrafficLogFile::install(const QString &path, QString *error) {
+bool TrafficLogFile::install(const QString &path, QString *error, qint64 limit) {
+    sizeLimit = qMax<qint64>(1, limit);
     if (!path.isEmpty()) {
         auto *file = new QFile(path);
         if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {

@@ -12,6 +12,7 @@
 #include <QTextStream>
 
 #include "cli/FirmwareCommands.h"
+#include "update/FirmwareImage.h"
 
 #ifdef Q_OS_UNIX
 #include <csignal>
@@ -70,10 +71,20 @@ int main(int argc, char *argv[]) {
     err.setCodec(QTextCodec::codecForName("UTF-8"));
 
     CliOptions options;
-    const QString usageError = options.parse(QCoreApplication::arguments().mid(1));
+    QString usageError = options.parse(QCoreApplication::arguments().mid(1));
+    if (usageError.isEmpty())
+        usageError = options.resolvePassword(qgetenv("TAVREL_PASSWORD"));
     if (!usageError.isEmpty()) {
         err << QStringLiteral("tavrel-cli: ") << usageError << '\n' << CliOptions::usageHint() << '\n';
         return ExitUsage;
+    }
+
+    const QString fileError = options.inputFileError();
+    if (!fileError.isEmpty()) {
+        err << QStringLiteral("tavrel-cli: ") << fileError << '\n';
+        return options.command == CliOptions::Command::Write
+                   ? ExitUsage
+                   : FlashCommand::ExitBadFile + FirmwareImage::CannotOpen;
     }
 
     QString logError;

@@ -4,6 +4,7 @@
 #include "update/UpdateLog.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace {
 
@@ -43,6 +44,9 @@ FirmwareImage::LoadResult FirmwareImage::loadFrom(const QString &fileName) {
     using UpdateChannel::PageSize;
     if (fileName.isEmpty())
         return NoFileName;
+    // Only a regular file: opening a FIFO would wait for a writer, a device would never end.
+    if (!QFileInfo(fileName).isFile())
+        return CannotOpen;
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return CannotOpen;

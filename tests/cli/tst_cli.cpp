@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <sys/stat.h>
 
 namespace {
 
@@ -20,6 +21,7 @@ const QString DevsimBinary = QStringLiteral(TAVREL_BINARY_DIR "/tools/devsim/tav
 const QString DataDir = QStringLiteral(TAVREL_TEST_DATA "/cli");
 const QString DeviceImei = QStringLiteral("863071014478127");
 enum Transport { Pty, Tcp };
+const QByteArray Fifo = QByteArrayLiteral("<fifo>");
 
 // One virtual tracker for the length of a test case; SIGTERM makes it save its --state file.
 class Devsim {
@@ -62,12 +64,14 @@ struct Result {
     }
 };
 
-Result runCli(const QStringList &args, int limitMs = 30000) {
+Result runCli(const QStringList &args, int limitMs = 30000, const QByteArray &input = {}) {
     QProcess p;
     QElapsedTimer clock;
     clock.start();
     p.start(CliBinary, args);
     Result r;
+    if (p.waitForStarted(5000) && !input.isEmpty())
+        p.write(input), p.closeWriteChannel();
     if (p.waitForStarted(5000) && p.waitForFinished(limitMs) && p.exitStatus() == QProcess::NormalExit)
         r.exitCode = p.exitCode();
     else
@@ -305,8 +309,9 @@ private slots:
     }
 
     // One fresh tracker per row: once logged in, the device does not ask again. "%out" is a file that
-    // already holds the user's data, "%image" a firmware image. Exit 0: stdout starts with the text;
-    // exit 1: one error line matching it, well before the 5 s deadline.
+    // already holds the user's data, "%image" a firmware image, "%pwfile" a file holding "1234";
+    // "TAVREL_PASSWORD=N" goes to the environment and "<N" to stdin instead of the arguments. Exit 0:
+    // stdout starts with the text; exit 1: one error line matching it, well before the 5 s deadline.
     void deviceCommand_exitStatusAndText_data() {
         QTest::addColumn<QStringList>("devsim");
         QTest::addColumn<QStringList>("args");
@@ -331,6 +336,14 @@ private slots:
         QTest::newRow("telemetry none") << locked << telemetry << 1 << "--password";
         QTest::newRow("reset right") << locked << QStringList(right + reset) << 0 << "Настройки сброшены";
         QTest::newRow("reset wrong") << locked << QStringList(wrong + reset) << 1 << "неверный пароль";
+        QTest::newRow("read password file")
+            << locked << QStringList(QStringList{"--password-file", "%pwfile"} + read) << 0 << QString();
+        QTest::newRow("read password environment")
+            << locked << QStringList(QStringList{"TAVREL_PASSWORD=1234"} + read) << 0 << QString();
+        QTest::newRow("telemetry password prompt")
+            << locked << QStringList(QStringList{"--password", "-", "<1234"} + telemetry) << 0 << "kind=";
+        QTest::newRow("reset wrong environment")
+            << locked << QStringList(QStringList{"TAVREL_PASSWORD=1235"} + reset) << 1 << "неверный пароль";
         // The loader switch is refused at once, not after the loader's silence.
         QTest::newRow("flash plain") << none << flash << 0 << "Обновление завершено.";
         QTest::newRow("flash right") << locked << QStringList(right + flash) << 0 << "Обновление завершено.";
@@ -357,8 +370,26 @@ private slots:
         const QString out = tagFile(m_dir.path(), ".json");
         QFile file(out);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"kept\": true}\n") && file.flush());
-        args.replaceInStrings("%out", out).replaceInStrings("%image", m_image);
-        const Result r = runCli(sim.link() + QStringList{"--timeout", "5"} + args);
+        const QString passwordFile = m_dir.filePath("password.txt");
+        QFile secret(passwordFile);
+        QVERIFY(secret.open(QIODevice::WriteOnly) && secret.write("1234\n") && secret.flush());
+        args.replaceInStrings("%out", out)
+            .replaceInStrings("%image", m_image)
+            .replaceInStrings("%pwfile", passwordFile);
+        QByteArray input;
+        for (const QString &arg : args.filter(QRegularExpression("^(<|TAVREL_PASSWORD=)"))) {
+            args.removeOne(arg);
+            if (arg.startsWith('<'))
+                input = arg.mid(1).toLatin1() + '\n';
+            else
+                qputenv("TAVREL_PASSWORD", arg.section('=', 1).toLatin1());
+        }
+        // A password given by file, environment or prompt appears in no argument of the process.
+        if (!input.isEmpty() || qEnvironmentVariableIsSet("TAVREL_PASSWORD") ||
+            args.contains("--password-file"))
+            QVERIFY(!args.contains("1234") && !args.contains("1235"));
+        const Result r = runCli(sim.link() + QStringList{"--timeout", "5"} + args, 30000, input);
+        qunsetenv("TAVREL_PASSWORD");
         QVERIFY2(r.exitCode == exitCode, qPrintable(r.describe()));
         // Flashing reports its progress on stderr before the outcome.
         const bool flashing = args.contains(m_image);
@@ -408,6 +439,9 @@ private slots:
             << QStringList{"код: 0x11 (системные параметры, запись)", "данные: 0c 02 39 00",
                            "SystemParameters: "
                            "{\"OutCtrl\":1,\"gsens\":9,\"lowSpeed\":1,\"parkingMin\":12,\"pwrMode\":2}"};
+        // A whole 50 000-byte frame as 100 KB of hex, far beyond what a pattern match takes.
+        QTest::newRow("100 KB of hex") << QStringList{"a5a5060048c3" + QString(2 * 49992, '0') + "0000"}
+                                       << QStringList{"кадр: 50000 байт", "длина данных: 49992"};
         QTest::newRow("cut answer") << QStringList{"a5a5060008009101"}
                                     << QStringList{"кадр неполный: 8 из 16 байт"};
         QTest::newRow("server login")
@@ -438,6 +472,9 @@ private slots:
         QTest::newRow("option of another command") << QStringList{"read", "--json", "-o", "x.json"};
         QTest::newRow("telemetry both modes") << QStringList{"telemetry", "--once", "--watch"};
         QTest::newRow("password too big") << QStringList{"--password", "4294967296", "info"};
+        QTest::newRow("password and password file")
+            << QStringList{"--password", "1", "--password-file", "p.txt", "info"};
+        QTest::newRow("password file missing") << QStringList{"--password-file", "no-such-file", "info"};
         QTest::newRow("remote without imei") << QStringList{"--remote", "127.0.0.1:9", "info"};
         QTest::newRow("option without value") << QStringList{"info", "--port"};
         QTest::newRow("decode not hex") << QStringList{"decode", "a5zz"};
@@ -489,19 +526,28 @@ private slots:
     // text; else stdout is empty and stderr starts with it (%1: the file's path).
     void file_checkedBeforeTouchingDevice_data() {
         QTest::addColumn<QString>("command");
-        QTest::addColumn<QByteArray>("content"); // empty: no file at all
+        QTest::addColumn<QByteArray>("content"); // empty: no file at all; Fifo: a named pipe nobody writes
         QTest::addColumn<int>("exitCode");
         QTest::addColumn<QString>("text");
         BskBuilder small, magic;
+        const QString fifo = QStringLiteral("tavrel-cli: %1 - не обычный файл (канал или устройство)");
         small.pages = 3;
         magic.magic = QByteArray("BOOT2FILX\0", 10);
         const QString bad = QStringLiteral("Не удалось загрузить прошивку '%1'\nПричина: ");
         QTest::newRow("write missing file")
             << "write" << QByteArray() << 1 << "tavrel-cli: Не удалось открыть файл конфигурации %1";
-        QTest::newRow("write not json") << "write" << QByteArray("{ \"SystemParameters\": ") << 1
-                                        << "tavrel-cli: Произошла ошибка при открытии файла %1";
+        // A file that does not parse is a usage error, reported where the parser stopped.
+        QTest::newRow("write not json") << "write" << QByteArray("{\n  \"SystemParameters\": }") << 2
+                                        << "tavrel-cli: Произошла ошибка при открытии файла %1: строка 2, "
+                                           "столбец 24: ожидался объект\n";
+        QTest::newRow("write cut json") << "write" << QByteArray("{ \"имя\": 1") << 2
+                                        << "tavrel-cli: Произошла ошибка при открытии файла %1: строка 1, "
+                                           "столбец 11: текст оборвался на числе\n";
         QTest::newRow("write json array")
-            << "write" << QByteArray("[1, 2]") << 1 << "tavrel-cli: Произошла ошибка при открытии файла %1";
+            << "write" << QByteArray("[1, 2]") << 2 << "tavrel-cli: Произошла ошибка при открытии файла %1";
+        QTest::newRow("write fifo") << "write" << Fifo << 2 << fifo;
+        QTest::newRow("fwinfo fifo") << "fwinfo" << Fifo << 12 << fifo;
+        QTest::newRow("flash fifo") << "flash" << Fifo << 12 << fifo;
         QTest::newRow("fwinfo") << "fwinfo" << small.build() << 0 << "pages 3\n";
         QTest::newRow("fwinfo missing file")
             << "fwinfo" << QByteArray() << 12 << QString(bad + "Не удалось открыть файл\n");
@@ -520,8 +566,12 @@ private slots:
         QFETCH(int, exitCode);
         QFETCH(QString, text);
         const QString path = tagFile(m_dir.path(), ".file");
-        QVERIFY(content.isEmpty() || BskBuilder::write(path, content));
-        const Result r = runCli({"--port", m_dir.filePath("no-such-port"), command, path});
+        if (content == Fifo)
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else
+            QVERIFY(content.isEmpty() || BskBuilder::write(path, content));
+        // Opening the FIFO would wait for a writer for ever: the run must end well before the limit.
+        const Result r = runCli({"--port", m_dir.filePath("no-such-port"), command, path}, 5000);
         QVERIFY2(r.exitCode == exitCode &&
                      (exitCode == 0 ? r.out : r.err + r.out).startsWith(QString(text).replace("%1", path)),
                  qPrintable(r.describe()));

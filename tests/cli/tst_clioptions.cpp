@@ -1,4 +1,5 @@
 #include "cli/CliOptions.h"
+#include "cli/TrafficLogFile.h"
 
 #include <QtTest>
 
@@ -8,6 +9,7 @@ class tst_CliOptions : public QObject {
 private slots:
     void parse_validLines_data();
     void parse_validLines();
+    void trafficLog_rotatesAtItsSizeLimit();
 };
 
 void tst_CliOptions::parse_validLines_data() {
@@ -40,6 +42,8 @@ void tst_CliOptions::parse_validLines_data() {
                                << "watch=1;raw=1;device=1";
     QTest::newRow("ports") << QStringList{"ports"} << int(C::Ports) << "device=0";
     QTest::newRow("fwinfo") << QStringList{"fwinfo", "f.bsk"} << int(C::FwInfo) << "device=0";
+    QTest::newRow("password file") << QStringList{"--password-file", "p.txt", "info"} << int(C::Info)
+                                   << "passwordFile=p.txt;password=none";
     QTest::newRow("help wins") << QStringList{"flush", "--help"} << int(C::Help) << QString();
 }
 
@@ -66,11 +70,31 @@ void tst_CliOptions::parse_validLines() {
         {"newPassword", QString::number(o.newPassword)},
         {"watch", QString::number(o.watch)},
         {"raw", QString::number(o.raw)},
+        {"passwordFile", o.passwordFile},
     };
     for (const QString &pair : check.split(';', Qt::SkipEmptyParts)) {
         const int eq = pair.indexOf('=');
         QCOMPARE(actual.value(pair.left(eq)), pair.mid(eq + 1));
     }
+}
+
+// Three 31-byte lines fit under a 100-byte limit: the fourth starts a new file, the older one becomes ".1".
+void tst_CliOptions::trafficLog_rotatesAtItsSizeLimit() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("exchange.log");
+    QString error;
+    QVERIFY(TrafficLogFile::install(path, &error, 100));
+    for (char c = 'a'; c <= 'j'; ++c)
+        qDebug("%s", QByteArray(30, c).constData());
+    TrafficLogFile::uninstall();
+    auto text = [](const QString &name) {
+        QFile f(name);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("none");
+    };
+    QCOMPARE(text(path), QByteArray(30, 'j') + '\n');
+    QCOMPARE(text(path + ".1"),
+             QByteArray(30, 'g') + '\n' + QByteArray(30, 'h') + '\n' + QByteArray(30, 'i') + '\n');
+    QCOMPARE(QDir(dir.path()).count(), 4u); // ".", "..", the log and one older part
 }
 
 QTEST_GUILESS_MAIN(tst_CliOptions)

@@ -30,6 +30,16 @@ private slots:
         QTemporaryDir dir;
         const QString path = dir.filePath("out.json");
         QVERIFY(writeAll(path, QByteArray(100000, 'x')));
+        // What a save killed midway leaves behind goes; a save still running and the user's files stay
+        // (QSaveFile's six random letters mix cases).
+        for (const char *name : {"out.json.AbCdEf", "out.json.XyZabc", "out.json.backup", "out.json.bak"})
+            QVERIFY(writeAll(dir.filePath(name), "{"));
+        for (const char *name : {"out.json.AbCdEf", "out.json.backup"}) {
+            QFile old(dir.filePath(name));
+            QVERIFY(old.open(QIODevice::ReadWrite) &&
+                    old.setFileTime(QDateTime::currentDateTime().addSecs(-3600),
+                                    QFileDevice::FileModificationTime));
+        }
         VantorConfiguration cfg;
         fillSample(cfg);
 
@@ -37,7 +47,9 @@ private slots:
 
         QVERIFY2(r.ok(), qPrintable(r.errorString));
         QCOMPARE(QString::fromUtf8(readAll(path)), QString::fromUtf8(readAll(kGolden)));
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.json"});
+        QStringList left = QDir(dir.path()).entryList(QDir::Files);
+        left.sort();
+        QCOMPARE(left, (QStringList{"out.json", "out.json.XyZabc", "out.json.backup", "out.json.bak"}));
     }
 
     void save_intoAMissingFolderCannotOpen() {
@@ -71,25 +83,34 @@ private slots:
     }
 
     void load_failures_data() {
-        QTest::addColumn<QByteArray>("content"); // empty: no file at all
+        QTest::addColumn<QByteArray>("content"); // empty: no file at all; "/": a folder in its place
         QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("error"); // the start of the error text; a parse error's in full
+        const int parse = ConfigurationFile::LoadResult::ParseError;
 
-        QTest::newRow("missing file") << QByteArray() << int(ConfigurationFile::LoadResult::CannotOpen);
-        QTest::newRow("not JSON") << QByteArray("name = Vantor")
-                                  << int(ConfigurationFile::LoadResult::ParseError);
-        QTest::newRow("cut JSON") << QByteArray(R"({"name":"Vantor",)")
-                                  << int(ConfigurationFile::LoadResult::ParseError);
+        QTest::newRow("missing file") << QByteArray() << int(ConfigurationFile::LoadResult::CannotOpen) << "";
+        QTest::newRow("folder") << QByteArray("/") << int(ConfigurationFile::LoadResult::CannotOpen)
+                                << "это папка";
+        // Positions count characters, not bytes, from 1, up to where the parser stopped.
+        QTest::newRow("not JSON") << QByteArray("name = Vantor") << parse
+                                  << "строка 1, столбец 2: недопустимое значение";
+        QTest::newRow("cut JSON") << QByteArray("{\"имя\":\"Vantor\",\n  ") << parse
+                                  << "строка 2, столбец 3: объект не закрыт";
         QTest::newRow("array instead of an object")
-            << QByteArray("[1, 2]") << int(ConfigurationFile::LoadResult::ParseError);
-        QTest::newRow("empty object loads") << QByteArray("{}") << int(ConfigurationFile::LoadResult::Ok);
+            << QByteArray("[1, 2]") << parse << "строка 1, столбец 1: документ не объект JSON";
+        QTest::newRow("empty object loads")
+            << QByteArray("{}") << int(ConfigurationFile::LoadResult::Ok) << "";
     }
 
     void load_failures() {
         QFETCH(QByteArray, content);
         QFETCH(int, status);
+        QFETCH(QString, error);
         QTemporaryDir dir;
         const QString path = dir.filePath("in.json");
-        if (!content.isEmpty())
+        if (content == "/")
+            QVERIFY(QDir(dir.path()).mkdir("in.json"));
+        else if (!content.isEmpty())
             QVERIFY(writeAll(path, content));
         VantorConfiguration cfg;
         fillSample(cfg);
@@ -100,7 +121,9 @@ private slots:
         QCOMPARE(int(r.status), status);
         if (status == ConfigurationFile::LoadResult::Ok)
             return;
-        QVERIFY(!r.errorString.isEmpty());
+        QVERIFY(r.errorString.startsWith(error) && !r.errorString.isEmpty());
+        if (status == ConfigurationFile::LoadResult::ParseError)
+            QCOMPARE(r.errorString, error);
         QCOMPARE(ConfigurationFile::toJson(cfg), before); // a failed load changes nothing
     }
 };
