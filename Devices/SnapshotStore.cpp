@@ -25,7 +25,10 @@ SnapshotStore::SnapshotStore(const QString &folder)
     : m_folder(folder) {}
 
 QString SnapshotStore::defaultFolder() {
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/snapshots");
+    // The window's application data folder, spelled out so the command-line tool (an application of
+    // another name) keeps the same history.
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/Tavrel/Tavrel_micro_cfg/snapshots");
 }
 
 QString SnapshotStore::trackerFolder(const QString &imei) const {

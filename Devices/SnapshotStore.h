@@ -15,7 +15,7 @@ public:
     static constexpr int Kept = 50;
 
     explicit SnapshotStore(const QString &folder = defaultFolder());
-    static QString defaultFolder(); // <application data>/snapshots
+    static QString defaultFolder(); // <the window's application data>/snapshots
 
     QString folder() const { return m_folder; }
     // Saves and prunes; returns the file's path, or an empty string with `error` set.

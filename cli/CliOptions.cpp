@@ -27,6 +27,9 @@ const QHash<QString, CommandInfo> &commands() {
         {QStringLiteral("info"), {CliOptions::Command::Info, 15000}},
         {QStringLiteral("read"), {CliOptions::Command::Read, 60000}},
         {QStringLiteral("write"), {CliOptions::Command::Write, 60000}},
+        {QStringLiteral("diff"), {CliOptions::Command::Diff, 60000}},
+        {QStringLiteral("history"), {CliOptions::Command::History, 0}},
+        {QStringLiteral("restore"), {CliOptions::Command::Restore, 60000}},
         {QStringLiteral("telemetry"), {CliOptions::Command::Telemetry, 20000}},
         {QStringLiteral("reset"), {CliOptions::Command::Reset, 15000}},
         {QStringLiteral("clear-memory"), {CliOptions::Command::ClearMemory, 15000}},
@@ -93,12 +96,15 @@ bool CliOptions::needsDevice() const {
     case Command::Info:
     case Command::Read:
     case Command::Write:
+    case Command::Restore:
     case Command::Telemetry:
     case Command::Reset:
     case Command::ClearMemory:
     case Command::SetPassword:
     case Command::Flash:
         return true;
+    case Command::Diff:
+        return diffA == QLatin1String("device") || diffB == QLatin1String("device");
     default:
         return false;
     }
@@ -196,6 +202,14 @@ QString CliOptions::parse(const QStringList &argv) {
             once = true;
         else if (arg == QLatin1String("--watch"))
             watch = true;
+        else if (arg == QLatin1String("--dry-run"))
+            dryRun = true;
+        else if (arg == QLatin1String("--keep-device-values"))
+            keepDeviceValues = true;
+        else if (arg == QLatin1String("--no-verify"))
+            noVerify = true;
+        else if (arg == QLatin1String("--force"))
+            force = true;
         else
             return QStringLiteral("неизвестный параметр %1").arg(quoted(arg));
         commandFlags << arg;
@@ -220,6 +234,11 @@ QString CliOptions::parse(const QStringList &argv) {
         break;
     case Command::Telemetry:
         allowedFlags << QStringLiteral("--once") << QStringLiteral("--watch") << QStringLiteral("--raw");
+        break;
+    case Command::Write:
+    case Command::Restore:
+        allowedFlags << QStringLiteral("--dry-run") << QStringLiteral("--keep-device-values")
+                     << QStringLiteral("--no-verify") << QStringLiteral("--force");
         break;
     default:
         break;
@@ -255,7 +274,20 @@ QString CliOptions::parse(const QStringList &argv) {
         file = output;
         error = expectArguments(0, QString());
         break;
+    case Command::Diff:
+        error = expectArguments(2, QStringLiteral("два источника: ФАЙЛ, СНИМОК или device"));
+        if (error.isEmpty()) {
+            diffA = arguments.at(0);
+            diffB = arguments.at(1);
+        }
+        break;
+    case Command::History:
+        error = expectArguments(1, QStringLiteral("IMEI прибора"));
+        if (error.isEmpty())
+            imeiArgument = arguments.constFirst();
+        break;
     case Command::Write:
+    case Command::Restore:
     case Command::FwInfo:
     case Command::Flash:
         error = expectArguments(1, QStringLiteral("файл"));
@@ -347,7 +379,16 @@ QString CliOptions::usage() {
         "  ports                    подключенные по USB приборы, по одному в строке\n"
         "  info [--json]            сведения о приборе\n"
         "  read -o ФАЙЛ.json        считать всю конфигурацию в файл\n"
-        "  write ФАЙЛ.json          записать конфигурацию из файла в прибор\n"
+        "  write ФАЙЛ.json [--dry-run] [--keep-device-values] [--no-verify] [--force]\n"
+        "                           записать конфигурацию из файла в прибор: изменения - в stderr,\n"
+        "                           --dry-run только показать, --keep-device-values оставить значения\n"
+        "                           прибора для параметров, которых нет в файле, --no-verify не проверять\n"
+        "                           запись чтением, --force записать файл со значениями, которые прибор\n"
+        "                           не примет как есть\n"
+        "  diff A B                 сравнить: A и B - файл, снимок или device (0 - равны, 1 - различаются)\n"
+        "  history IMEI             снимки настроек прибора перед записями\n"
+        "  restore СНИМОК [--dry-run] [--no-verify] [--force]\n"
+        "                           вернуть прибору настройки из снимка\n"
         "  telemetry --once [--raw] состояние прибора (--raw: записи телеметрии в hex)\n"
         "  telemetry --watch [--raw]\n"
         "                           состояние прибора раз в секунду до Ctrl+C\n"

@@ -12,6 +12,9 @@ struct CliOptions {
         Info,
         Read,
         Write,
+        Diff,
+        History,
+        Restore,
         Telemetry,
         Reset,
         ClearMemory,
@@ -45,6 +48,15 @@ struct CliOptions {
     bool raw = false;
     bool once = false;
     bool watch = false;
+    // write and restore: show the changes and write nothing; take the device's values for what the file
+    // does not carry; no read-back check; write a file whose values the reader would change.
+    bool dryRun = false;
+    bool keepDeviceValues = false;
+    bool noVerify = false;
+    bool force = false;
+    QString diffA; // diff: a file, a snapshot or "device"
+    QString diffB;
+    QString imeiArgument; // history IMEI
 
     bool isRemote() const { return !remoteHost.isEmpty(); }
     bool needsDevice() const;

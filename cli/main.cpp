@@ -1,5 +1,6 @@
 #include "cli/CliOptions.h"
 #include "cli/CliSession.h"
+#include "cli/ConfigurationCommands.h"
 #include "cli/FrameText.h"
 #include "cli/PortList.h"
 #include "cli/TrafficLogFile.h"
@@ -111,6 +112,15 @@ int main(int argc, char *argv[]) {
     case CliOptions::Command::FwInfo:
         status = fwInfoCommand(options.file, out, err);
         break;
+    case CliOptions::Command::History:
+        status = historyCommand(options, out, err);
+        break;
+    case CliOptions::Command::Diff:
+        if (!options.needsDevice()) {
+            status = diffCommand(options, out, err);
+            break;
+        }
+        Q_FALLTHROUGH();
     default: {
         CliSession session(options, out, err);
         QObject::connect(&session, &CliSession::finished, &app, &QCoreApplication::exit,

@@ -44,6 +44,16 @@ void tst_CliOptions::parse_validLines_data() {
     QTest::newRow("fwinfo") << QStringList{"fwinfo", "f.bsk"} << int(C::FwInfo) << "device=0";
     QTest::newRow("password file") << QStringList{"--password-file", "p.txt", "info"} << int(C::Info)
                                    << "passwordFile=p.txt;password=none";
+    QTest::newRow("write safely") << QStringList{"write", "a.json", "--dry-run", "--keep-device-values",
+                                                 "--force"}
+                                  << int(C::Write) << "file=a.json;flags=1101;device=1";
+    QTest::newRow("restore") << QStringList{"restore", "s.json", "--no-verify"} << int(C::Restore)
+                             << "file=s.json;flags=0010;device=1";
+    QTest::newRow("diff of files") << QStringList{"diff", "a.json", "b.json"} << int(C::Diff)
+                                   << "diff=a.json b.json;device=0";
+    QTest::newRow("diff with the device")
+        << QStringList{"diff", "s.json", "device"} << int(C::Diff) << "diff=s.json device;device=1";
+    QTest::newRow("history") << QStringList{"history", "86307"} << int(C::History) << "imei=86307;device=0";
     QTest::newRow("help wins") << QStringList{"flush", "--help"} << int(C::Help) << QString();
 }
 
@@ -64,7 +74,9 @@ void tst_CliOptions::parse_validLines() {
         {"password", o.hasPassword ? QString::number(o.password) : QStringLiteral("none")},
         {"host", o.remoteHost},
         {"remotePort", QString::number(o.remotePort)},
-        {"imei", o.imei},
+        {"imei", o.imei + o.imeiArgument},
+        {"diff", o.diffA + ' ' + o.diffB},
+        {"flags", QString("%1%2%3%4").arg(o.dryRun).arg(o.keepDeviceValues).arg(o.noVerify).arg(o.force)},
         {"file", o.file},
         {"hex", o.decodeHex},
         {"newPassword", QString::number(o.newPassword)},
