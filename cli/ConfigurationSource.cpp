@@ -1,5 +1,6 @@
 #include "cli/ConfigurationSource.h"
 
+#include "Devices/ConfigurationFile.h"
 #include "Devices/VantorConfiguration.h"
 
 #include <QFile>
@@ -18,16 +19,14 @@ bool ConfigurationSource::load(const QString &argument, ConfigurationSource *sou
         return false;
     }
     const QByteArray data = file.readAll();
-    QJsonParseError parse;
-    const QJsonDocument doc = QJsonDocument::fromJson(data, &parse);
-    if (parse.error != QJsonParseError::NoError || !doc.isObject()) {
-        *error = QStringLiteral("Произошла ошибка при открытии файла %1: %2")
-                     .arg(argument,
-                          parse.error != QJsonParseError::NoError
-                              ? QStringLiteral("%1, позиция %2").arg(parse.errorString()).arg(parse.offset)
-                              : QStringLiteral("документ не объект JSON"));
+    VantorConfiguration parsed;
+    const kd::ConfigurationFile::LoadResult loaded = kd::ConfigurationFile::loadFromData(data, parsed);
+    if (!loaded.ok()) {
+        *error =
+            QStringLiteral("Произошла ошибка при открытии файла %1: %2").arg(argument, loaded.errorString);
         return false;
     }
+    const QJsonDocument doc = QJsonDocument::fromJson(data);
     if (doc.object().value(QStringLiteral("format")).toString() == QLatin1String("tavrel-snapshot")) {
         QString why;
         if (!kd::Snapshot::fromJson(data, &s.snapshot, &why)) {
