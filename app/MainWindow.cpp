@@ -202,8 +202,11 @@ void MainWindow::setupPages() {
         // Leaving one tab for the other is leaving a page.
         const int other = index == 0 ? 1 : 0;
         SettingsPageBase *left = m_dataPages.value(other);
-        if (left && left->isModified())
-            left->confirmLeave(m_workflows);
+        if (left && !left->confirmLeave(m_workflows)) {
+            const QSignalBlocker block(m_dataTabs);
+            m_dataTabs->setCurrentIndex(other);
+        }
+        updateDeviceActions();
     });
 
     add(AnalogPage, new SettingsAnalogInPage(m_configuration));
@@ -233,10 +236,25 @@ void MainWindow::setupPages() {
     const auto notifier = [this](QWidget *parent, const QString &title, const QString &text) {
         m_prompter->information(parent, title, text);
     };
+    const auto leaveAsker = [this](QWidget *parent, const QString &title, const QString &text) {
+        switch (m_prompter->questionWithCancel(parent, title, text)) {
+        case Prompter::Answer::Yes:
+            return SettingsPageBase::LeaveAnswer::Write;
+        case Prompter::Answer::No:
+            return SettingsPageBase::LeaveAnswer::Drop;
+        case Prompter::Answer::Cancel:
+            break;
+        }
+        return SettingsPageBase::LeaveAnswer::Stay;
+    };
     for (SettingsPageBase *page : settingsPages()) {
         page->setAsker(asker);
+        page->setLeaveAsker(leaveAsker);
         page->setNotifier(notifier);
         page->loadFromSection();
+        // Start-up zeros are not the device's values.
+        page->setHoldsValues(false);
+        connect(page, &SettingsPageBase::holdsValuesChanged, this, &MainWindow::updateDeviceActions);
     }
 }
 
@@ -638,16 +656,19 @@ void MainWindow::updateDeviceActions() {
         a->setEnabled(device);
     ui->readButton->setEnabled(device);
     ui->writeButton->setEnabled(device);
-    const bool settingsShown = settingsPage(ui->listWidget->currentRow()) != nullptr;
-    ui->applyButton->setEnabled(device && settingsShown);
-    ui->applyButton->setToolTip(!settingsShown ? QStringLiteral("На этой странице нет настроек прибора")
+    SettingsPageBase *shown = settingsPage(ui->listWidget->currentRow());
+    ui->applyButton->setEnabled(device && shown && shown->holdsValues());
+    ui->applyButton->setToolTip(!shown ? QStringLiteral("На этой странице нет настроек прибора")
+                                : !shown->holdsValues() ? QStringLiteral("На странице нет значений прибора")
                                 : device ? QString()
                                          : QStringLiteral("Прибор не подключен"));
 }
 
 void MainWindow::refreshAllPages() {
-    for (SettingsPageBase *page : settingsPages())
+    for (SettingsPageBase *page : settingsPages()) {
+        page->setHoldsValues(true);
         page->refresh();
+    }
     m_statePage->updateAll();
     updateOutputsPage();
 }
@@ -788,7 +809,10 @@ void MainWindow::on_action_SaveCfgToFile_triggered() {
                                             QStringLiteral("JSON (*.json)"));
     if (path.isEmpty())
         return;
+    if (QFileInfo(path).suffix().isEmpty())
+        path += QStringLiteral(".json");
     m_lastDir = QFileInfo(path).absolutePath();
+    QDir::setCurrent(m_lastDir);
     const auto result = kd::ConfigurationFile::save(path, *m_configuration);
     if (!result.ok()) {
         qCWarning(lcWindow) << path << result.errorString;
@@ -804,6 +828,8 @@ void MainWindow::on_action_Exit_triggered() {
 
 void MainWindow::on_actionSettings_triggered() {
     SettinsDialog dialog(this);
+    if (auto *serial = qobject_cast<SerialConnection *>(m_device->link()))
+        dialog.setPortInUse(serial->portName());
     connect(&dialog, &SettinsDialog::skinChanged, this, [] { applySkin(); });
     connect(&dialog, &SettinsDialog::settingsApplied, this, [this] {
         applySkin();
@@ -877,10 +903,8 @@ void MainWindow::startDeviceUpdateCheck(bool asked) {
     });
     connect(m_firmwareUpdater, &FirmwareUpdater::firwareUpdateNotAvailable, this, [this] {
         m_versionAnswered = true;
-        // Said only when asked for; the check after every connection stays quiet.
-        if (m_deviceUpdateAsked)
-            m_prompter->information(this, appTitle(), QStringLiteral("Нет доступных обновлений прибора."));
         m_deviceUpdateAsked = false;
+        m_prompter->information(this, appTitle(), QStringLiteral("Нет доступных обновлений прибора."));
     });
     connect(m_firmwareUpdater, &FirmwareUpdater::downloadComplete, this, &MainWindow::onDeviceFirmwareReady);
 }

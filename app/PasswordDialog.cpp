@@ -1,6 +1,7 @@
 #include "app/PasswordDialog.h"
 
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -14,7 +15,9 @@ PasswordDialog::PasswordDialog(QWidget *parent)
     auto *prompt = new QLabel(QStringLiteral("Введите пароль для доступа к прибору"), this);
     m_edit->setObjectName(QStringLiteral("passwordEdit"));
     m_edit->setInputMask(QStringLiteral("999999999"));
-    m_edit->setEchoMode(QLineEdit::PasswordEchoOnEdit);
+    // Masked only once it holds digits: masking the mask's nine blanks would show an empty field as a
+    // nine-character password.
+    m_edit->installEventFilter(this);
     m_edit->setInputMethodHints(Qt::ImhSensitiveData | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase |
                                 Qt::ImhDigitsOnly);
     prompt->setBuddy(m_edit);
@@ -37,7 +40,16 @@ void PasswordDialog::on_buttonBox_accepted() {
     accept();
 }
 
+bool PasswordDialog::eventFilter(QObject *watched, QEvent *event) {
+    if (watched == m_edit && event->type() == QEvent::FocusOut)
+        m_edit->setEchoMode(m_edit->text().isEmpty() ? QLineEdit::Normal : QLineEdit::PasswordEchoOnEdit);
+    return QDialog::eventFilter(watched, event);
+}
+
 void PasswordDialog::updatePassword(const QString &text) {
+    // Emptied while masked: nothing left to hide.
+    if (text.isEmpty())
+        m_edit->setEchoMode(QLineEdit::Normal);
     bool ok = false;
     const qint32 value = text.toInt(&ok, 10);
     m_password = ok ? value : 0;

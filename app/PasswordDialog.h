@@ -4,7 +4,8 @@
 
 class QLineEdit;
 
-// Asks for the device password when the device refuses access. The password is nine digits; the
+// Asks for the device password when the device refuses access. The password is up to nine digits; the
+// field opens empty, shows the digits while they are typed and masks them once it loses the focus. The
 // caller reads password() after acceptance and sends it to the device.
 class PasswordDialog : public QDialog {
     Q_OBJECT
@@ -16,6 +17,9 @@ public:
 
 public slots:
     void on_buttonBox_accepted();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void updatePassword(const QString &text);

@@ -10,8 +10,12 @@ class Prompter {
 public:
     virtual ~Prompter();
 
+    enum class Answer { Yes, No, Cancel };
+
     // Yes/No question; true on Yes.
     virtual bool question(QWidget *parent, const QString &title, const QString &text);
+    // "Да", "Нет" and "Отмена"; closing the box is Отмена.
+    virtual Answer questionWithCancel(QWidget *parent, const QString &title, const QString &text);
     virtual void information(QWidget *parent, const QString &title, const QString &text);
     virtual void warning(QWidget *parent, const QString &title, const QString &text);
     virtual void critical(QWidget *parent, const QString &title, const QString &text);

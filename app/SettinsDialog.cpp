@@ -20,6 +20,8 @@
 namespace {
 
 const QString customText = QStringLiteral("Другой");
+// The automatic entry's item data: distinct from a port record (a list) and from the custom entry (none).
+const QString autoData = QStringLiteral("auto");
 const QString blank = QStringLiteral(" - ");
 
 // The item data of a port: its record as the list shows it (name, description, manufacturer,
@@ -47,6 +49,8 @@ QLineEdit *lineEdit(QWidget *parent, const char *name, bool secret = false) {
 }
 
 } // namespace
+
+const QString SettinsDialog::AutoPortText = QStringLiteral("Автоопределение (USB)");
 
 SettinsDialog::SettinsDialog(QWidget *parent, AppSettings *store)
     : QDialog(parent)
@@ -83,6 +87,8 @@ void SettinsDialog::buildForm() {
     refresh->setObjectName(QStringLiteral("refreshPortsButton"));
     refresh->setAutoDefault(false);
     connect(refresh, &QPushButton::clicked, this, &SettinsDialog::fillPortsInfo);
+    m_inUse = new QLabel(portBox);
+    m_inUse->setObjectName(QStringLiteral("portInUseLabel"));
     m_description = new QLabel(portBox);
     m_manufacturer = new QLabel(portBox);
     m_vid = new QLabel(portBox);
@@ -98,6 +104,7 @@ void SettinsDialog::buildForm() {
     portRow->addWidget(refresh);
     auto *portForm = new QFormLayout(portBox);
     portForm->addRow(QStringLiteral("Порт"), portRow);
+    portForm->addRow(QStringLiteral("Используется"), m_inUse);
     portForm->addRow(QStringLiteral("Описание"), m_description);
     portForm->addRow(QStringLiteral("Производитель"), m_manufacturer);
     portForm->addRow(QStringLiteral("Vendor ID"), m_vid);
@@ -230,12 +237,16 @@ void SettinsDialog::fillPortsParameters() {
 }
 
 void SettinsDialog::fillPortsInfo() {
-    fillPorts(m_port->currentText().isEmpty() ? m_current.portName : m_port->currentText());
+    if (m_port->currentData() == autoData)
+        fillPorts(QString());
+    else
+        fillPorts(m_port->currentText().isEmpty() ? m_current.portName : m_port->currentText());
 }
 
 void SettinsDialog::fillPorts(const QString &select) {
     const QSignalBlocker block(m_port);
     m_port->clear();
+    m_port->addItem(AutoPortText, autoData);
     QList<SerialPortDescription> devices;
     QList<SerialPortDescription> others;
     for (const SerialPortDescription &port : m_lister ? m_lister() : QList<SerialPortDescription>())
@@ -243,15 +254,17 @@ void SettinsDialog::fillPorts(const QString &select) {
     for (const SerialPortDescription &port : devices + others)
         m_port->addItem(port.portName, portRecord(port));
     m_port->addItem(customText);
-
-    int row = m_port->findText(select);
-    if (row < 0 && select != m_current.portName)
-        row = m_port->findText(m_current.portName);
-    if (row < 0 && !m_current.portName.isEmpty()) {
-        // A stored port that is not plugged in now stays selectable.
-        m_port->insertItem(m_port->count() - 1, m_current.portName, QStringList{m_current.portName});
-        row = m_port->count() - 2;
+    // A stored port that is not plugged in now stays selectable, and so does the port in use.
+    for (const QString &name : {m_current.portName, m_portInUse}) {
+        if (!name.isEmpty() && m_port->findText(name) < 0)
+            m_port->insertItem(m_port->count() - 1, name, QStringList{name});
     }
+    m_inUse->setText(m_portInUse.isEmpty() ? blank : m_portInUse);
+
+    // No stored port: automatic detection.
+    int row = select.isEmpty() ? 0 : m_port->findText(select);
+    if (row < 0 && select != m_current.portName)
+        row = m_current.portName.isEmpty() ? 0 : m_port->findText(m_current.portName);
     m_port->setCurrentIndex(row < 0 ? 0 : row);
     showPortInfo(m_port->currentIndex());
     checkCustomDevicePathPolicy(m_port->currentIndex());
@@ -262,9 +275,20 @@ void SettinsDialog::setPortLister(SerialConnection::PortLister lister) {
     fillPorts(m_current.portName);
 }
 
+void SettinsDialog::setPortInUse(const QString &portName) {
+    m_portInUse = portName;
+    fillPortsInfo();
+}
+
 void SettinsDialog::showPortInfo(int index) {
     if (index < 0)
         return;
+    if (m_port->itemData(index) == autoData) {
+        m_description->setText(QStringLiteral("Прибор ищется по идентификаторам USB при каждом подключении"));
+        for (QLabel *label : {m_manufacturer, m_vid, m_pid})
+            label->setText(blank);
+        return;
+    }
     const QStringList record = m_port->itemData(index).toStringList();
     auto field = [&record](int i) { return i < record.size() ? record.at(i) : blank; };
     m_description->setText(field(1));
@@ -316,7 +340,7 @@ void SettinsDialog::load() {
 
 AppSettings::Record SettinsDialog::fromWidgets() const {
     AppSettings::Record r = m_current;
-    r.portName = m_port->currentText();
+    r.portName = m_port->currentData() == autoData ? QString() : m_port->currentText();
     r.baudRate = m_baudRate->itemData(m_baudRate->currentIndex()).isValid()
                      ? m_baudRate->currentData().toInt()
                      : m_baudRate->currentText().toInt();

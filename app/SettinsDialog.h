@@ -28,9 +28,16 @@ public:
 
     AppSettings::Record settings() const { return m_current; }
 
+    // The first entry of the port list: no fixed port, the device is looked for by its USB
+    // identifiers at every connect. It is the choice while no port is stored.
+    static const QString AutoPortText;
+
     // Replaces the system's port enumeration (tests) and lists the ports again. The device's own
     // ports come first; the others follow for a manual choice.
     void setPortLister(SerialConnection::PortLister lister);
+    // The port the window is connected through now (found by detection or given on the command line):
+    // listed and named, but not chosen; only the user's pick becomes a fixed port.
+    void setPortInUse(const QString &portName);
 
     QComboBox *themeBox() const { return m_theme; }
     QComboBox *telemetryBox() const { return m_telemetry; }
@@ -39,6 +46,7 @@ public:
     QCheckBox *logSaveBox() const { return m_logSave; }
     QComboBox *portBox() const { return m_port; }
     QLabel *manufacturerLabel() const { return m_manufacturer; }
+    QLabel *portInUseLabel() const { return m_inUse; }
 
 signals:
     // Stored: the window re-applies the skin and recomputes the telemetry period.
@@ -67,9 +75,11 @@ private:
     bool m_ownsStore;
     AppSettings::Record m_current;
     SerialConnection::PortLister m_lister = &SerialConnection::systemPorts;
+    QString m_portInUse;
 
     QComboBox *m_connectionType = nullptr;
     QComboBox *m_port = nullptr;
+    QLabel *m_inUse = nullptr;
     QLabel *m_description = nullptr;
     QLabel *m_manufacturer = nullptr;
     QLabel *m_vid = nullptr;

@@ -12,6 +12,9 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+const char *const SettingsOutputs::ParametersNote =
+    "Прибор не сообщает параметры выхода: они отправляются в прибор, только если их задать здесь.";
+
 SettingsOutputs::SettingsOutputs(VantorConfiguration *configuration, QWidget *parent)
     : SettingsPageBase(configuration, QStringLiteral("Управление выходами"), parent)
     , outNum(spinBox(0, 255))
@@ -22,11 +25,21 @@ SettingsOutputs::SettingsOutputs(VantorConfiguration *configuration, QWidget *pa
     , m_statesLayout(new QVBoxLayout(m_statesGroup)) {
     auto *parameters = new QGroupBox(QStringLiteral("Параметры выхода"), this);
     auto *form = new QFormLayout(parameters);
+    auto *note = new QLabel(QString::fromUtf8(ParametersNote), parameters);
+    note->setObjectName(QStringLiteral("parametersNote"));
+    note->setWordWrap(true);
+    form->addRow(note);
     form->addRow(QStringLiteral("Номер выхода:"), outNum);
     form->addRow(QStringLiteral("Условие включения:"), highCondition);
     form->addRow(QStringLiteral("Условие выключения:"), lowCondition);
     form->addRow(QStringLiteral("Число повторов:"), replayCounter);
 
+    for (QSpinBox *box : {outNum, highCondition, lowCondition, replayCounter}) {
+        connect(box, qOverload<int>(&QSpinBox::valueChanged), this, [this] {
+            if (!isLoading())
+                m_parametersSet = true;
+        });
+    }
     body()->addWidget(parameters);
     body()->addWidget(m_statesGroup);
 
@@ -77,7 +90,9 @@ void SettingsOutputs::storeToSection() {
 }
 
 void SettingsOutputs::writeSection(DeviceWorkflows &workflows) {
-    workflows.writeOutputParameters(ParametersCode, ParametersOperation);
+    if (m_parametersSet)
+        workflows.writeOutputParameters(ParametersCode, ParametersOperation);
+    m_parametersSet = false;
     for (const Widgetoutputs *w : qAsConst(m_outputs))
         workflows.setOutput(w->state(), quint8(w->number()));
 }

@@ -10,8 +10,10 @@ class QVBoxLayout;
 class Widgetoutputs;
 
 // "Управление выходами": the output parameters and the state of each output the device reported.
-// Applying sends the parameters, then switches every output to its shown state, one single-output
-// command per output. The page is usable only while the device reports at least one output.
+// The device reports only the states, never the parameters, so the page says so and sends the
+// parameters only once the user has set one of them; applying then switches every output to its shown
+// state, one single-output command per output. The page is usable only while the device reports at
+// least one output.
 class SettingsOutputs : public SettingsPageBase {
     Q_OBJECT
 public:
@@ -22,6 +24,11 @@ public:
     explicit SettingsOutputs(VantorConfiguration *configuration, QWidget *parent = nullptr);
 
     void storeToSection() override;
+
+    static const char *const ParametersNote;
+
+    // The user has set a parameter since the last write: the next apply sends them.
+    bool parametersSet() const { return m_parametersSet; }
 
     int outputCount() const { return m_outputs.size(); }
     Widgetoutputs *output(int index) const { return m_outputs.value(index); }
@@ -45,4 +52,5 @@ private:
     QGroupBox *m_statesGroup;
     QVBoxLayout *m_statesLayout;
     QVector<Widgetoutputs *> m_outputs;
+    bool m_parametersSet = false;
 };

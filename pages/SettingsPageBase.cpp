@@ -16,6 +16,9 @@
 
 const char *const SettingsPageBase::UnsavedQuestion = "Есть несохраненные параметры, записать в прибор?";
 const char *const SettingsPageBase::UnsavedTitle = "Подтверждение изменений";
+const char *const SettingsPageBase::NoValuesNote =
+    "Значения не получены из прибора: считайте конфигурацию, откройте файл или создайте новую "
+    "конфигурацию. До этого страницу нельзя записать в прибор.";
 
 SettingsPageBase::SettingsPageBase(VantorConfiguration *configuration, const QString &title, QWidget *parent)
     : QWidget(parent)
@@ -38,6 +41,12 @@ SettingsPageBase::SettingsPageBase(VantorConfiguration *configuration, const QSt
     header->addStretch();
     header->addWidget(m_marker);
     outer->addLayout(header);
+    m_noValues = new QLabel(QString::fromUtf8(NoValuesNote), this);
+    m_noValues->setObjectName(QStringLiteral("noValuesNote"));
+    m_noValues->setWordWrap(true);
+    m_noValues->setStyleSheet(QStringLiteral("QLabel { color: #b35900; font-weight: bold; }"));
+    m_noValues->setVisible(false);
+    outer->addWidget(m_noValues);
     m_body = new QVBoxLayout;
     outer->addLayout(m_body);
     outer->addStretch();
@@ -47,7 +56,17 @@ QString SettingsPageBase::modifiedMarker() const {
     return m_modified ? QStringLiteral("*") : QString();
 }
 
+void SettingsPageBase::setHoldsValues(bool holds) {
+    if (m_holdsValues == holds)
+        return;
+    m_holdsValues = holds;
+    m_noValues->setVisible(!holds);
+    emit holdsValuesChanged(holds);
+}
+
 bool SettingsPageBase::applyToDevice(DeviceWorkflows &workflows) {
+    if (!m_holdsValues)
+        return false;
     const QString problem = inputProblem();
     if (!problem.isEmpty()) {
         notify(m_title, problem);
@@ -71,7 +90,19 @@ QString SettingsPageBase::textProblem(const QString &field, const QString &text)
 bool SettingsPageBase::confirmLeave(DeviceWorkflows *workflows) {
     if (!m_modified)
         return true;
-    if (!ask(QString::fromUtf8(UnsavedTitle), QString::fromUtf8(UnsavedQuestion))) {
+    if (!m_holdsValues) {
+        storeToSection();
+        setModified(false);
+        return true;
+    }
+    const QString title = QString::fromUtf8(UnsavedTitle);
+    const QString question = QString::fromUtf8(UnsavedQuestion);
+    const LeaveAnswer answer = m_leaveAsker           ? m_leaveAsker(this, title, question)
+                               : ask(title, question) ? LeaveAnswer::Write
+                                                      : LeaveAnswer::Drop;
+    if (answer == LeaveAnswer::Stay)
+        return false;
+    if (answer == LeaveAnswer::Drop) {
         revert();
         return true;
     }
@@ -88,6 +119,10 @@ void SettingsPageBase::setAsker(Asker asker) {
 
 void SettingsPageBase::setNotifier(Notifier notifier) {
     m_notifier = std::move(notifier);
+}
+
+void SettingsPageBase::setLeaveAsker(LeaveAsker asker) {
+    m_leaveAsker = std::move(asker);
 }
 
 SettingsPageBase::Asker SettingsPageBase::messageBoxAsker() {
@@ -112,7 +147,10 @@ void SettingsPageBase::followSection(const char *key) {
     if (!m_configuration)
         return;
     if (kd::IConfigurationItem *section = m_configuration->item(QString::fromLatin1(key)))
-        connect(section, &kd::IConfigurationItem::DeviceInfoFilled, this, &SettingsPageBase::refresh);
+        connect(section, &kd::IConfigurationItem::DeviceInfoFilled, this, [this] {
+            setHoldsValues(true);
+            refresh();
+        });
 }
 
 QSpinBox *SettingsPageBase::spinBox(int min, int max, const QString &suffix) {

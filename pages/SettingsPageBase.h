@@ -31,15 +31,26 @@ public:
     using Asker = std::function<bool(QWidget *parent, const QString &title, const QString &text)>;
     // Shows an information or warning text.
     using Notifier = std::function<void(QWidget *parent, const QString &title, const QString &text)>;
+    // The unsaved-change question on leaving: Да writes, Нет drops the edits, Отмена stays on the page.
+    enum class LeaveAnswer { Write, Drop, Stay };
+    using LeaveAsker = std::function<LeaveAnswer(QWidget *parent, const QString &title, const QString &text)>;
 
     static const char *const UnsavedQuestion;
     static const char *const UnsavedTitle;
+    static const char *const NoValuesNote;
 
     SettingsPageBase(VantorConfiguration *configuration, const QString &title, QWidget *parent = nullptr);
 
     VantorConfiguration *configuration() const { return m_configuration; }
     // The entry of the page list that opens this page ("Навигация", ...).
     QString title() const { return m_title; }
+
+    // Whether the widgets show values of a device or a file. A page takes its configuration's values as
+    // given; the window marks its pages empty at start-up, until the section is read, a file loaded or a
+    // new configuration created. A page without values cannot be applied: its zeros would overwrite the
+    // device's settings.
+    bool holdsValues() const { return m_holdsValues; }
+    void setHoldsValues(bool holds);
 
     bool isModified() const { return m_modified; }
     // "*" while modified, else empty: the window may append it to the page list entry.
@@ -51,15 +62,18 @@ public:
     virtual void storeToSection() = 0;
     // Stores, then enqueues the write of this page's section (the workflow starts the queue). A field the
     // device cannot take (see inputProblem()) is reported through the notifier and nothing is written:
-    // returns false then.
+    // returns false then, and also for a page without values.
     virtual bool applyToDevice(DeviceWorkflows &workflows);
 
-    // The unsaved-change prompt, for leaving the page: without changes nothing is asked. Yes writes the
-    // section to the device (or only into the model when there is no device session), No drops the
-    // edits. Returns whether leaving may proceed: false only when Yes found a field that cannot be sent.
+    // The unsaved-change prompt, for leaving the page: without changes nothing is asked. Да writes the
+    // section to the device (or only into the model when there is no device session), Нет drops the
+    // edits, Отмена stays. Edits of a page without values go into the model unasked: nothing can be
+    // written. Returns whether leaving may proceed.
     bool confirmLeave(DeviceWorkflows *workflows);
 
     void setAsker(Asker asker);
+    // Without one, the yes/no asker answers the leaving question (no Отмена).
+    void setLeaveAsker(LeaveAsker asker);
     void setNotifier(Notifier notifier);
     static Asker messageBoxAsker();
     static Notifier messageBoxNotifier();
@@ -73,6 +87,7 @@ public slots:
 
 signals:
     void modifiedChanged(bool modified);
+    void holdsValuesChanged(bool holds);
 
 protected:
     // Fills the widgets from the model; called with the page in loading state.
@@ -87,7 +102,8 @@ protected:
     // The layout below the page header, for the page's own widgets.
     QVBoxLayout *body() const { return m_body; }
 
-    // Refreshes the page whenever the section under `key` reports that the device filled it.
+    // Refreshes the page whenever the section under `key` reports that the device filled it; the page
+    // then holds values.
     void followSection(const char *key);
 
     // Widgets built with these helpers mark the page modified when the user edits them.
@@ -122,8 +138,11 @@ private:
     QVBoxLayout *m_body;
     QLabel *m_titleLabel;
     QLabel *m_marker;
+    QLabel *m_noValues;
     bool m_modified = false;
+    bool m_holdsValues = true;
     int m_loading = 0;
     Asker m_asker;
     Notifier m_notifier;
+    LeaveAsker m_leaveAsker;
 };

@@ -74,6 +74,14 @@ public:
         calls.append({kind, title, filter});
         return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
     }
+    // The leaving question: the next scripted answer, or Отмена when `cancel` is set.
+    Answer questionWithCancel(QWidget *parent, const QString &title, const QString &text) override {
+        if (cancel) {
+            calls.append({QStringLiteral("question"), title, text});
+            return Answer::Cancel;
+        }
+        return question(parent, title, text) ? Answer::Yes : Answer::No;
+    }
     bool password(QWidget *, quint32 *value) override {
         calls.append({QStringLiteral("password"), QString(), QString()});
         *value = passwordValue;
@@ -97,6 +105,7 @@ public:
     QList<bool> answers;
     QStringList fileNames;
     quint32 passwordValue = 0;
+    bool cancel = false;
     QList<Call> calls;
 };
 
@@ -623,16 +632,22 @@ void tst_MainWindow::createNew() {
              QStringLiteral("Предыдущая загруженная конфигурация будет заменена.  Продолжить?"));
     QTEST(m_prompter->calls.last().text, "lastMessage");
     QTEST(int(w->configuration()->system()->value()->gsens()), "gsens");
+    // Until then the pages hold no device values and cannot be applied.
+    QCOMPARE(w->settingsPage(MainWindow::SystemPage)->holdsValues(), yes);
 }
 
+// A name typed without an extension is saved as JSON; the folder becomes the current one.
 void tst_MainWindow::saveThenOpen_restoresConfiguration() {
     auto w = makeWindow(false);
     const QString path = m_dir.filePath(QStringLiteral("saved.json"));
     w->configuration()->system()->value()->setGsens(9);
-    m_prompter->fileNames = QStringList{path};
+    m_prompter->fileNames = QStringList{m_dir.filePath(QStringLiteral("saved"))};
     w->on_action_SaveCfgToFile_triggered();
     QCOMPARE(m_prompter->calls.last().title, QStringLiteral("Save Json File"));
     QCOMPARE(m_prompter->calls.last().text, QStringLiteral("JSON (*.json)"));
+    QVERIFY(QFile::exists(path));
+    QCOMPARE(QDir::currentPath(), QDir(m_dir.path()).canonicalPath());
+    QVERIFY(!w->settingsPage(MainWindow::SystemPage)->holdsValues());
 
     w->configuration()->system()->value()->setGsens(2);
     m_prompter->fileNames = QStringList{path};
@@ -641,6 +656,7 @@ void tst_MainWindow::saveThenOpen_restoresConfiguration() {
         m_prompter->said(QStringLiteral("information"), QStringLiteral("Конфигурация успешно загружена")));
     QCOMPARE(int(w->configuration()->system()->value()->gsens()), 9);
     QCOMPARE(qobject_cast<SystemPage *>(w->settingsPage(MainWindow::SystemPage))->gsens->value(), 9);
+    QVERIFY(w->settingsPage(MainWindow::SystemPage)->holdsValues());
 }
 
 void tst_MainWindow::openFile_data() {
@@ -976,6 +992,10 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection_data() {
         "read");
     row("system, window closed: written then closed", MainWindow::SystemPage, -1,
         "label:Время до перехода в режим стоянки:", "42", true, {"11 01 00"}, "close");
+    row("system, Отмена: stays with the edit", MainWindow::SystemPage, -1,
+        "label:Время до перехода в режим стоянки:", "42", false, {}, "cancel");
+    row("servers tab, Отмена: stays on the tab", MainWindow::DataTransferPage, 0, "label:Порт:", "4000",
+        false, {}, "cancel");
 }
 
 // The unsaved-change question comes up whether the page is left for another list entry, on the
@@ -992,6 +1012,8 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     auto w = identified();
     QVERIFY(w);
     w->show();
+    for (SettingsPageBase *page : w->settingsPages())
+        page->setHoldsValues(true);
     QWidget *input = shownField(w.get(), row, tab, field);
     QVERIFY2(input, qPrintable(field));
     const QString before = fieldValue(input);
@@ -1003,6 +1025,7 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     m_prompter->calls.clear();
 
     m_prompter->answers = {yes, true};
+    m_prompter->cancel = leave == QLatin1String("cancel");
     if (leave == QLatin1String("read"))
         w->readAll();
     else if (leave == QLatin1String("close"))
@@ -1015,6 +1038,12 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Подтверждение изменений"));
     QCOMPARE(m_prompter->calls.first().text,
              QStringLiteral("Есть несохраненные параметры, записать в прибор?"));
+    if (m_prompter->cancel) {
+        QVERIFY(page->isModified());
+        QCOMPARE(w->settingsPage(row), page);
+        QCOMPARE(fieldValue(input), value);
+        return;
+    }
     QVERIFY(!page->isModified());
     QCOMPARE(fieldValue(input), yes ? value : before);
     QTRY_COMPARE(m_link->writeHeads().size(), heads.size());

@@ -17,8 +17,17 @@ private slots:
                 QStringLiteral("Введите пароль для доступа к прибору"));
         QLineEdit *edit = dialog.passwordEdit();
         QCOMPARE(edit->inputMask(), QStringLiteral("999999999"));
-        QCOMPARE(edit->echoMode(), QLineEdit::PasswordEchoOnEdit);
         QVERIFY(edit->inputMethodHints() & Qt::ImhSensitiveData);
+        // Opens empty, not as nine masked blanks; typed digits are masked once the field is left.
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        edit->setFocus();
+        QCOMPARE(edit->displayText().trimmed(), QString());
+        QTest::keyClicks(edit, QStringLiteral("1234"));
+        QCOMPARE(edit->displayText().trimmed(), QStringLiteral("1234"));
+        dialog.findChild<QDialogButtonBox *>()->setFocus();
+        QCOMPARE(edit->echoMode(), QLineEdit::PasswordEchoOnEdit);
+        QVERIFY(!edit->displayText().contains(QLatin1Char('1')));
     }
 
     void everyEditConvertsThePassword_data() {

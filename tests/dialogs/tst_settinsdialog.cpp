@@ -176,38 +176,49 @@ private slots:
         QCOMPARE(serverDialog.logSaveBox()->isChecked(), !setInSettingsDialog);
     }
 
-    // "shown" reads: the list, the selected port, the manufacturer shown for it.
+    // "shown" reads: the list, the selected port, the manufacturer shown for it; "applied" the port stored
+    // by "Применить" (empty: detection by the USB identifiers at every connect).
     void portListPutsDevicePortsFirst_data() {
         QTest::addColumn<Ports>("ports");
         QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("inUse");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("device after other port")
+        QTest::addColumn<QString>("applied");
+        const QString automatic = QStringLiteral("Автоопределение (USB)|");
+        QTest::newRow("nothing stored: automatic, device after other port")
             << Ports{port("ttyS0", "", -1, -1), port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QString()
-            << QStringLiteral("ttyACM0|ttyS0|Другой > ttyACM0 (Tavrel)");
+            << QString() << automatic + "ttyACM0|ttyS0|Другой > Автоопределение (USB) ( - )" << QString();
         QTest::newRow("product 0x0014 is not the device")
             << Ports{port("ttyACM1", "Tavrel", 0x2226, 0x0014), port("ttyACM0", "", 0x2226, 0x0013)}
-            << QString() << QStringLiteral("ttyACM0|ttyACM1|Другой > ttyACM0 ( - )");
+            << QStringLiteral("ttyACM0") << QString() << automatic + "ttyACM0|ttyACM1|Другой > ttyACM0 ( - )"
+            << QStringLiteral("ttyACM0");
         QTest::newRow("stored port selected")
             << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013), port("ttyUSB3", "FTDI", 1, 2)}
-            << QStringLiteral("ttyUSB3") << QStringLiteral("ttyACM0|ttyUSB3|Другой > ttyUSB3 (FTDI)");
+            << QStringLiteral("ttyUSB3") << QString() << automatic + "ttyACM0|ttyUSB3|Другой > ttyUSB3 (FTDI)"
+            << QStringLiteral("ttyUSB3");
         QTest::newRow("stored port unplugged stays")
-            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QStringLiteral("/dev/pts/7")
-            << QStringLiteral("ttyACM0|/dev/pts/7|Другой > /dev/pts/7 ( - )");
+            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QStringLiteral("/dev/pts/7") << QString()
+            << automatic + "ttyACM0|/dev/pts/7|Другой > /dev/pts/7 ( - )" << QStringLiteral("/dev/pts/7");
+        QTest::newRow("port in use listed, not chosen")
+            << Ports{port("ttyACM0", "Tavrel", 0x2226, 0x0013)} << QString() << QStringLiteral("/dev/pts/3")
+            << automatic + "ttyACM0|/dev/pts/3|Другой > Автоопределение (USB) ( - )" << QString();
     }
 
     void portListPutsDevicePortsFirst() {
         QFETCH(Ports, ports);
         QFETCH(QString, stored);
+        QFETCH(QString, inUse);
         AppSettings store(m_raw);
         store.setPortName(stored);
         SettinsDialog dialog(nullptr, &store);
         dialog.setPortLister([ports] { return ports; });
+        dialog.setPortInUse(inUse);
         QTEST(QStringLiteral("%1 > %2 (%3)")
                   .arg(items(dialog.portBox()), dialog.portBox()->currentText(),
                        dialog.manufacturerLabel()->text()),
               "shown");
         dialog.apply();
-        QCOMPARE(dialog.settings().portName, dialog.portBox()->currentText());
+        QTEST(store.portName(), "applied");
     }
 
     void listTextsAreNotCut_data() {

@@ -38,42 +38,44 @@ private slots:
         QVERIFY(!page.isModified());
     }
 
+    // The device never reports the parameters: they go out only once the user has set one of them.
     void roundTrip_data() {
-        QTest::addColumn<QVector<int>>("parameters"); // outNum high low replay
-        QTest::addColumn<QString>("parametersFrame");
-        QTest::newRow("lowest") << QVector<int>{0, 0, 0, 0} << hexFrame(7, "0e020000 00 00 00 00");
-        QTest::newRow("highest") << QVector<int>{255, 255, 255, 255} << hexFrame(7, "0e020000 ff ff ff ff");
-        QTest::newRow("mixed") << QVector<int>{2, 10, 3, 5} << hexFrame(7, "0e020000 02 0a 03 05");
+        QTest::addColumn<QVector<int>>("parameters"); // outNum high low replay; empty: left alone
+        QTest::addColumn<QStringList>("frames");
+        const QStringList states{hexFrame(6, "0e010000 01 00"), hexFrame(6, "0e010100 01 00")};
+        QTest::newRow("parameters untouched: only the states") << QVector<int>{} << states;
+        QTest::newRow("lowest") << QVector<int>{0, 0, 0, 1}
+                                << QStringList{hexFrame(7, "0e020000 00 00 00 01")} + states;
+        QTest::newRow("highest") << QVector<int>{255, 255, 255, 255}
+                                 << QStringList{hexFrame(7, "0e020000 ff ff ff ff")} + states;
+        QTest::newRow("mixed") << QVector<int>{2, 10, 3, 5}
+                               << QStringList{hexFrame(7, "0e020000 02 0a 03 05")} + states;
     }
     void roundTrip() {
         QFETCH(QVector<int>, parameters);
-        QFETCH(QString, parametersFrame);
+        QFETCH(QStringList, frames);
 
         PageSession s;
         OutputConfigurationItem *item = s.configuration.outputs()->value();
-        item->setOutNum(parameters[0]);
-        item->setHighCondition(parameters[1]);
-        item->setLowCondition(parameters[2]);
-        item->setReplayCounter(parameters[3]);
         SettingsOutputs page(&s.configuration);
         decodeOutputs(s, {0, 1});
-        QCOMPARE(page.outNum->value(), parameters[0]);
-        QCOMPARE(page.highCondition->value(), parameters[1]);
-        QCOMPARE(page.lowCondition->value(), parameters[2]);
-        QCOMPARE(page.replayCounter->value(), parameters[3]);
-
-        item->setOutNum(9);
-        item->setReplayCounter(9);
+        QVERIFY(!page.parametersSet());
+        if (!parameters.isEmpty()) {
+            page.outNum->setValue(parameters[0]);
+            page.highCondition->setValue(parameters[1]);
+            page.lowCondition->setValue(parameters[2]);
+            page.replayCounter->setValue(parameters[3]);
+        }
         page.output(0)->stateBox()->setChecked(true);
         QVERIFY(page.isModified());
         page.applyToDevice(s.workflows);
 
-        // The parameters, then every output switched to its shown state by number.
-        QCOMPARE(s.queued(), (QStringList{parametersFrame, hexFrame(6, "0e010000 01 00"),
-                                          hexFrame(6, "0e010100 01 00")}));
+        // The parameters when set, then every output switched to its shown state by number.
+        QCOMPARE(s.queued(), frames);
         QCOMPARE(item->states(), (QVector<quint8>{1, 1}));
-        QCOMPARE(int(item->outNum()), parameters[0]);
+        QCOMPARE(int(item->outNum()), parameters.value(0));
         QVERIFY(!page.isModified());
+        QVERIFY(!page.parametersSet());
     }
 };
 

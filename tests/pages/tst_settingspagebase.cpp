@@ -78,44 +78,59 @@ private slots:
         QVERIFY(page.isModified());
     }
 
+    // answer: the leaving question's Да, Нет or Отмена; values: the page holds values of a device or file.
     void confirmLeave_data() {
+        using A = SettingsPageBase::LeaveAnswer;
         QTest::addColumn<bool>("edit");
-        QTest::addColumn<bool>("answer");
+        QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("session");
+        QTest::addColumn<bool>("values");
+        QTest::addColumn<bool>("leaves");
         QTest::addColumn<QStringList>("frames");
         QTest::addColumn<int>("parking"); // shown and in the model afterwards
         QTest::newRow("no edits: nothing asked, nothing sent")
-            << false << true << true << QStringList() << 10;
-        QTest::newRow("Yes: the section is written")
-            << true << true << true << QStringList{hexFrame(6, "11010000 21 00 00 00")} << 33;
-        QTest::newRow("Yes without a session: stored in the model only")
-            << true << true << false << QStringList() << 33;
-        QTest::newRow("No: the edits are dropped") << true << false << true << QStringList() << 10;
+            << false << int(A::Write) << true << true << true << QStringList() << 10;
+        QTest::newRow("Да: the section is written") << true << int(A::Write) << true << true << true
+                                                    << QStringList{hexFrame(6, "11010000 21 00 00 00")} << 33;
+        QTest::newRow("Да without a session: stored in the model only")
+            << true << int(A::Write) << false << true << true << QStringList() << 33;
+        QTest::newRow("Нет: the edits are dropped")
+            << true << int(A::Drop) << true << true << true << QStringList() << 10;
+        QTest::newRow("Отмена: stays with the edits")
+            << true << int(A::Stay) << true << true << false << QStringList() << 10;
+        QTest::newRow("no values: stored unasked, nothing can be sent")
+            << true << int(A::Write) << true << false << true << QStringList() << 33;
     }
     void confirmLeave() {
         QFETCH(bool, edit);
-        QFETCH(bool, answer);
+        QFETCH(int, answer);
         QFETCH(bool, session);
+        QFETCH(bool, values);
+        QFETCH(bool, leaves);
         QFETCH(QStringList, frames);
         QFETCH(int, parking);
         PageSession s;
         s.configuration.system()->value()->setParkingMin(10);
         SystemPage page(&s.configuration);
-        ScriptedAsker asker;
-        asker.answer = answer;
-        page.setAsker(asker.asker());
+        page.setHoldsValues(values);
+        QStringList asked;
+        page.setLeaveAsker([&](QWidget *, const QString &title, const QString &text) {
+            asked << title + QLatin1Char('|') + text;
+            return SettingsPageBase::LeaveAnswer(answer);
+        });
         if (edit)
             page.parkingMin->setValue(33);
 
-        QVERIFY(page.confirmLeave(session ? &s.workflows : nullptr));
+        QCOMPARE(page.confirmLeave(session ? &s.workflows : nullptr), leaves);
 
         const QString question = QStringLiteral("Подтверждение изменений|Есть несохраненные параметры, "
                                                 "записать в прибор?");
-        QCOMPARE(asker.asked, edit ? QStringList{question} : QStringList());
+        QCOMPARE(asked, edit && values ? QStringList{question} : QStringList());
         QCOMPARE(s.queued(), frames);
-        QCOMPARE(page.parkingMin->value(), parking);
         QCOMPARE(int(s.configuration.system()->value()->parkingMin()), parking);
-        QVERIFY(!page.isModified());
+        QCOMPARE(page.isModified(), !leaves);
+        QVERIFY(!page.applyToDevice(s.workflows) || values);
+        QCOMPARE(page.findChild<QLabel *>(QStringLiteral("noValuesNote"))->isVisibleTo(&page), !values);
     }
 };
 
