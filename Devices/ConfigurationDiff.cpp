@@ -79,6 +79,40 @@ void keepDeviceValues(VantorConfiguration &target, const VantorConfiguration &de
         f->assign(target, f->rawValue(device));
 }
 
+void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo) {
+    for (const ConfigField &f : configurationFields()) {
+        if (identityToo || f.writable)
+            f.assign(to, f.rawValue(from));
+    }
+}
+
+QStringList writeAllSections() {
+    return {QLatin1String(keys::Navigation), QLatin1String(keys::Gsm), QLatin1String(keys::Fuel),
+            QLatin1String(keys::System),     QLatin1String(keys::Agc), QLatin1String(keys::Logic),
+            QLatin1String(keys::Server)};
+}
+
+ConfigurationDiff WritePreview::diff() const {
+    VantorConfiguration written;
+    apply(written);
+    return ConfigurationDiff::compare(*device, written, sections);
+}
+
+void WritePreview::apply(VantorConfiguration &target) const {
+    copyFields(target, *planned, false);
+    if (keepDeviceValues)
+        kd::keepDeviceValues(target, *device, notInFile);
+}
+
+QStringList mismatchLines(const ConfigurationDiff &writtenVersusRead) {
+    QStringList lines;
+    for (const FieldChange &c : writtenVersusRead.changes) {
+        lines << QStringLiteral("%1: записано %2, в приборе %3")
+                     .arg(c.field->title(), c.field->text(c.before), c.field->text(c.after));
+    }
+    return lines;
+}
+
 QString otherModelWarning(const QJsonObject &root, const VantorConfiguration &device) {
     static const char *const model[] = {"hardver.devgroup", "hardver.devtype", "hardver.devmod"};
     QStringList file;

@@ -48,6 +48,32 @@ QStringList identityNotInFile(const QJsonObject &root);
 void keepDeviceValues(VantorConfiguration &target, const VantorConfiguration &device,
                       const QVector<const ConfigField *> &fields);
 
+// The fields of `from` into `to`: every one, or the writable ones only (the identity stays).
+void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo = true);
+
+// The sections a full write sends; the outputs are written only from their own page.
+QStringList writeAllSections();
+
+// A write about to happen, as the user is asked about it: the device's values as read, what the
+// configuration would write, and, for a configuration from a file, what the file could not carry.
+struct WritePreview {
+    const VantorConfiguration *device = nullptr;
+    const VantorConfiguration *planned = nullptr;
+    QStringList sections;
+    QVector<const ConfigField *> notInFile;
+    QString modelWarning;
+    bool keepDeviceValues = false;
+
+    ConfigurationDiff diff() const;
+    // What to write into `target` (its identity untouched): `planned`, with the device's values for what
+    // the file lacks when so chosen.
+    void apply(VantorConfiguration &target) const;
+    bool lacksInFile(const ConfigField *field) const { return notInFile.contains(field); }
+};
+
+// Read back after a write, the fields that do not hold what was written: "<title>: записано X, в приборе Y".
+QStringList mismatchLines(const ConfigurationDiff &writtenVersusRead);
+
 // A warning when the file names another model (group, type or modification) than the connected device;
 // empty when it does not, or when the file names none.
 QString otherModelWarning(const QJsonObject &root, const VantorConfiguration &device);

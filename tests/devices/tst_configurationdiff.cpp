@@ -100,7 +100,9 @@ private slots:
 
         const ConfigurationDiff before = ConfigurationDiff::compare(device, loaded);
         const QVector<const ConfigField *> lacking = fieldsNotInFile(root);
-        keepDeviceValues(loaded, device, lacking);
+        WritePreview preview{&device, &loaded, writeAllSections(), lacking, QString(), true};
+        VantorConfiguration written;
+        preview.apply(written);
 
         QCOMPARE(before.plainLines(),
                  QStringList({"navigation.faultSpeed: 150 -> 0", "gsm[0].roaming.forbidden: 1 -> 0",
@@ -113,7 +115,10 @@ private slots:
                  QStringList({"navigation.faultSpeed", "gsm[0].roaming.forbidden", "gsm[0].roaming.timetable",
                               "gsm[1].roaming.forbidden", "gsm[1].roaming.timetable"}));
         QCOMPARE(identityNotInFile(root), QStringList{"IMEI"});
-        QVERIFY(ConfigurationDiff::compare(device, loaded).isEmpty());
+        QVERIFY(preview.diff().isEmpty());
+        QVERIFY(ConfigurationDiff::compare(device, written).isEmpty());
+        QCOMPARE(mismatchLines(before).at(0),
+                 "Навигация: Порог ложной скорости: записано 150 км/ч, в приборе 0 км/ч");
         QCOMPARE(fieldsNotInFile(QJsonObject()).size(), writableFields().size());
     }
 
