@@ -49,7 +49,8 @@ QString DevsimOptions::usage() {
         "  --baud B              pace the line at B baud both ways (10 bits a byte)\n"
         "  --hangup-after N      close the link after N answers (pty: exit; tcp: disconnect the client)\n"
         "  --ignore-writes KEY   answer writes of section KEY (e.g. SystemConfiguration) with status 1\n"
-        "                        but keep the old values (repeatable)\n");
+        "                        but keep the old values (repeatable)\n"
+        "  --silent-section KEY  never answer reads of section KEY (repeatable)\n");
 }
 
 bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
@@ -61,7 +62,7 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
     const QString valued[] = {"link",       "tcp",           "imei",           "state",
                               "password",   "silent-every",  "truncate-every", "garbage-every",
                               "latency",    "baud",          "hangup-after",   "fw-version",
-                              "hw-version", "corrupt-every", "ignore-writes"};
+                              "hw-version", "corrupt-every", "ignore-writes",  "silent-section"};
     const QString flags[] = {"pty", "blocked", "split", "help"};
     for (const QString &name : valued)
         p.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
@@ -113,6 +114,14 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
     for (const QString &key : ignoredWrites) {
         if (!VirtualTracker::writeCode(key)) {
             *error = QStringLiteral("--ignore-writes wants a written section key, got \"%1\"").arg(key);
+            return false;
+        }
+    }
+
+    silentSections = p.values("silent-section");
+    for (const QString &key : silentSections) {
+        if (!VirtualTracker::writeCode(key)) {
+            *error = QStringLiteral("--silent-section wants a section key, got \"%1\"").arg(key);
             return false;
         }
     }

@@ -26,6 +26,7 @@ struct DevsimOptions {
     int baud = 0;
     int hangupAfter = 0;
     QStringList ignoredWrites; // --ignore-writes SECTION: section keys whose writes are answered but not kept
+    QStringList silentSections; // --silent-section SECTION: section keys whose reads are never answered
 
     bool hasFwVersion = false;
     quint8 fwMajor = 0;

@@ -27,6 +27,7 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     m_tracker->model().setStartUnixTime(quint32(QDateTime::currentSecsSinceEpoch()));
     m_tracker->setBlocked(options.blocked);
     m_tracker->setIgnoredWrites(options.ignoredWrites);
+    m_tracker->setSilentReads(options.silentSections);
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
     connect(m_link, &SimLink::peerChanged, this, [this] {

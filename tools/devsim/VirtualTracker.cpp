@@ -215,6 +215,8 @@ QList<QByteArray> VirtualTracker::handle(quint8 type, const QByteArray &payload)
     if (m_password && !m_loggedIn && !isLogin)
         return status(type, NeedLogin);
 
+    if (type == proto::ConfigPacketType && m_silentReads.contains(c))
+        return {};
     const QByteArray answer =
         type == proto::ConfigPacketType ? handleConfig(payload) : handleCommand(payload);
     QList<QByteArray> frames{Frame::build(type, answer)};
@@ -301,6 +303,12 @@ void VirtualTracker::setIgnoredWrites(const QStringList &sectionKeys) {
     m_ignoredWrites.clear();
     for (const QString &key : sectionKeys)
         m_ignoredWrites << writeCode(key);
+}
+
+void VirtualTracker::setSilentReads(const QStringList &sectionKeys) {
+    m_silentReads.clear();
+    for (const QString &key : sectionKeys)
+        m_silentReads << quint8(writeCode(key) | code::ReadBit);
 }
 
 bool VirtualTracker::writeSection(const QByteArray &payload) {

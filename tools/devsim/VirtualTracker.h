@@ -43,6 +43,8 @@ public:
     bool blocked() const { return m_blocked; }
     // Writes of these sections are answered with status 1 but change nothing (a device that loses them).
     void setIgnoredWrites(const QStringList &sectionKeys);
+    // Reads of these sections are never answered (a section the device keeps silent about).
+    void setSilentReads(const QStringList &sectionKeys);
     // The write command code of a section key, 0 for a section that is not written.
     static quint8 writeCode(const QString &sectionKey);
 
@@ -90,4 +92,5 @@ private:
     bool m_blocked = false;
     int m_outputCount = 2;
     QList<quint8> m_ignoredWrites;
+    QList<quint8> m_silentReads;
 };
