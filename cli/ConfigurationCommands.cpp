@@ -4,6 +4,7 @@
 #include "cli/ConfigurationSource.h"
 
 #include "Devices/ConfigurationDiff.h"
+#include "Devices/ConfigurationFileCheck.h"
 #include "Devices/SnapshotStore.h"
 #include "Devices/VantorConfiguration.h"
 
@@ -13,6 +14,44 @@
 void printChanges(const kd::ConfigurationDiff &diff, QTextStream &stream) {
     for (const QString &line : diff.plainLines())
         stream << line << '\n';
+}
+
+int loadWriteSource(const CliOptions &options, ConfigurationSource *source, QTextStream &err) {
+    QString error;
+    if (!ConfigurationSource::load(options.file, source, &error)) {
+        err << QStringLiteral("tavrel-cli: ") << error << '\n';
+        return 2;
+    }
+    const bool restoring = options.command == CliOptions::Command::Restore;
+    if (restoring != (source->kind == ConfigurationSource::Kind::Snapshot)) {
+        err << QStringLiteral("tavrel-cli: %1 - %2")
+                   .arg(options.file,
+                        restoring ? QStringLiteral("не снимок настроек (для файла конфигурации: write)")
+                                  : QStringLiteral("снимок настроек (для него: restore)"))
+            << '\n';
+        return 2;
+    }
+    if (restoring)
+        return -1;
+    const kd::ConfigurationFileCheck check = kd::ConfigurationFileCheck::check(source->root);
+    if (check.ok())
+        return -1;
+    for (const QString &line : check.lines())
+        err << QStringLiteral("tavrel-cli: ") << line << '\n';
+    if (check.empty) {
+        err << QStringLiteral("tavrel-cli: файл %1 не записан").arg(options.file) << '\n';
+        return 2;
+    }
+    if (options.force) {
+        err << QStringLiteral("tavrel-cli: --force: значения будут записаны так, как их прочитает программа")
+            << '\n';
+        return -1;
+    }
+    err << QStringLiteral(
+               "tavrel-cli: файл %1 не записан; --force запишет значения так, как их прочитает программа")
+               .arg(options.file)
+        << '\n';
+    return 2;
 }
 
 int diffCommand(const CliOptions &options, QTextStream &out, QTextStream &err) {
