@@ -108,6 +108,14 @@ void AppSettings::setSettingsLogSave(bool on) {
     m_store->setValue(key(Keys::SettingsLogSave), on);
 }
 
+bool AppSettings::verifyWrites() const {
+    return m_store->value(key(Keys::VerifyWrites), true).toBool();
+}
+
+void AppSettings::setVerifyWrites(bool on) {
+    m_store->setValue(key(Keys::VerifyWrites), on);
+}
+
 bool AppSettings::serverLogSave() const {
     return m_store->value(key(Keys::ServerLogSave), false).toBool();
 }
@@ -211,6 +219,7 @@ AppSettings::Record AppSettings::record() const {
     r.proxyPort = proxyPort();
     r.proxyLogin = proxyLogin();
     r.proxyPassword = proxyPassword();
+    r.verifyWrites = verifyWrites();
     return r;
 }
 
@@ -228,6 +237,7 @@ void AppSettings::writeRecord(const Record &r) {
     setUserPassword(r.userPassword);
     setCurrentProxy(r.currentProxy);
     setProxyServerAddres(r.proxyServerAddres);
+    setVerifyWrites(r.verifyWrites);
     setProxyPort(r.proxyPort);
     setProxyLogin(r.proxyLogin);
     setProxyPassword(r.proxyPassword);

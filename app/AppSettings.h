@@ -43,6 +43,7 @@ public:
         static constexpr const char *ProxyPort = "loginSettings/proxyPort";
         static constexpr const char *ProxyLogin = "loginSettings/proxyLogin";
         static constexpr const char *ProxyPassword = "loginSettings/proxyPassword";
+        static constexpr const char *VerifyWrites = "settings/verifyWrites";
     };
 
     // The plain record the window takes whenever it builds a link or a timer: the stored values as
@@ -71,6 +72,7 @@ public:
         int proxyPort = 0;
         QString proxyLogin;
         QString proxyPassword;
+        bool verifyWrites = true; // read the written sections back and compare
     };
 
     // Uses the program's own store (organisation "Tavrel", application "Tavrel_micro_cfg") whatever
@@ -121,6 +123,8 @@ public:
     void setProxyLogin(const QString &name);
     QString proxyPassword() const;
     void setProxyPassword(const QString &password);
+    bool verifyWrites() const; // on unless switched off
+    void setVerifyWrites(bool on);
 
     // What the server dialog shows: the stored values with its replacements for absent ones.
     QString serverAddressOrDefault() const;

@@ -159,6 +159,10 @@ void SettinsDialog::buildForm() {
                            QStringLiteral("<Нет>")});
     m_logSave = new QCheckBox(QStringLiteral("Сохранять лог работы прибора в файл"), viewBox);
     m_logSave->setObjectName(QStringLiteral("logSaveBox"));
+    m_verifyWrites = new QCheckBox(QStringLiteral("Проверять запись чтением"), viewBox);
+    m_verifyWrites->setObjectName(QStringLiteral("verifyWritesBox"));
+    m_verifyWrites->setToolTip(
+        QStringLiteral("После записи в прибор записанные разделы считываются и сравниваются"));
     auto *logPath = new QLabel(
         QStringLiteral("Файлы журнала: %1")
             .arg(QDir::toNativeSeparators(DeviceLog::directory() + QStringLiteral("/device-ГГГГММДД.log"))),
@@ -171,6 +175,7 @@ void SettinsDialog::buildForm() {
     viewForm->addRow(QStringLiteral("Период опроса телеметрии"), m_telemetry);
     viewForm->addRow(m_logSave);
     viewForm->addRow(logPath);
+    viewForm->addRow(m_verifyWrites);
 
     auto *apply = new QPushButton(QStringLiteral("Применить"), this);
     apply->setObjectName(QStringLiteral("applyButton"));
@@ -326,6 +331,7 @@ void SettinsDialog::load() {
     m_imei->setText(r.serialNumber.left(16));
     m_timeout->setValue(r.timeoutSeconds);
     m_logSave->setChecked(r.logSave);
+    m_verifyWrites->setChecked(r.verifyWrites);
     m_login->setText(r.login);
     m_userPassword->setText(r.userPassword);
     m_proxyType->setCurrentIndex(r.currentProxy >= 0 && r.currentProxy < m_proxyType->count() ? r.currentProxy
@@ -362,6 +368,7 @@ AppSettings::Record SettinsDialog::fromWidgets() const {
     r.serialNumber = m_imei->text();
     r.timeoutSeconds = m_timeout->value();
     r.logSave = m_logSave->isChecked();
+    r.verifyWrites = m_verifyWrites->isChecked();
     r.login = m_login->text();
     r.userPassword = m_userPassword->text();
     r.currentProxy = m_proxyType->currentIndex();

@@ -103,4 +103,5 @@ private:
     QComboBox *m_theme = nullptr;
     QComboBox *m_telemetry = nullptr;
     QCheckBox *m_logSave = nullptr;
+    QCheckBox *m_verifyWrites = nullptr;
 };

@@ -11,6 +11,7 @@ private slots:
         store.clear();
         AppSettings settings(&store);
         QVERIFY(!settings.deviceLogToFile());
+        QVERIFY(settings.verifyWrites()); // on until the user switches it off
         settings.setSettingsLogSave(true);
         QVERIFY(!settings.serverLogSave());
         QVERIFY(settings.deviceLogToFile());
