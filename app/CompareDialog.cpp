@@ -69,8 +69,9 @@ CompareDialog::CompareDialog(const VantorConfiguration *device, const VantorConf
     m_table->setHeaderLabels({QString(), QStringLiteral("Раздел"), QStringLiteral("Параметр"),
                               QStringLiteral("Слева"), QStringLiteral("Справа")});
     m_table->setRootIsDecorated(false);
-    m_table->header()->setSectionResizeMode(Field, QHeaderView::Stretch);
-    m_table->setMinimumSize(760, 360);
+    m_table->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_table->header()->setStretchLastSection(true);
+    m_table->setMinimumSize(980, 420);
     layout->addWidget(m_summary);
     layout->addWidget(m_table);
     layout->addWidget(m_onlyDifferences);

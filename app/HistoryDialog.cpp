@@ -40,9 +40,9 @@ HistoryDialog::HistoryDialog(const kd::SnapshotStore &store, const QString &imei
                             .arg(s.time.toLocalTime().toString(QStringLiteral("dd.MM.yyyy HH:mm:ss")))
                             .arg(s.written.size()));
     }
-    m_list->setMinimumWidth(300);
+    m_list->setMinimumWidth(380);
     m_details->setReadOnly(true);
-    m_details->setMinimumSize(420, 260);
+    m_details->setMinimumSize(520, 300);
     panes->addWidget(m_list);
     panes->addWidget(m_details, 1);
     layout->addLayout(panes);

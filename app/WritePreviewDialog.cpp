@@ -39,8 +39,9 @@ WritePreviewDialog::WritePreviewDialog(const QString &title, const QString &ques
     m_changes->setHeaderLabels(
         {QStringLiteral("Параметр"), QStringLiteral("В приборе"), QStringLiteral("Будет записано")});
     m_changes->setRootIsDecorated(false);
-    m_changes->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    m_changes->setMinimumSize(620, 220);
+    m_changes->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_changes->header()->setStretchLastSection(true);
+    m_changes->setMinimumSize(880, 220);
     layout->addWidget(m_changes);
 
     m_keep->setVisible(!preview.notInFile.isEmpty());

@@ -1,6 +1,7 @@
 #include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
 #include "app/DeviceLog.h"
+#include "app/DialogScreenshots.h"
 #include "app/MainWindow.h"
 #include "app/Prompter.h"
 #include "app/QtTranslations.h"
@@ -101,7 +102,15 @@ public:
 
 private:
     void nextPage(int row) {
-        if (row >= MainWindow::PageCount) {
+        if (row == MainWindow::PageCount) {
+            m_window->showPage(MainWindow::DevicePage);
+            showConfigurationDialogs(
+                m_window, *m_window->configuration(),
+                [this](QWidget *dialog, const QString &name) { shoot(name, dialog); },
+                [this] { nextPage(MainWindow::PageCount + 1); });
+            return;
+        }
+        if (row > MainWindow::PageCount) {
             applySkin(qApp, Skin::Dark);
             m_window->showPage(MainWindow::DevicePage);
             after(1500, [this] {
@@ -164,7 +173,7 @@ private:
         });
     }
 
-    void shoot(const QString &name) {
+    void shoot(const QString &name, QWidget *shown = nullptr) {
         const QString path = QDir(m_folder).filePath(name + QStringLiteral(".png"));
         // The whole virtual screen, as the user sees it; without ImageMagick only the window.
         if (QFileInfo(QStringLiteral("/usr/bin/import")).isExecutable() &&
@@ -173,7 +182,7 @@ private:
             QTextStream(stdout) << path << '\n';
             return;
         }
-        m_window->grab().save(path);
+        (shown ? shown : m_window)->grab().save(path);
         QTextStream(stdout) << path << '\n';
     }
 

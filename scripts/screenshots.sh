@@ -2,7 +2,7 @@
 # Pictures of the configurator for docs/screenshots: a virtual X screen (xvfb-run), the window walking
 # through its states by itself (--screenshots) and ImageMagick's import saving the whole screen.
 # Pictures: not connected; the device page with a fix on the virtual tracker; every settings page
-# after a full read; the dark theme.
+# after a full read; the write confirmation, the history and the comparison dialogs; the dark theme.
 set -euo pipefail
 build=${1:-build}
 out=${2:-docs/screenshots}
