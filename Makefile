@@ -1,6 +1,8 @@
 # The two set-up commands of the README: `make run` and `make test`.
 BUILD      ?= build
 BUILD_TEST ?= build-test
+BUILD_FUZZ ?= build-fuzz
+SECONDS    ?= 600
 JOBS       ?= 2
 CMAKE_GEN  := -G "Unix Makefiles"
 SUPP       := $(CURDIR)/tests/lsan.supp
@@ -9,7 +11,7 @@ export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
 export ASAN_OPTIONS  := detect_leaks=1
 export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
 
-.PHONY: deps build run test screenshots bench install clean
+.PHONY: deps build run test fuzz screenshots bench install clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -25,6 +27,11 @@ test: deps
 	cmake -S . -B $(BUILD_TEST) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DTAVREL_SANITIZE=ON
 	cmake --build $(BUILD_TEST) -j$(JOBS)
 	cd $(BUILD_TEST) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
+	@bash scripts/fuzz.sh $(BUILD_FUZZ) 7
+
+# Every fuzzer for SECONDS each; the corpus grows in $(BUILD_FUZZ)/fuzz-corpus, findings land in fuzz-findings.
+fuzz: deps
+	@bash scripts/fuzz.sh $(BUILD_FUZZ) $(SECONDS)
 
 screenshots: build
 	@bash scripts/install-deps.sh xvfb xauth xdotool imagemagick fonts-dejavu-core
@@ -37,4 +44,4 @@ install: build
 	cmake --install $(BUILD)
 
 clean:
-	rm -rf $(BUILD) $(BUILD_TEST)
+	rm -rf $(BUILD) $(BUILD_TEST) $(BUILD_FUZZ)

@@ -8,6 +8,7 @@ packages=(
     qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev qttools5-dev
     libqt5svg5 fonts-dejavu-core qttranslations5-l10n
     python3
+    clang libclang-rt-14-dev
 )
 packages+=("$@")
 

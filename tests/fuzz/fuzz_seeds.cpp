@@ -1,0 +1,177 @@
+// Writes the seed corpus of every harness into a folder per harness: real frames and files made by the
+// project's own encoders (the protocol's requests, the virtual tracker's answers, the boot loader's
+// messages, firmware images) and the golden files of tests/data.
+#include "tests/fuzz/FuzzSupport.h"
+#include "tests/update/BskBuilder.h"
+
+#include "Devices/ConfigurationFile.h"
+#include "Devices/VantorConfiguration.h"
+#include "pages/GsmProfileStore.h"
+#include "protocol/Frame.h"
+#include "protocol/UNPProtocol.h"
+#include "tools/devsim/BootLoader.h"
+#include "tools/devsim/VirtualTracker.h"
+#include "update/UpdateChannel.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cstdio>
+
+namespace {
+
+QString root;
+int written = 0;
+
+void seed(const char *harness, const QString &name, const QByteArray &content) {
+    const QString dir = root + QLatin1Char('/') + QLatin1String(harness);
+    QDir().mkpath(dir);
+    QFile file(dir + QLatin1Char('/') + name);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size())
+        ++written;
+}
+
+QByteArray readFile(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Every request the configurator sends: each read, each telemetry poll, each write and command.
+QList<QByteArray> requests(VantorConfiguration &configuration) {
+    proto::UNPProtocol p(&configuration);
+    p.readDeviceInfo(1);
+    p.readDeviceInfo(2);
+    p.readNavigation();
+    p.readNavigationBlock2();
+    p.readNavigationBlock3();
+    p.readGsm();
+    p.readGsmBlock3(0);
+    p.readGsmBlock3(1);
+    p.readGsmBlock4();
+    p.readFuel();
+    p.readCode9();
+    p.readAnalogInputs();
+    p.readLogicInputs();
+    p.readOutputs();
+    p.readServers();
+    p.readSystem();
+    for (quint8 subCode : proto::UNPProtocol::telemetrySubCodes())
+        p.readTelemetry(subCode);
+    p.writeNavigation();
+    p.writeGsm();
+    p.writeFuel();
+    p.writeCode9();
+    p.writeAnalogInput(0);
+    p.writeLogicInput(0);
+    p.setOutputs();
+    p.writeServer(0);
+    p.writeSystem();
+    p.setOutput(1, 0);
+    p.login(1234);
+    p.changePassword(4321);
+    p.resetSettings();
+    p.clearMemory();
+    p.enterFirmwareUpdate();
+    return p.queue();
+}
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+    QCoreApplication app(argc, argv);
+    qInstallMessageHandler(fuzz::quiet);
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: tavrel-fuzz-seeds OUTPUT-FOLDER TESTS-DATA-FOLDER\n");
+        return 2;
+    }
+    root = QString::fromLocal8Bit(argv[1]);
+    const QString data = QString::fromLocal8Bit(argv[2]);
+
+    VirtualTracker tracker;
+    tracker.setClock([] { return qint64(60000); });
+    const QList<QByteArray> sent = requests(*tracker.configuration());
+    QByteArray allRequests, allAnswers;
+    int n = 0;
+    for (const QByteArray &request : sent) {
+        const proto::Frame::Received r = proto::Frame::check(request);
+        const QString name = QStringLiteral("%1").arg(n++, 2, 10, QLatin1Char('0'));
+        seed("requests", name, fuzz::chunkRecord(request));
+        seed("decode", name + QStringLiteral("-request"),
+             "1700000000 Command " + request.toHex());
+        allRequests += fuzz::chunkRecord(request);
+        int a = 0;
+        for (const QByteArray &answer : tracker.handle(r.type, r.payload)) {
+            const QString answerName = name + QStringLiteral("-%1").arg(a++);
+            const proto::Frame::Received ar = proto::Frame::check(answer);
+            seed("session", answerName, fuzz::chunkRecord(answer));
+            seed("parser", answerName, char(ar.type) + ar.payload);
+            seed("decode", answerName,
+                 "1700000000 From device: " + answer.toHex() + ": " + QByteArray::number(answer.size()));
+            allAnswers += fuzz::chunkRecord(answer);
+        }
+    }
+    seed("requests", QStringLiteral("all"), allRequests);
+    seed("session", QStringLiteral("all"), allAnswers);
+    // One answer in two reads, and two answers in one read.
+    const QByteArray first = fuzz::chunks(allAnswers).value(0), second = fuzz::chunks(allAnswers).value(1);
+    seed("session", QStringLiteral("split"), fuzz::chunkRecord(first.left(5)) + fuzz::chunkRecord(first.mid(5)));
+    seed("session", QStringLiteral("joined"), fuzz::chunkRecord(first + second));
+
+    // The boot loader's messages: its first page request, then confirmations, a damaged page, the end.
+    BootLoader::Options options;
+    BootLoader loader(options);
+    QByteArray loaderTalk;
+    QObject::connect(&loader, &BootLoader::send, [&](const QByteArray &bytes) { loaderTalk += bytes; });
+    loader.start();
+    auto message = [&](quint8 kind, quint16 page) {
+        UpdateChannel::Message m;
+        m.kind = kind;
+        m.hardware = options.hwVersion;
+        m.fwMajor = options.fwMajor;
+        m.fwMiddle = options.fwMiddle;
+        m.fwBuild = options.fwBuild;
+        m.page = page;
+        return UpdateChannel::encodeMessage(m);
+    };
+    seed("bootloader", QStringLiteral("start"), fuzz::chunkRecord(loaderTalk));
+    QByteArray talk = fuzz::chunkRecord(message(UpdateChannel::PageRequested, 0));
+    for (quint16 page = 0; page < 4; ++page)
+        talk += fuzz::chunkRecord(message(UpdateChannel::PageConfirmed, page) +
+                                  message(UpdateChannel::PageRequested, page + 1));
+    seed("bootloader", QStringLiteral("transfer"), talk);
+    seed("bootloader", QStringLiteral("error"),
+         fuzz::chunkRecord(message(UpdateChannel::PageError, 0)) +
+             fuzz::chunkRecord(message(UpdateChannel::PageRequested, 0)));
+
+    BskBuilder image;
+    for (int pages : {1, 2, 3}) {
+        image.pages = pages;
+        image.builds = QVector<quint16>(pages, quint16(16 + pages));
+        image.hardware = QVector<quint16>(pages, quint16(0x1200 + pages));
+        seed("firmwarefile", QStringLiteral("pages-%1.bsk").arg(pages), image.build());
+    }
+
+    seed("configfile", QStringLiteral("sample.json"), readFile(data + QStringLiteral("/devices/sample-configuration.json")));
+    seed("configfile", QStringLiteral("write-config.json"), readFile(data + QStringLiteral("/cli/write-config.json")));
+    seed("configfile", QStringLiteral("tracker.json"), kd::ConfigurationFile::toJson(*tracker.configuration()));
+
+    const QString profiles = root + QStringLiteral("/gsmprofiles/GSMprofileList.json");
+    QDir().mkpath(root + QStringLiteral("/gsmprofiles"));
+    GsmProfileStore store(profiles);
+    store.add({QStringLiteral("МТС"), QStringLiteral("internet.mts.ru"), QStringLiteral("mts"), QStringLiteral("mts")});
+    store.add({QStringLiteral("Билайн"), QStringLiteral("internet.beeline.ru"), QStringLiteral("beeline"), QString()});
+    written += QFile::exists(profiles) ? 1 : 0;
+
+    seed("updateanswer", QStringLiteral("one"),
+         "<updates><update name=\"Tavrel\" version=\"1.0.0.31\" size=\"48213\"/></updates>");
+    seed("updateanswer", QStringLiteral("none"), "<updates><!-- no updates --></updates>");
+    seed("updateanswer", QStringLiteral("two"),
+         "<?xml version=\"1.0\"?>\n<updates>\n <update name=\"A\" version=\"1\" size=\"2\"/>\n"
+         " <update name=\"B\" version=\"1.2\" size=\"30\"/>\n</updates>\n");
+    seed("networksettings", QStringLiteral("network.xml"),
+         "<Network><ProxyType>2</ProxyType><Username>ivan</Username><Password>p</Password></Network>");
+    seed("networksettings", QStringLiteral("bare.xml"), "<?xml version=\"1.0\"?><Network/>");
+
+    std::printf("%d seeds in %s\n", written, qPrintable(root));
+    return written > 0 ? 0 : 1;
+}
