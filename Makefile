@@ -11,7 +11,7 @@ export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
 export ASAN_OPTIONS  := detect_leaks=1
 export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
 
-.PHONY: deps build run test fuzz screenshots bench install clean
+.PHONY: deps build run test fuzz screenshots bench soak install clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -39,6 +39,10 @@ screenshots: build
 
 bench: build
 	@bash scripts/bench.sh $(BUILD)
+
+# Every fault of the virtual tracker against read, write, telemetry and flash (a few minutes).
+soak: build
+	python3 bench/soak/soak.py $(BUILD)
 
 install: build
 	cmake --install $(BUILD)
