@@ -1,6 +1,8 @@
 #include "Devices/ConfigurationFile.h"
+#include "Devices/ConfigurationOverrides.h"
 #include "tests/devices/ConfigurationSample.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -125,6 +127,55 @@ private slots:
         if (status == ConfigurationFile::LoadResult::ParseError)
             QCOMPARE(r.errorString, error);
         QCOMPARE(ConfigurationFile::toJson(cfg), before); // a failed load changes nothing
+    }
+
+    // Each row: a spreadsheet, then the template of OverrideTemplate with IMEI 1's row put in (compact JSON),
+    // or "!" and the reason when the table or a value is refused.
+    void overrides_data() {
+        QTest::addColumn<QByteArray>("csv");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("nested keys, dotted root key, IMEI column anywhere")
+            << QByteArray("Server[1].server,IMEI,gsm[0].gprs 1.apn,hardver.serial\n"
+                          "srv.example.ru,1,internet.mts.ru,77\n2.2.2.2,2,x,1\n")
+            << R"({"Server":[{"server":"a"},{"server":"srv.example.ru"}],"SystemParameters":{"gsens":5},)"
+               R"("gsm":[{"gprs 1":{"apn":"internet.mts.ru","apn_name":""}}],"hardver":1,"hardver.serial":77})";
+        QTest::newRow("semicolons, quotes, BOM, CRLF, an empty cell keeps the template's value")
+            << QByteArray("\xEF\xBB\xBFimei;SystemParameters.gsens;gsm[0].gprs 1.apn_name\r\n"
+                          "1;;\"a;\"\"b\"\"\"\r\n")
+            << R"({"Server":[{"server":"a"},{"server":"b"}],"SystemParameters":{"gsens":5},)"
+               R"("gsm":[{"gprs 1":{"apn":"","apn_name":"a;\"b\""}}],"hardver":1,"hardver.serial":5})";
+        QTest::newRow("text where the template has a number")
+            << QByteArray("IMEI,SystemParameters.gsens\n1,abc\n")
+            << "!SystemParameters.gsens: \"abc\" не подходит, в шаблоне здесь число";
+        QTest::newRow("an element the template lacks")
+            << QByteArray("IMEI,Server[5].server\n1,x\n") << "!Server[5].server: в шаблоне нет элемента [5]";
+        QTest::newRow("a key the template lacks") << QByteArray("IMEI,navigation.x\n1,x\n")
+                                                  << "!navigation.x: в шаблоне нет ключа \"navigation.x\"";
+        QTest::newRow("no IMEI column") << QByteArray("a,b\n1,2\n") << "!в первой строке нет столбца IMEI";
+        QTest::newRow("short row") << QByteArray("IMEI,a\n\n1\n") << "!строка 3: 1 столбцов вместо 2";
+        QTest::newRow("IMEI twice") << QByteArray("IMEI,a\n1,2\n1,3\n") << "!строка 3: IMEI 1 уже был";
+    }
+
+    void overrides() {
+        QFETCH(QByteArray, csv);
+        QFETCH(QString, expected);
+        const QJsonObject templateRoot =
+            QJsonDocument::fromJson(R"({"hardver.serial": 5, "hardver": 1, "SystemParameters": {"gsens": 5},
+                "gsm": [{"gprs 1": {"apn": "", "apn_name": ""}}], "Server": [{"server": "a"}, {"server": "b"}]})")
+                .object();
+        kd::ConfigurationOverrides overrides;
+        QString error;
+        QJsonObject root = templateRoot;
+        const bool parsed = kd::ConfigurationOverrides::parse(csv, &overrides, &error);
+        if (parsed && overrides.apply(QStringLiteral("1"), &root, &error)) {
+            QCOMPARE(QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Compact)), expected);
+            QVERIFY(overrides.check(templateRoot, &error));
+            QVERIFY(!overrides.contains("3"));
+        } else {
+            QCOMPARE("!" + error, expected);
+            // A bad value is found by the check of the whole table before any device is touched.
+            QVERIFY(!parsed || !overrides.check(templateRoot, &error));
+        }
     }
 };
 

@@ -56,6 +56,7 @@ void tst_DevsimOptions::badCommandLines_data() {
     QTest::newRow("password not a number") << QStringList{"--pty", "--password", "secret"};
     QTest::newRow("link with tcp") << QStringList{"--tcp", "0", "--link", "/tmp/x"};
     QTest::newRow("imei with pty") << QStringList{"--pty", "--imei", "1"};
+    QTest::newRow("bench with tcp") << QStringList{"--tcp", "0", "--bench", "4"};
     QTest::newRow("unknown option") << QStringList{"--pty", "--colour"};
     QTest::newRow("unwritten section") << QStringList{"--pty", "--ignore-writes", "mainDviceInfo"};
     QTest::newRow("stray argument") << QStringList{"--pty", "extra"};

@@ -1,5 +1,6 @@
 #include "tests/protocol/LogCapture.h"
 
+#include "protocol/PortWatcher.h"
 #include "protocol/SerialConnection.h"
 
 #include <QtTest>
@@ -79,6 +80,47 @@ private slots:
         QCOMPARE(overflow.count(), found > 1 ? 1 : 0);
         if (found > 1)
             QVERIFY(!link.open());
+    }
+
+    // Files in a temporary folder stand for device paths; "tty*" names come from the system's list.
+    void portSelection_data() {
+        QTest::addColumn<QString>("selection");
+        QTest::addColumn<QStringList>("present");
+        QTest::newRow("all: the recognised ports only") << "all" << QStringList{"ttyACM0"};
+        QTest::newRow("names and a name pattern") << "ttyS0, ttyUSB*" << QStringList{"ttyS0", "ttyUSB0"};
+        QTest::newRow("a path pattern skips a link to nowhere")
+            << "DIR/bench-*" << QStringList{"DIR/bench-1", "DIR/bench-2"};
+        QTest::newRow("explicit paths, a missing one absent, a repeat once")
+            << "DIR/bench-2,DIR/bench-9,DIR/bench-2" << QStringList{"DIR/bench-2"};
+    }
+
+    void portSelection() {
+        QFETCH(QString, selection);
+        QFETCH(QStringList, present);
+        QTemporaryDir dir;
+        for (const char *name : {"bench-1", "bench-2", "other-1"})
+            QVERIFY(QFile(dir.filePath(name)).open(QIODevice::WriteOnly));
+        QVERIFY(QFile::link(dir.filePath("gone"), dir.filePath("bench-3")));
+        const QList<SerialPortDescription> system{port("ttyS0", -1, -1), port("ttyACM0", 0x2226, 0x0013),
+                                                  port("ttyUSB0", 0x0403, 0x6001)};
+        selection.replace("DIR", dir.path());
+        present.replaceInStrings("DIR", dir.path());
+
+        QCOMPARE(PortSelection::parse(selection).present(system), present);
+
+        // A watcher reports the ports as they come and go.
+        PortWatcher watcher(PortSelection::parse(selection));
+        watcher.setPortLister([system] { return system; });
+        QSignalSpy appeared(&watcher, &PortWatcher::appeared);
+        QSignalSpy disappeared(&watcher, &PortWatcher::disappeared);
+        watcher.start();
+        QCOMPARE(appeared.count(), present.size());
+        watcher.setPortLister({});
+        QFile::remove(dir.filePath("bench-1"));
+        QFile::remove(dir.filePath("bench-2"));
+        watcher.poll();
+        QCOMPARE(disappeared.count(), present.size());
+        QVERIFY(watcher.ports().isEmpty());
     }
 
     void recordShowsUnknownFields() {

@@ -30,6 +30,9 @@ QString DevsimOptions::usage() {
         "Link:\n"
         "  --pty                 open a pseudo-terminal; its slave path is the first line printed\n"
         "  --link PATH           also make the symlink PATH to the slave (removed on exit)\n"
+        "  --bench N             serve N trackers with distinct IMEIs, each on its own pseudo-terminal\n"
+        "                        (one path a line); --link PATH and --state FILE get numbered: PATH-1 ...\n"
+        "  --appear-every S      plug in one more tracker every S seconds (with --pty, --bench optional)\n"
         "  --tcp PORT            act as the configuration server on 127.0.0.1:PORT (0: a free port);\n"
         "                        \"127.0.0.1:<port>\" is the first line printed\n"
         "  --imei IMEI           the IMEI the server accepts in the login frame (default: the device's)\n"
@@ -59,10 +62,10 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
         error = &dummy;
     QCommandLineParser p;
     p.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QString valued[] = {"link",       "tcp",           "imei",           "state",
-                              "password",   "silent-every",  "truncate-every", "garbage-every",
-                              "latency",    "baud",          "hangup-after",   "fw-version",
-                              "hw-version", "corrupt-every", "ignore-writes",  "silent-section"};
+    const QString valued[] = {
+        "link",           "tcp",           "imei",          "state",          "password",     "silent-every",
+        "truncate-every", "garbage-every", "latency",       "baud",           "hangup-after", "fw-version",
+        "hw-version",     "corrupt-every", "ignore-writes", "silent-section", "bench",        "appear-every"};
     const QString flags[] = {"pty", "blocked", "split", "help"};
     for (const QString &name : valued)
         p.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
@@ -141,8 +144,13 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
         !readCount(p, "truncate-every", &truncateEvery, error) ||
         !readCount(p, "garbage-every", &garbageEvery, error) || !readCount(p, "latency", &latencyMs, error) ||
         !readCount(p, "baud", &baud, error) || !readCount(p, "hangup-after", &hangupAfter, error) ||
-        !readCount(p, "corrupt-every", &corruptEvery, error))
+        !readCount(p, "corrupt-every", &corruptEvery, error) || !readCount(p, "bench", &benchCount, error) ||
+        !readCount(p, "appear-every", &appearEverySec, error))
         return false;
+    if (isBench() && transport != Transport::Pty) {
+        *error = QStringLiteral("--bench and --appear-every belong to --pty");
+        return false;
+    }
 
     if (p.isSet("fw-version")) {
         const QStringList parts = p.value("fw-version").split('.');

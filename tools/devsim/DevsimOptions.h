@@ -25,6 +25,8 @@ struct DevsimOptions {
     int latencyMs = 0;
     int baud = 0;
     int hangupAfter = 0;
+    int benchCount = 0;        // --bench N: N trackers, each on its own pseudo-terminal
+    int appearEverySec = 0;    // --appear-every S: one more tracker every S seconds
     QStringList ignoredWrites; // --ignore-writes SECTION: section keys whose writes are answered but not kept
     QStringList silentSections; // --silent-section SECTION: section keys whose reads are never answered
 
@@ -35,6 +37,8 @@ struct DevsimOptions {
     bool hasHwVersion = false;
     quint16 hwVersion = 0;
     int corruptEvery = 0;
+
+    bool isBench() const { return benchCount > 0 || appearEverySec > 0; }
 
     // Fills the options from arguments (arguments[0] is the program). False with a message on a bad command
     // line.

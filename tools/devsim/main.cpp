@@ -1,3 +1,4 @@
+#include "tools/devsim/DevsimBench.h"
 #include "tools/devsim/DevsimLog.h"
 #include "tools/devsim/DevsimOptions.h"
 #include "tools/devsim/DevsimSession.h"
@@ -46,6 +47,28 @@ void watchSignals(QCoreApplication *app) {
     ::signal(SIGPIPE, SIG_IGN);
 }
 
+void printAddress(const QString &address) {
+    // Scripts wait for the address lines, so each goes out at once.
+    std::fputs(qPrintable(address + QLatin1Char('\n')), stdout);
+    std::fflush(stdout);
+}
+
+int runBench(QCoreApplication &app, const DevsimOptions &options) {
+    auto *bench = new DevsimBench(options, &app);
+    QObject::connect(bench, &DevsimBench::appeared, &app,
+                     [](const QString &address) { printAddress(address); });
+    QString error;
+    if (!bench->start(&error)) {
+        QTextStream(stderr) << "tavrel-devsim: " << error << "\n";
+        bench->shutdown();
+        return 1;
+    }
+    watchSignals(&app);
+    const int rc = app.exec();
+    bench->shutdown();
+    return rc;
+}
+
 } // namespace
 
 int main(int argc, char *argv[]) {
@@ -64,6 +87,9 @@ int main(int argc, char *argv[]) {
         err << "tavrel-devsim: " << error << "\n\n" << DevsimOptions::usage();
         return 2;
     }
+
+    if (options.isBench())
+        return runBench(app, options);
 
     SimLink *link = nullptr;
     if (options.transport == DevsimOptions::Transport::Pty)
@@ -88,9 +114,7 @@ int main(int argc, char *argv[]) {
     watchSignals(&app);
     QObject::connect(session, &DevsimSession::finished, &app, &QCoreApplication::quit);
 
-    // The first line is where to find the device; scripts wait for it, so it goes out at once.
-    std::fputs(qPrintable(link->address() + QLatin1Char('\n')), stdout);
-    std::fflush(stdout);
+    printAddress(link->address());
     qCInfo(lcDevsim).noquote() << "device" << session->tracker()->configuration()->deviceInfo()->IMEI()
                                << "ready at" << link->address();
 
