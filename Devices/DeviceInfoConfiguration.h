@@ -66,6 +66,7 @@ class DeviceInfoConfiguration : public ConfigurationItem<DeviceInfoConfiguration
     Q_PROPERTY(QString IMEI READ IMEI WRITE setIMEI NOTIFY IMEIChanged)
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
 public:
+    static constexpr quint8 Code = 0x01; // never written: reads only
     static constexpr quint8 AnswerCode = 0x81;
     static constexpr int KindIdentity = 1; // binary identity and IMEI
     static constexpr int KindText = 2;     // the device's text name

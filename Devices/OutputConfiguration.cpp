@@ -4,7 +4,6 @@
 #include "Devices/CodecHelpers.h"
 
 namespace {
-constexpr quint8 Operation = 1;
 // Parameter body offsets.
 constexpr int OutNumOffset = 4;
 constexpr int HighOffset = 5;
@@ -118,7 +117,7 @@ QByteArray OutputConfiguration::encodeAnswer() const {
     if (!e)
         return QByteArray();
     const QVector<quint8> states = e->states();
-    QByteArray b = codec::head(AnswerCode, Operation, 0, RecordSize * states.size());
+    QByteArray b = codec::head(AnswerCode, Block, 0, RecordSize * states.size());
     for (int i = 0; i < states.size(); ++i)
         le::put8(b, codec::HeadSize + i * RecordSize, states.at(i));
     return b;
@@ -130,7 +129,7 @@ bool OutputConfiguration::decodeWrite(const QByteArray &writePayload) {
         return false;
     const quint8 code = le::u8(writePayload, 0);
     const quint8 op = le::u8(writePayload, 1);
-    if (code == Code && op == Operation && le::has(writePayload, StateOffset, 1)) {
+    if (code == Code && op == Block && le::has(writePayload, StateOffset, 1)) {
         e->setState(le::u8(writePayload, NumberOffset), le::u8(writePayload, StateOffset));
         return true;
     }

@@ -48,6 +48,7 @@ class OutputConfiguration : public ConfigurationItem<OutputConfigurationItem> {
 public:
     static constexpr quint8 Code = 0x0E;
     static constexpr quint8 AnswerCode = 0x8E;
+    static constexpr int Block = 1;
     static constexpr int RecordSize = 2;
     static constexpr int StatesSize = 4;           // the body of "set outputs"
     static constexpr quint8 SetOutputsCode = 0x02; // command packet (type 7)

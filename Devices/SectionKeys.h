@@ -3,8 +3,9 @@
 #include <QString>
 #include <QStringList>
 
-// Names of the ten configuration sections: the keys of the container and of the configuration file,
-// and their human-readable titles. "mainDviceInfo" lacks its e on purpose: saved files carry it so.
+// Keys of the ten configuration sections, in the container and in the configuration file (the rest of
+// what a section is lives in Devices/SectionTable.h). "mainDviceInfo" lacks its e on purpose: saved
+// files carry it so.
 namespace kd {
 
 namespace keys {
@@ -20,21 +21,7 @@ inline constexpr char Output[] = "OutConfiguration";
 inline constexpr char ControlInfo[] = "ControlInfo";
 } // namespace keys
 
-struct SectionName {
-    const char *key;
-    const char *displayName;
-};
-
-// The ten sections in table order (not the creation order of VantorConfiguration).
-inline constexpr SectionName kSectionNames[] = {
-    {keys::MainDeviceInfo, "Main Device Info"}, {keys::Gsm, "GSM configuration"},
-    {keys::Agc, "ADC configuration"},           {keys::Navigation, "Nav configuration"},
-    {keys::Logic, "Logic configuration"},       {keys::Fuel, "Fuel configuration"},
-    {keys::Server, "Server configuration"},     {keys::System, "System configuration"},
-    {keys::Output, "Outputs configuration"},    {keys::ControlInfo, "Device current state"},
-};
-
+// The ten keys in table order (not the creation order of VantorConfiguration).
 QStringList sectionKeys();
-QString sectionDisplayName(const QString &key); // empty for an unknown key
 
 } // namespace kd

@@ -5,7 +5,6 @@
 
 namespace {
 using Item = ServerConfigurationItem;
-constexpr quint8 Operation = 1;
 // Record offsets.
 constexpr int EnableOffset = 0; // bit 0
 constexpr int AddressOffset = 1;
@@ -81,11 +80,11 @@ QByteArray ServerConfiguration::encode(int index) const {
     const ServerConfigurationItem *e = element(index);
     if (!e)
         return QByteArray();
-    return codec::head(Code, Operation, quint8(index), 0) + record(e);
+    return codec::head(Code, Block, quint8(index), 0) + record(e);
 }
 
 QByteArray ServerConfiguration::encodeAnswer() const {
-    QByteArray b = codec::head(AnswerCode, Operation, 0, 0);
+    QByteArray b = codec::head(AnswerCode, Block, 0, 0);
     for (int i = 0; i < count(); ++i) {
         if (const ServerConfigurationItem *e = element(i))
             b += record(e);
@@ -95,7 +94,7 @@ QByteArray ServerConfiguration::encodeAnswer() const {
 
 bool ServerConfiguration::decodeWrite(const QByteArray &writePayload) {
     ServerConfigurationItem *e = element(le::u8(writePayload, 2));
-    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Operation ||
+    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
         !le::has(writePayload, 0, codec::HeadSize + RecordSize))
         return false;
     store(e, writePayload.mid(codec::HeadSize));

@@ -42,6 +42,7 @@ class ServerConfiguration : public ConfigurationItem<ServerConfigurationItem> {
 public:
     static constexpr quint8 Code = 0x10;
     static constexpr quint8 AnswerCode = 0x90;
+    static constexpr int Block = 1;
     static constexpr int RecordSize = 38;
 
     explicit ServerConfiguration(int count = 1, QObject *parent = nullptr);

@@ -4,7 +4,6 @@
 #include "Devices/CodecHelpers.h"
 
 namespace {
-constexpr quint8 Operation = 1;
 constexpr int ParkingMinOffset = 4;
 constexpr int PwrModeOffset = 5;
 constexpr int FlagsOffset = 6; // bits 0-3 gsens, bit 4 lowSpeed, bit 5 OutCtrl
@@ -68,7 +67,7 @@ void storeBody(SystemConfigurationItem *e, const QByteArray &payload) {
 }
 
 QByteArray build(const SystemConfigurationItem *e, quint8 code) {
-    QByteArray b = codec::head(code, Operation, 0, SystemConfiguration::BodySize);
+    QByteArray b = codec::head(code, SystemConfiguration::Block, 0, SystemConfiguration::BodySize);
     le::put8(b, ParkingMinOffset, e->parkingMin());
     le::put8(b, PwrModeOffset, e->pwrMode());
     le::put8(b, FlagsOffset,
@@ -101,7 +100,7 @@ QByteArray SystemConfiguration::encodeAnswer() const {
 bool SystemConfiguration::decodeWrite(const QByteArray &writePayload) {
     SystemConfigurationItem *e = value();
     if (!e || !le::has(writePayload, 0, codec::HeadSize + BodySize) || le::u8(writePayload, 0) != Code ||
-        le::u8(writePayload, 1) != Operation)
+        le::u8(writePayload, 1) != Block)
         return false;
     storeBody(e, writePayload);
     return true;

@@ -42,6 +42,7 @@ class SystemConfiguration : public ConfigurationItem<SystemConfigurationItem> {
 public:
     static constexpr quint8 Code = 0x11;
     static constexpr quint8 AnswerCode = 0x91;
+    static constexpr int Block = 1;
     static constexpr int BodySize = 4;
 
     explicit SystemConfiguration(int count = 1, QObject *parent = nullptr);

@@ -8,6 +8,7 @@
 #include "Devices/LogicConfiguration.h"
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
 #include "Devices/SystemConfiguration.h"
 
@@ -48,24 +49,17 @@ QJsonObject objectAt(const QJsonArray &a, int i) {
     return a.at(i).toObject(); // out of range: an empty object
 }
 
-template <class S>
-void addSection(VantorConfiguration *cfg, const char *key, int count) {
-    cfg->registerItem(QString::fromLatin1(key), new S(count, cfg));
-}
 } // namespace
 
 VantorConfiguration::VantorConfiguration(QObject *parent)
     : kd::Configuration(parent) {
-    addSection<DeviceInfoConfiguration>(this, keys::MainDeviceInfo, 1);
-    addSection<AgcConfiguration>(this, keys::Agc, 3);
-    addSection<NavigationConfiguration>(this, keys::Navigation, 1);
-    addSection<LogicConfiguration>(this, keys::Logic, 2);
-    addSection<GSMConfiguration>(this, keys::Gsm, 2);
-    addSection<FuelConfiguration>(this, keys::Fuel, 8);
-    addSection<ServerConfiguration>(this, keys::Server, 1);
-    addSection<SystemConfiguration>(this, keys::System, 1);
-    addSection<OutputConfiguration>(this, keys::Output, 1);
-    addSection<ControlInfoConfiguration>(this, keys::ControlInfo, 1);
+    const char *const creationOrder[] = {
+        keys::MainDeviceInfo, keys::Agc,    keys::Navigation, keys::Logic,  keys::Gsm,
+        keys::Fuel,           keys::Server, keys::System,     keys::Output, keys::ControlInfo};
+    for (const char *k : creationOrder) {
+        const Section *s = sectionByKey(QLatin1String(k));
+        registerItem(QString::fromLatin1(k), s->create(s->elements, this));
+    }
 
     const char *const flagged[] = {keys::MainDeviceInfo, keys::Agc,    keys::Navigation,
                                    keys::Logic,          keys::Gsm,    keys::Fuel,

@@ -7,21 +7,6 @@
 
 namespace kd {
 
-QStringList sectionKeys() {
-    QStringList keys;
-    for (const SectionName &s : kSectionNames)
-        keys << QString::fromLatin1(s.key);
-    return keys;
-}
-
-QString sectionDisplayName(const QString &key) {
-    for (const SectionName &s : kSectionNames) {
-        if (key == QLatin1String(s.key))
-            return QString::fromLatin1(s.displayName);
-    }
-    return QString();
-}
-
 ConfigurationValue::ConfigurationValue(QObject *parent)
     : QObject(parent) {}
 

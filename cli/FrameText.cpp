@@ -2,14 +2,8 @@
 
 #include "cli/TelemetryReport.h"
 
-#include "Devices/AgcConfiguration.h"
 #include "Devices/ControlInfoConfiguration.h"
-#include "Devices/FuelConfiguration.h"
-#include "Devices/GSMConfiguration.h"
-#include "Devices/LogicConfiguration.h"
-#include "Devices/NavigationConfiguration.h"
-#include "Devices/ServerConfiguration.h"
-#include "Devices/SystemConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Frame.h"
 #include "protocol/UNPParcer.h"
@@ -43,36 +37,20 @@ QString typeName(quint8 type) {
 }
 
 QString sectionName(quint8 code) {
-    switch (code & 0x7F) {
-    case proto::code::DeviceInfo:
-        return QStringLiteral("сведения о приборе");
+    if (const kd::Section *s = kd::sectionByRequestCode(code))
+        return s->displayName;
+    switch (code & ~proto::code::ReadBit) {
     case proto::code::PasswordChange:
         return QStringLiteral("смена пароля");
-    case proto::code::Navigation:
-        return QStringLiteral("навигация");
-    case proto::code::Gsm:
-        return QStringLiteral("GSM");
-    case proto::code::Fuel:
-        return QStringLiteral("датчики топлива");
     case proto::code::Code9:
         return QStringLiteral("код 9");
-    case proto::code::Analog:
-        return QStringLiteral("аналоговые входы");
-    case proto::code::Logic:
-        return QStringLiteral("логические входы");
-    case proto::code::Outputs:
-        return QStringLiteral("выходы");
-    case proto::code::Server:
-        return QStringLiteral("серверы");
-    case proto::code::System:
-        return QStringLiteral("системные параметры");
     default:
         return {};
     }
 }
 
 QString commandName(quint8 code, quint8 operation) {
-    const quint8 op = operation & 0x7F;
+    const quint8 op = operation & ~proto::op::StatusBit;
     if (code == proto::code::Telemetry)
         return QStringLiteral("телеметрия");
     if (code == proto::code::OutputControl)
@@ -100,58 +78,10 @@ QString compact(const QJsonValue &value) {
     return value.toVariant().toString();
 }
 
-// The configuration-file keys that show a section's values.
-QStringList fileKeys(quint8 code) {
-    switch (code & 0x7F) {
-    case proto::code::DeviceInfo:
-        return {QStringLiteral("name"),
-                QStringLiteral("softver"),
-                QStringLiteral("hardver.devmod"),
-                QStringLiteral("hardver.devgroup"),
-                QStringLiteral("hardver.devtype"),
-                QStringLiteral("hardver.serial"),
-                QStringLiteral("IMEI")};
-    case proto::code::Navigation:
-        return {QStringLiteral("navigation")};
-    case proto::code::Gsm:
-        return {QStringLiteral("gsm")};
-    case proto::code::Fuel:
-        return {QStringLiteral("fuel_sensors"), QStringLiteral("fuel_tanks")};
-    case proto::code::Analog:
-        return {QStringLiteral("adcs")};
-    case proto::code::Logic:
-        return {QStringLiteral("dinputs")};
-    case proto::code::Outputs:
-        return {QStringLiteral("out_parameters")};
-    case proto::code::Server:
-        return {QStringLiteral("Server")};
-    case proto::code::System:
-        return {QStringLiteral("SystemParameters")};
-    default:
-        return {};
-    }
-}
-
-// A write request stored the way the device stores it.
+// A write request stored the way the device stores it; only sections the full write sends.
 bool decodeWriteRequest(VantorConfiguration &cfg, quint8 code, const QByteArray &payload) {
-    switch (code) {
-    case proto::code::Navigation:
-        return cfg.navigation() && cfg.navigation()->decodeWrite(payload);
-    case proto::code::Gsm:
-        return cfg.gsm() && cfg.gsm()->decodeWrite(payload);
-    case proto::code::Fuel:
-        return cfg.fuel() && cfg.fuel()->decodeWrite(payload);
-    case proto::code::Analog:
-        return cfg.agc() && cfg.agc()->decodeWrite(payload);
-    case proto::code::Logic:
-        return cfg.logic() && cfg.logic()->decodeWrite(payload);
-    case proto::code::Server:
-        return cfg.servers() && cfg.servers()->decodeWrite(payload);
-    case proto::code::System:
-        return cfg.system() && cfg.system()->decodeWrite(payload);
-    default:
-        return false;
-    }
+    const kd::Section *s = kd::sectionByRequestCode(code);
+    return s && s->code == code && s->writeOrder >= 0 && s->decodeWrite(&cfg, payload);
 }
 
 QStringList sectionValues(quint8 type, const QByteArray &payload) {
@@ -160,7 +90,7 @@ QStringList sectionValues(quint8 type, const QByteArray &payload) {
         return lines;
     const quint8 code = quint8(payload.at(proto::Frame::CodeOffset));
     const quint8 operation = quint8(payload.at(proto::Frame::OperationOffset));
-    if (operation & 0x80)
+    if (operation & proto::op::StatusBit)
         return lines;
 
     VantorConfiguration cfg;
@@ -176,7 +106,7 @@ QStringList sectionValues(quint8 type, const QByteArray &payload) {
     if (type != proto::ConfigPacketType)
         return lines;
     bool decoded = false;
-    if (code & 0x80) {
+    if (code & proto::code::ReadBit) {
         if (payload.size() == proto::Frame::HeadSize)
             return lines; // a read request, nothing to show
         UNPParcer parser(&cfg);
@@ -191,7 +121,8 @@ QStringList sectionValues(quint8 type, const QByteArray &payload) {
         return lines;
     QJsonObject root;
     cfg.write(root);
-    for (const QString &key : fileKeys(code)) {
+    const kd::Section *section = kd::sectionByRequestCode(code);
+    for (const QString &key : section ? section->fileKeys : QStringList()) {
         if (root.contains(key))
             lines << QStringLiteral("%1: %2").arg(key, compact(root.value(key)));
     }
@@ -274,7 +205,8 @@ QStringList FrameText::explain(const QByteArray &frame) {
                            : sectionName(quint8(e.code));
         QString direction;
         if (e.type == proto::ConfigPacketType)
-            direction = (e.code & 0x80) ? QStringLiteral("чтение / ответ") : QStringLiteral("запись");
+            direction =
+                (e.code & proto::code::ReadBit) ? QStringLiteral("чтение / ответ") : QStringLiteral("запись");
         QStringList notes;
         if (!name.isEmpty())
             notes << name;
@@ -287,10 +219,11 @@ QStringList FrameText::explain(const QByteArray &frame) {
         if (e.operation >= 0)
             lines << QStringLiteral("операция: %1%2")
                          .arg(hex2(e.operation))
-                         .arg((e.operation & 0x80) ? QStringLiteral(" (ответ о выполнении)") : QString());
+                         .arg((e.operation & proto::op::StatusBit) ? QStringLiteral(" (ответ о выполнении)")
+                                                                   : QString());
         if (e.parameter >= 0)
             lines << QStringLiteral("параметр: %1").arg(e.parameter);
-        if (e.operation >= 0 && (e.operation & 0x80) && e.body.size() >= 2) {
+        if (e.operation >= 0 && (e.operation & proto::op::StatusBit) && e.body.size() >= 2) {
             const quint16 status = quint16(quint8(e.body.at(0)) | (quint8(e.body.at(1)) << 8));
             QString text = UNPParcer::statusText(status);
             while (text.startsWith(QLatin1Char('.')))

@@ -5,18 +5,10 @@
 #include "protocol/TrafficLog.h"
 #include "protocol/UNPProtocol.h"
 
-#include "Devices/AgcConfiguration.h"
 #include "Devices/ByteOrder.h"
 #include "Devices/ControlInfoConfiguration.h"
-#include "Devices/DeviceInfoConfiguration.h"
-#include "Devices/FuelConfiguration.h"
-#include "Devices/GSMConfiguration.h"
-#include "Devices/LogicConfiguration.h"
-#include "Devices/NavigationConfiguration.h"
-#include "Devices/OutputConfiguration.h"
 #include "Devices/SectionKeys.h"
-#include "Devices/ServerConfiguration.h"
-#include "Devices/SystemConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/configuration.h"
 
 namespace {
@@ -24,31 +16,11 @@ namespace {
 constexpr quint8 StatusBit = 0x80;
 constexpr quint8 OperationMask = 0x7F;
 
-// Answer codes of the section reads.
-constexpr quint8 DeviceInfoAnswer = 0x81;
-constexpr quint8 NavigationAnswer = 0x83;
-constexpr quint8 GsmAnswer = 0x84;
-constexpr quint8 FuelAnswer = 0x88;
-constexpr quint8 AnalogAnswer = 0x8C;
-constexpr quint8 LogicAnswer = 0x8D;
-constexpr quint8 OutputsAnswer = 0x8E;
-constexpr quint8 ServerAnswer = 0x90;
-constexpr quint8 SystemAnswer = 0x91;
-
 // Telemetry sub-codes: 1 is a bare notice, 2..8 carry nothing we know, 9..24 go to the record decoder.
 constexpr int TelemetryNotice = 1;
 constexpr int FirstUnknownTelemetry = 2;
 constexpr int LastUnknownTelemetry = 8;
 constexpr int LastTelemetry = 24;
-
-template <class S>
-bool decodeInto(kd::Configuration *cfg, const char *key, const QByteArray &payload) {
-    S *section = kd::typed_item<S>(cfg, QLatin1String(key));
-    if (!section)
-        return false;
-    section->decode(payload);
-    return true;
-}
 
 } // namespace
 
@@ -100,44 +72,13 @@ void UNPParcer::parseConfigAnswer(const QByteArray &payload) {
 }
 
 void UNPParcer::decodeSection(quint8 code, const QByteArray &payload) {
-    kd::Configuration *cfg = m_configuration;
-    bool decoded = false;
-    switch (code) {
-    case DeviceInfoAnswer:
-        decoded = decodeInto<kd::DeviceInfoConfiguration>(cfg, kd::keys::MainDeviceInfo, payload);
-        if (decoded)
-            emit DeviceInfoAcquired();
-        break;
-    case NavigationAnswer:
-        decoded = decodeInto<kd::NavigationConfiguration>(cfg, kd::keys::Navigation, payload);
-        break;
-    case GsmAnswer:
-        decoded = decodeInto<kd::GSMConfiguration>(cfg, kd::keys::Gsm, payload);
-        break;
-    case FuelAnswer:
-        decoded = decodeInto<kd::FuelConfiguration>(cfg, kd::keys::Fuel, payload);
-        break;
-    case AnalogAnswer:
-        decoded = decodeInto<kd::AgcConfiguration>(cfg, kd::keys::Agc, payload);
-        break;
-    case LogicAnswer:
-        decoded = decodeInto<kd::LogicConfiguration>(cfg, kd::keys::Logic, payload);
-        break;
-    case OutputsAnswer:
-        decoded = decodeInto<kd::OutputConfiguration>(cfg, kd::keys::Output, payload);
-        break;
-    case ServerAnswer:
-        decoded = decodeInto<kd::ServerConfiguration>(cfg, kd::keys::Server, payload);
-        break;
-    case SystemAnswer:
-        decoded = decodeInto<kd::SystemConfiguration>(cfg, kd::keys::System, payload);
-        break;
-    default:
-        // Write echoes (0x02 .. 0x11 without the read bit) and unknown codes carry nothing to decode.
-        break;
-    }
-    if (decoded)
-        emit ConfigPackageDetected(code);
+    // Write echoes (0x02 .. 0x11 without the read bit) and unknown codes carry nothing to decode.
+    const kd::Section *section = kd::sectionByAnswerCode(code, proto::ConfigPacketType);
+    if (!section || !section->decode || !section->decode(m_configuration, payload))
+        return;
+    if (qstrcmp(section->key, kd::keys::MainDeviceInfo) == 0)
+        emit DeviceInfoAcquired();
+    emit ConfigPackageDetected(code);
 }
 
 void UNPParcer::parseCommandAnswer(const QByteArray &payload) {

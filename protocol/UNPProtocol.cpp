@@ -1,14 +1,10 @@
 #include "protocol/UNPProtocol.h"
 
-#include "Devices/AgcConfiguration.h"
-#include "Devices/FuelConfiguration.h"
 #include "Devices/GSMConfiguration.h"
-#include "Devices/LogicConfiguration.h"
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
 #include "Devices/SectionKeys.h"
-#include "Devices/ServerConfiguration.h"
-#include "Devices/SystemConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/configuration.h"
 
 namespace proto {
@@ -37,9 +33,6 @@ QByteArray u16(quint16 v) {
     return b;
 }
 
-constexpr quint16 ResetSettingsArgument = 0;
-constexpr quint16 ClearMemoryArgument = 1;
-
 } // namespace
 
 UNPProtocol::UNPProtocol(kd::Configuration *configuration, QObject *parent)
@@ -67,21 +60,49 @@ void UNPProtocol::requestHead(quint8 type, quint8 code, quint8 operation, quint8
     request(type, head(code, operation, parameter) + body);
 }
 
+void UNPProtocol::enqueue(const kd::SectionRequest &request) {
+    this->request(request.type, request.payload);
+}
+
+void UNPProtocol::readSection(const char *key) {
+    if (const kd::Section *s = kd::sectionByKey(QLatin1String(key))) {
+        for (const kd::SectionRequest &r : s->reads)
+            enqueue(r);
+    }
+}
+
+// A section that is missing (or whose value is gone) writes nothing.
+void UNPProtocol::writeSection(const char *key) {
+    for (const kd::SectionRequest &r : kd::writeRequests(QLatin1String(key), m_configuration))
+        enqueue(r);
+}
+
+void UNPProtocol::readBlock(const char *key, quint8 operation, quint8 parameter) {
+    const kd::Section *s = kd::sectionByKey(QLatin1String(key));
+    requestHead(s->packetType, s->answerCode, operation, parameter);
+}
+
+void UNPProtocol::writeItem(const char *key, int index) {
+    const QVector<kd::SectionRequest> requests = kd::writeRequests(QLatin1String(key), m_configuration);
+    if (index >= 0 && index < requests.size())
+        enqueue(requests.at(index));
+}
+
 void UNPProtocol::readNavigation() {
     readNavigationBlock3();
     readNavigationBlock2();
 }
 
 void UNPProtocol::readNavigationBlock2() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Navigation, 0x02);
+    readBlock(kd::keys::Navigation, kd::NavigationConfiguration::MotionBlock);
 }
 
 void UNPProtocol::readNavigationBlock3() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Navigation, 0x03);
+    readBlock(kd::keys::Navigation, kd::NavigationConfiguration::ParkingBlock);
 }
 
 void UNPProtocol::readFuel() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Fuel, 0x01);
+    readSection(kd::keys::Fuel);
 }
 
 void UNPProtocol::readCode9() {
@@ -89,23 +110,23 @@ void UNPProtocol::readCode9() {
 }
 
 void UNPProtocol::readAnalogInputs() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Analog, 0x02);
+    readSection(kd::keys::Agc);
 }
 
 void UNPProtocol::readLogicInputs() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Logic, 0x02);
+    readSection(kd::keys::Logic);
 }
 
 void UNPProtocol::readOutputs() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Outputs, 0x01);
+    readSection(kd::keys::Output);
 }
 
 void UNPProtocol::readDeviceInfo(quint8 operation) {
-    requestHead(ConfigPacketType, code::ReadBit | code::DeviceInfo, operation);
+    readBlock(kd::keys::MainDeviceInfo, operation);
 }
 
 void UNPProtocol::readServers() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Server, 0x01);
+    readSection(kd::keys::Server);
 }
 
 void UNPProtocol::readGsm() {
@@ -114,24 +135,28 @@ void UNPProtocol::readGsm() {
 }
 
 void UNPProtocol::readGsmBlock3(quint8 index) {
-    requestHead(ConfigPacketType, code::ReadBit | code::Gsm, 0x03, index);
+    readBlock(kd::keys::Gsm, kd::GSMConfiguration::AccessBlock, index);
 }
 
 void UNPProtocol::readGsmBlock4() {
-    requestHead(ConfigPacketType, code::ReadBit | code::Gsm, 0x04);
+    readBlock(kd::keys::Gsm, kd::GSMConfiguration::RoamingBlock);
 }
 
 void UNPProtocol::readSystem() {
-    requestHead(ConfigPacketType, code::ReadBit | code::System, 0x01);
+    readSection(kd::keys::System);
 }
 
 void UNPProtocol::readTelemetry(quint8 subCode) {
-    requestHead(CommandPacketType, code::Telemetry, subCode);
+    readBlock(kd::keys::ControlInfo, subCode);
 }
 
 const QVector<quint8> &UNPProtocol::telemetrySubCodes() {
-    static const QVector<quint8> codes{0x0A, 0x09, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11,
-                                       0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18};
+    static const QVector<quint8> codes = [] {
+        QVector<quint8> c;
+        for (const kd::SectionRequest &r : kd::sectionByKey(QLatin1String(kd::keys::ControlInfo))->reads)
+            c << r.operation();
+        return c;
+    }();
     return codes;
 }
 
@@ -213,42 +238,23 @@ void UNPProtocol::changePassword(quint32 newPassword) {
 }
 
 void UNPProtocol::resetSettings() {
-    requestHead(CommandPacketType, code::Mode, op::ResetOrClear, 0, u16(ResetSettingsArgument));
+    requestHead(CommandPacketType, code::Mode, op::ResetOrClear, 0, u16(op::ResetSettingsArgument));
 }
 
 void UNPProtocol::clearMemory() {
-    requestHead(CommandPacketType, code::Mode, op::ResetOrClear, 0, u16(ClearMemoryArgument));
+    requestHead(CommandPacketType, code::Mode, op::ResetOrClear, 0, u16(op::ClearMemoryArgument));
 }
 
-// Write operations: a section that is missing (or whose value is gone) writes nothing.
 void UNPProtocol::writeNavigation() {
-    auto *nav =
-        kd::typed_item<kd::NavigationConfiguration>(m_configuration, QLatin1String(kd::keys::Navigation));
-    if (!nav)
-        return;
-    request(ConfigPacketType, nav->encodeParking());
-    request(ConfigPacketType, nav->encodeMotion());
+    writeSection(kd::keys::Navigation);
 }
 
 void UNPProtocol::writeGsm() {
-    auto *gsm = kd::typed_item<kd::GSMConfiguration>(m_configuration, QLatin1String(kd::keys::Gsm));
-    if (!gsm)
-        return;
-    // Access blocks of both SIMs first, then the roaming blocks; a SIM the section lacks sends nothing
-    // rather than an empty packet.
-    const QByteArray blocks[] = {gsm->encodeAccess(0), gsm->encodeAccess(1), gsm->encodeRoaming(0),
-                                 gsm->encodeRoaming(1)};
-    for (const QByteArray &block : blocks) {
-        if (!block.isEmpty())
-            request(ConfigPacketType, block);
-    }
+    writeSection(kd::keys::Gsm);
 }
 
 void UNPProtocol::writeFuel() {
-    auto *fuel = kd::typed_item<kd::FuelConfiguration>(m_configuration, QLatin1String(kd::keys::Fuel));
-    if (!fuel)
-        return;
-    request(ConfigPacketType, fuel->encode());
+    writeSection(kd::keys::Fuel);
 }
 
 void UNPProtocol::writeCode9() {
@@ -256,17 +262,11 @@ void UNPProtocol::writeCode9() {
 }
 
 void UNPProtocol::writeAnalogInput(int index) {
-    auto *agc = kd::typed_item<kd::AgcConfiguration>(m_configuration, QLatin1String(kd::keys::Agc));
-    if (!agc || index < 0 || index >= agc->count())
-        return;
-    request(ConfigPacketType, agc->encode(index));
+    writeItem(kd::keys::Agc, index);
 }
 
 void UNPProtocol::writeLogicInput(int index) {
-    auto *logic = kd::typed_item<kd::LogicConfiguration>(m_configuration, QLatin1String(kd::keys::Logic));
-    if (!logic || index < 0 || index >= logic->count())
-        return;
-    request(ConfigPacketType, logic->encode(index));
+    writeItem(kd::keys::Logic, index);
 }
 
 void UNPProtocol::setOutputs() {
@@ -277,10 +277,7 @@ void UNPProtocol::setOutputs() {
 }
 
 void UNPProtocol::writeServer(int index) {
-    auto *servers = kd::typed_item<kd::ServerConfiguration>(m_configuration, QLatin1String(kd::keys::Server));
-    if (!servers || index < 0 || index >= servers->count())
-        return;
-    request(ConfigPacketType, servers->encode(index));
+    writeItem(kd::keys::Server, index);
 }
 
 void UNPProtocol::sendText(quint8 type, const QString &text) {
@@ -290,16 +287,14 @@ void UNPProtocol::sendText(quint8 type, const QString &text) {
 }
 
 void UNPProtocol::writeSystem() {
-    auto *system = kd::typed_item<kd::SystemConfiguration>(m_configuration, QLatin1String(kd::keys::System));
-    if (!system)
-        return;
-    request(ConfigPacketType, system->encode());
+    writeSection(kd::keys::System);
 }
 
 void UNPProtocol::setOutput(quint8 state, quint8 number) {
     QByteArray body(2, '\0');
     body[0] = char(state);
-    requestHead(ConfigPacketType, code::Outputs, 0x01, number, body);
+    requestHead(ConfigPacketType, kd::OutputConfiguration::Code, kd::OutputConfiguration::Block, number,
+                body);
 }
 
 void UNPProtocol::writeOutputParameters(quint8 code, quint8 operation) {

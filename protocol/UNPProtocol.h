@@ -3,41 +3,40 @@
 #include "protocol/AbstarctProtocol.h"
 #include "protocol/Frame.h"
 
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+
 #include <QList>
 #include <QPointer>
 #include <QVector>
 
 namespace kd {
 class Configuration;
-}
+struct SectionRequest;
+} // namespace kd
 
 namespace proto {
 
-// Section and command codes of the request heads.
+// Command codes of the request heads. The codes of the ten sections are in kd::sections().
 namespace code {
-constexpr quint8 DeviceInfo = 0x01;
 constexpr quint8 PasswordChange = 0x02;
-constexpr quint8 Navigation = 0x03;
-constexpr quint8 Gsm = 0x04;
-constexpr quint8 Fuel = 0x08;
-constexpr quint8 Code9 = 0x09;
-constexpr quint8 Analog = 0x0C;
-constexpr quint8 Logic = 0x0D;
-constexpr quint8 Outputs = 0x0E;
-constexpr quint8 Server = 0x10;
-constexpr quint8 System = 0x11;
+constexpr quint8 Code9 = 0x09; // a section without a name or a decoder
 constexpr quint8 ReadBit = 0x80;
 // Command packets (type 7).
 constexpr quint8 Mode = 0x01;
-constexpr quint8 OutputControl = 0x02;
-constexpr quint8 Telemetry = 0x82;
+constexpr quint8 OutputControl = kd::OutputConfiguration::SetOutputsCode;
+constexpr quint8 Telemetry = kd::ControlInfoConfiguration::AnswerCode;
 } // namespace code
 
 namespace op {
 constexpr quint8 Login = 0x01;
 constexpr quint8 FirmwareUpdate = 0x02;
 constexpr quint8 ResetOrClear = 0x03;
-constexpr quint8 SetOutputs = 0x09;
+constexpr quint8 SetOutputs = kd::OutputConfiguration::SetOutputsOperation;
+constexpr quint8 StatusBit = 0x80; // in an answer: a status answer, not data
+// The 16-bit argument of ResetOrClear.
+constexpr quint16 ResetSettingsArgument = 0;
+constexpr quint16 ClearMemoryArgument = 1;
 } // namespace op
 
 class UNPProtocol : public AbstarctProtocol {
@@ -103,6 +102,13 @@ public:
     bool peekNext() override;
     void dropFirst() override;
 
+    // One request of the section table (kd::sections()), enqueued at the tail.
+    void enqueue(const kd::SectionRequest &request);
+    // Every read request of section `key`, in the table's order.
+    void readSection(const char *key);
+    // Every write request of section `key` for the configuration's current values.
+    void writeSection(const char *key);
+
     // The output parameters travel as a command packet under a head the outputs page chooses.
     void writeOutputParameters(quint8 code, quint8 operation);
     // Any telemetry sub-code as a request (type 7, 0x82, sub-code, 0).
@@ -128,6 +134,10 @@ private:
     void request(quint8 type, const QByteArray &payload);
     void requestHead(quint8 type, quint8 code, quint8 operation, quint8 parameter = 0,
                      const QByteArray &body = QByteArray());
+    // A read of one block of section `key`.
+    void readBlock(const char *key, quint8 operation, quint8 parameter = 0);
+    // The write of item `index` of a section written item by item.
+    void writeItem(const char *key, int index);
 
     QPointer<kd::Configuration> m_configuration;
     Packet m_packet;

@@ -1,6 +1,7 @@
 #include "Devices/AgcConfiguration.h"
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/GSMConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/SystemConfiguration.h"
 #include "Devices/configuration.h"
 
@@ -33,8 +34,29 @@ private slots:
                  QStringList({"mainDviceInfo", "GSMConfiguration", "agcConfiguration", "NavConfiguration",
                               "LogicConfiguration", "FuelConfiguration", "ServerConfiguration",
                               "SystemConfiguration", "OutConfiguration", "ControlInfo"}));
-        QCOMPARE(sectionDisplayName(QStringLiteral("agcConfiguration")), QStringLiteral("ADC configuration"));
-        QCOMPARE(sectionDisplayName(QStringLiteral("mainDeviceInfo")), QString());
+        QCOMPARE(sectionByKey(QStringLiteral("agcConfiguration"))->logLabel, "ADC configuration");
+        QVERIFY(!sectionByKey(QStringLiteral("mainDeviceInfo")));
+        QCOMPARE(sectionByAnswerCode(0x8C)->key, keys::Agc);
+        QCOMPARE(sectionByRequestCode(0x0C)->key, keys::Agc);
+        QCOMPARE(sectionByRequestCode(0x8C)->key, keys::Agc);
+        QCOMPARE(sectionByAnswerCode(0x82, 7)->key, keys::ControlInfo);
+        QVERIFY(!sectionByAnswerCode(0x82)); // a type-6 0x82 is no section
+        QVERIFY(!sectionByRequestCode(0x02));
+        auto keysOf = [](const QVector<const Section *> &order) {
+            QStringList k;
+            for (const Section *s : order)
+                k << QString::fromLatin1(s->key);
+            return k;
+        };
+        // The full read and the full write of the configurator, in the order they are sent.
+        QCOMPARE(
+            keysOf(readOrder()),
+            QStringList({"SystemConfiguration", "NavConfiguration", "GSMConfiguration", "ServerConfiguration",
+                         "agcConfiguration", "LogicConfiguration", "FuelConfiguration", "OutConfiguration"}));
+        QCOMPARE(
+            keysOf(writeOrder()),
+            QStringList({"NavConfiguration", "GSMConfiguration", "FuelConfiguration", "SystemConfiguration",
+                         "agcConfiguration", "LogicConfiguration", "ServerConfiguration"}));
     }
 
     void lookupByKey_data() {

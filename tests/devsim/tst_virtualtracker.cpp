@@ -76,18 +76,18 @@ void tst_VirtualTracker::requestAnsweredWithStatus_data() {
     QTest::addColumn<QByteArray>("request");
     QTest::addColumn<int>("answerType");
     QTest::addColumn<int>("status");
-    QTest::newRow("write of server 5") << 6 << hex("100105000000") << 6 << int(VirtualTracker::ExecuteError);
-    QTest::newRow("write of output 7") << 6 << hex("0e0107000100") << 6 << int(VirtualTracker::ExecuteError);
-    QTest::newRow("identity part 5") << 6 << hex("81050000") << 6 << int(VirtualTracker::NotSupported);
-    QTest::newRow("read of code 9") << 6 << hex("89010000") << 6 << int(VirtualTracker::NotSupported);
-    QTest::newRow("write of code 9") << 6 << hex("09010000") << 6 << int(VirtualTracker::Done);
-    QTest::newRow("unknown section") << 6 << hex("95010000") << 6 << int(VirtualTracker::NotSupported);
-    QTest::newRow("unknown command") << 7 << hex("33010000") << 7 << int(VirtualTracker::NotSupported);
+    QTest::newRow("write of server 5") << 6 << hex("100105000000") << 6 << int(UNPParcer::ExecutionError);
+    QTest::newRow("write of output 7") << 6 << hex("0e0107000100") << 6 << int(UNPParcer::ExecutionError);
+    QTest::newRow("identity part 5") << 6 << hex("81050000") << 6 << int(UNPParcer::NotSupported);
+    QTest::newRow("read of code 9") << 6 << hex("89010000") << 6 << int(UNPParcer::NotSupported);
+    QTest::newRow("write of code 9") << 6 << hex("09010000") << 6 << int(UNPParcer::Executed);
+    QTest::newRow("unknown section") << 6 << hex("95010000") << 6 << int(UNPParcer::NotSupported);
+    QTest::newRow("unknown command") << 7 << hex("33010000") << 7 << int(UNPParcer::NotSupported);
     QTest::newRow("telemetry 13") << 7 << hex("820d0000") << 7 << -1;
-    QTest::newRow("telemetry 5") << 7 << hex("82050000") << 7 << int(VirtualTracker::NotSupported);
-    QTest::newRow("packet type 9") << 9 << hex("81010000") << 6 << int(VirtualTracker::UnknownPacketType);
-    QTest::newRow("clear memory") << 7 << hex("010300000100") << 7 << int(VirtualTracker::Done);
-    QTest::newRow("reset kind 7") << 7 << hex("010300000700") << 7 << int(VirtualTracker::NotSupported);
+    QTest::newRow("telemetry 5") << 7 << hex("82050000") << 7 << int(UNPParcer::NotSupported);
+    QTest::newRow("packet type 9") << 9 << hex("81010000") << 6 << int(UNPParcer::UnknownPacketType);
+    QTest::newRow("clear memory") << 7 << hex("010300000100") << 7 << int(UNPParcer::Executed);
+    QTest::newRow("reset kind 7") << 7 << hex("010300000700") << 7 << int(UNPParcer::NotSupported);
 }
 
 void tst_VirtualTracker::requestAnsweredWithStatus() {
@@ -106,26 +106,26 @@ void tst_VirtualTracker::passwordGuardsTelemetryAndItsChangeIsStored() {
     device.setPassword(1234u);
     const Answer telemetry = ask(device, 7, hex("820a0000"));
     QCOMPARE(telemetry.type, 7);
-    QCOMPARE(telemetry.status(), int(VirtualTracker::NeedLogin));
+    QCOMPARE(telemetry.status(), int(UNPParcer::AuthorisationNeeded));
     QCOMPARE(ask(device, 7, hex("01010000d2040000")).payload, hex("018100000100")); // 1234
     QSignalSpy changed(&device, &VirtualTracker::stateChanged);
-    QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(VirtualTracker::Done));
+    QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(UNPParcer::Executed));
     QCOMPARE(device.password(), std::optional<quint32>(0x12345678));
     QCOMPARE(changed.count(), 1);
     device.logout();
-    QCOMPARE(ask(device, 6, hex("91010000")).status(), int(VirtualTracker::NeedLogin));
-    QCOMPARE(ask(device, 7, hex("0101000078563412")).status(), int(VirtualTracker::Done));
+    QCOMPARE(ask(device, 6, hex("91010000")).status(), int(UNPParcer::AuthorisationNeeded));
+    QCOMPARE(ask(device, 7, hex("0101000078563412")).status(), int(UNPParcer::Executed));
 }
 
 void tst_VirtualTracker::outputsFollowSetOutputsAndSingleWrites() {
     VirtualTracker device;
-    QCOMPARE(ask(device, 7, hex("0209000001010101")).status(), int(VirtualTracker::Done));
+    QCOMPARE(ask(device, 7, hex("0209000001010101")).status(), int(UNPParcer::Executed));
     QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 1})); // two outputs
-    QCOMPARE(ask(device, 6, hex("0e0101000000")).status(), int(VirtualTracker::Done));
+    QCOMPARE(ask(device, 6, hex("0e0101000000")).status(), int(UNPParcer::Executed));
     QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
 
     // The output parameters travel as a command.
-    QCOMPARE(ask(device, 7, hex("0e02000002050609")).status(), int(VirtualTracker::Done));
+    QCOMPARE(ask(device, 7, hex("0e02000002050609")).status(), int(UNPParcer::Executed));
     const OutputConfigurationItem *out = device.configuration()->outputs()->value();
     QCOMPARE(QVector<int>({out->outNum(), out->highCondition(), out->lowCondition(), out->replayCounter()}),
              QVector<int>({2, 5, 6, 9}));

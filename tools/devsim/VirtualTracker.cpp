@@ -10,11 +10,14 @@
 #include "Devices/LogicConfiguration.h"
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
+#include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
 #include "Devices/SystemConfiguration.h"
 #include "Devices/TelemetryRecords.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Frame.h"
+#include "protocol/UNPParcer.h"
+#include "protocol/UNPProtocol.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -24,22 +27,9 @@ using proto::Frame;
 
 namespace {
 
-namespace code {
-constexpr quint8 Login = 0x01; // type 7: login, firmware-update mode, reset and memory clearing
-constexpr quint8 PasswordChange = 0x02;
-constexpr quint8 Code9 = 0x09;
-constexpr quint8 Telemetry = 0x82;
-constexpr quint8 ReadBit = 0x80;
-} // namespace code
-
-namespace op {
-constexpr quint8 Login = 1;
-constexpr quint8 FirmwareUpdate = 2;
-constexpr quint8 ResetOrClear = 3;
-} // namespace op
-
-constexpr quint16 ResetSettingsArgument = 0;
-constexpr quint16 ClearMemoryArgument = 1;
+namespace code = proto::code;
+namespace op = proto::op;
+using Status = UNPParcer::Status;
 constexpr int DefaultOutputs = 2;
 
 QString hex64(quint64 v) {
@@ -193,7 +183,7 @@ void VirtualTracker::refreshModelSetup() {
 QByteArray VirtualTracker::statusPayload(quint8 code, quint8 operation, quint8 parameter, quint16 status) {
     QByteArray p(Frame::HeadSize + 2, '\0');
     p[Frame::CodeOffset] = char(code);
-    p[Frame::OperationOffset] = char(operation | 0x80);
+    p[Frame::OperationOffset] = char(operation | op::StatusBit);
     p[Frame::ParameterOffset] = char(parameter);
     kd::le::put16(p, Frame::StatusOffset, status);
     return p;
@@ -208,19 +198,19 @@ QList<QByteArray> VirtualTracker::handle(quint8 type, const QByteArray &payload)
     };
 
     if (type != proto::ConfigPacketType && type != proto::CommandPacketType)
-        return status(proto::ConfigPacketType, UnknownPacketType);
+        return status(proto::ConfigPacketType, Status::UnknownPacketType);
     if (m_blocked)
-        return status(type, Blocked);
-    const bool isLogin = type == proto::CommandPacketType && c == code::Login && o == op::Login;
+        return status(type, Status::Blocked);
+    const bool isLogin = type == proto::CommandPacketType && c == code::Mode && o == op::Login;
     if (m_password && !m_loggedIn && !isLogin)
-        return status(type, NeedLogin);
+        return status(type, Status::AuthorisationNeeded);
 
     if (type == proto::ConfigPacketType && m_silentReads.contains(c))
         return {};
     const QByteArray answer =
         type == proto::ConfigPacketType ? handleConfig(payload) : handleCommand(payload);
     QList<QByteArray> frames{Frame::build(type, answer)};
-    if (type == proto::CommandPacketType && c == code::Login && o == op::FirmwareUpdate)
+    if (type == proto::CommandPacketType && c == code::Mode && o == op::FirmwareUpdate)
         emit firmwareUpdateRequested();
     return frames;
 }
@@ -230,73 +220,36 @@ QByteArray VirtualTracker::handleConfig(const QByteArray &payload) {
     const quint8 o = kd::le::u8(payload, Frame::OperationOffset);
     const quint8 p = kd::le::u8(payload, Frame::ParameterOffset);
     if (payload.size() < Frame::HeadSize)
-        return statusPayload(c, o, p, ExecuteError);
+        return statusPayload(c, o, p, Status::ExecutionError);
 
     if (c & code::ReadBit) {
-        const QByteArray answer = readSection(c, o);
-        return answer.isEmpty() ? statusPayload(c, o, p, NotSupported) : answer;
+        const kd::Section *section = kd::sectionByAnswerCode(c);
+        const QByteArray answer = section ? section->encodeAnswer(m_config, o) : QByteArray();
+        return answer.isEmpty() ? statusPayload(c, o, p, Status::NotSupported) : answer;
     }
     if (c == code::PasswordChange) {
         if (o != 1 || !kd::le::has(payload, Frame::HeadSize, 4))
-            return statusPayload(c, o, p, ExecuteError);
+            return statusPayload(c, o, p, Status::ExecutionError);
         m_password = kd::le::u32(payload, Frame::HeadSize);
         m_loggedIn = true; // the one who set it knows it
         qCInfo(lcDevsim) << "password changed";
         emit stateChanged();
-        return statusPayload(c, o, p, Done);
+        return statusPayload(c, o, p, Status::Executed);
     }
     if (c == code::Code9)
-        return statusPayload(c, o, p, Done);
-    if (c != kd::NavigationConfiguration::Code && c != kd::GSMConfiguration::Code &&
-        c != kd::FuelConfiguration::Code && c != kd::AgcConfiguration::Code &&
-        c != kd::LogicConfiguration::Code && c != kd::OutputConfiguration::Code &&
-        c != kd::ServerConfiguration::Code && c != kd::SystemConfiguration::Code)
-        return statusPayload(c, o, p, NotSupported);
-    if (!writeSection(payload))
-        return statusPayload(c, o, p, ExecuteError);
+        return statusPayload(c, o, p, Status::Executed);
+    const kd::Section *section = kd::sectionByRequestCode(c);
+    if (!section || section->code != c || !section->decodeWrite)
+        return statusPayload(c, o, p, Status::NotSupported);
+    if (!writeSection(*section, payload))
+        return statusPayload(c, o, p, Status::ExecutionError);
     emit stateChanged();
-    return statusPayload(c, o, p, Done);
-}
-
-QByteArray VirtualTracker::readSection(quint8 c, quint8 o) {
-    switch (c) {
-    case kd::DeviceInfoConfiguration::AnswerCode:
-        return m_config->deviceInfo()->encodeAnswer(o & 0x7F);
-    case kd::NavigationConfiguration::AnswerCode:
-        return m_config->navigation()->encodeAnswer(o);
-    case kd::GSMConfiguration::AnswerCode:
-        return m_config->gsm()->encodeAnswer(o);
-    case kd::FuelConfiguration::AnswerCode:
-        return o == kd::FuelConfiguration::Block ? m_config->fuel()->encodeAnswer() : QByteArray();
-    case kd::AgcConfiguration::AnswerCode:
-        return o == kd::AgcConfiguration::Block ? m_config->agc()->encodeAnswer() : QByteArray();
-    case kd::LogicConfiguration::AnswerCode:
-        return o == kd::LogicConfiguration::Block ? m_config->logic()->encodeAnswer() : QByteArray();
-    case kd::OutputConfiguration::AnswerCode:
-        return o == 1 ? m_config->outputs()->encodeAnswer() : QByteArray();
-    case kd::ServerConfiguration::AnswerCode:
-        return o == 1 ? m_config->servers()->encodeAnswer() : QByteArray();
-    case kd::SystemConfiguration::AnswerCode:
-        return o == 1 ? m_config->system()->encodeAnswer() : QByteArray();
-    default:
-        return QByteArray();
-    }
+    return statusPayload(c, o, p, Status::Executed);
 }
 
 quint8 VirtualTracker::writeCode(const QString &sectionKey) {
-    const QPair<const char *, quint8> codes[] = {{kd::keys::Navigation, kd::NavigationConfiguration::Code},
-                                                 {kd::keys::Gsm, kd::GSMConfiguration::Code},
-                                                 {kd::keys::Fuel, kd::FuelConfiguration::Code},
-                                                 {kd::keys::Agc, kd::AgcConfiguration::Code},
-                                                 {kd::keys::Logic, kd::LogicConfiguration::Code},
-                                                 {kd::keys::Output, kd::OutputConfiguration::Code},
-                                                 {kd::keys::Server, kd::ServerConfiguration::Code},
-                                                 {kd::keys::System, kd::SystemConfiguration::Code}};
-    for (const auto &c : codes) {
-        if (sectionKey == QLatin1String(c.first))
-            return c.second;
-    }
-    return 0;
+    const kd::Section *section = kd::sectionByKey(sectionKey);
+    return section && section->decodeWrite ? section->code : 0;
 }
 
 void VirtualTracker::setIgnoredWrites(const QStringList &sectionKeys) {
@@ -311,38 +264,17 @@ void VirtualTracker::setSilentReads(const QStringList &sectionKeys) {
         m_silentReads << quint8(writeCode(key) | code::ReadBit);
 }
 
-bool VirtualTracker::writeSection(const QByteArray &payload) {
-    if (m_ignoredWrites.contains(quint8(payload.at(Frame::CodeOffset))))
+bool VirtualTracker::writeSection(const kd::Section &section, const QByteArray &payload) {
+    if (m_ignoredWrites.contains(section.code))
         return true;
     bool ok = false;
-    switch (quint8(payload.at(Frame::CodeOffset))) {
-    case kd::NavigationConfiguration::Code:
-        ok = m_config->navigation()->decodeWrite(payload);
-        break;
-    case kd::GSMConfiguration::Code:
-        ok = m_config->gsm()->decodeWrite(payload);
-        break;
-    case kd::FuelConfiguration::Code:
-        ok = m_config->fuel()->decodeWrite(payload);
-        break;
-    case kd::AgcConfiguration::Code:
-        ok = m_config->agc()->decodeWrite(payload);
-        break;
-    case kd::LogicConfiguration::Code:
-        ok = m_config->logic()->decodeWrite(payload);
-        break;
-    case kd::OutputConfiguration::Code:
+    if (qstrcmp(section.key, kd::keys::Output) == 0) {
         // One output: 0E 01 number 00 state 00; the device has only so many.
         ok = kd::le::u8(payload, Frame::ParameterOffset) < m_outputCount &&
-             m_config->outputs()->decodeWrite(payload);
+             section.decodeWrite(m_config, payload);
         trimOutputs();
-        break;
-    case kd::ServerConfiguration::Code:
-        ok = m_config->servers()->decodeWrite(payload);
-        break;
-    case kd::SystemConfiguration::Code:
-        ok = m_config->system()->decodeWrite(payload);
-        break;
+    } else {
+        ok = section.decodeWrite(m_config, payload);
     }
     if (ok)
         refreshModelSetup();
@@ -362,74 +294,74 @@ QByteArray VirtualTracker::handleCommand(const QByteArray &payload) {
     const quint8 o = kd::le::u8(payload, Frame::OperationOffset);
     const quint8 p = kd::le::u8(payload, Frame::ParameterOffset);
 
-    if (c == code::Login) {
+    if (c == code::Mode) {
         switch (o) {
         case op::Login: {
             if (!kd::le::has(payload, Frame::HeadSize, 4))
-                return statusPayload(c, o, p, ExecuteError);
+                return statusPayload(c, o, p, Status::ExecutionError);
             const quint32 given = kd::le::u32(payload, Frame::HeadSize);
             if (m_password && given != *m_password) {
                 qCInfo(lcDevsim) << "login with a wrong password";
-                return statusPayload(c, o, p, WrongPassword);
+                return statusPayload(c, o, p, Status::WrongPassword);
             }
             m_loggedIn = true;
-            return statusPayload(c, o, p, Done);
+            return statusPayload(c, o, p, Status::Executed);
         }
         case op::FirmwareUpdate: {
             // The loader takes over the line right after this answer.
             QByteArray answer(Frame::HeadSize + 2, '\0');
             answer[Frame::CodeOffset] = char(c);
             answer[Frame::OperationOffset] = char(o);
-            kd::le::put16(answer, Frame::StatusOffset, Done);
+            kd::le::put16(answer, Frame::StatusOffset, Status::Executed);
             return answer;
         }
         case op::ResetOrClear: {
             if (!kd::le::has(payload, Frame::HeadSize, 2))
-                return statusPayload(c, o, p, ExecuteError);
+                return statusPayload(c, o, p, Status::ExecutionError);
             const quint16 what = kd::le::u16(payload, Frame::HeadSize);
-            if (what == ResetSettingsArgument) {
+            if (what == op::ResetSettingsArgument) {
                 qCInfo(lcDevsim) << "settings reset to the factory defaults";
                 restoreDefaults();
                 emit stateChanged();
-                return statusPayload(c, o, p, ResetNeedsPowerCycle);
+                return statusPayload(c, o, p, Status::PowerCycleNeeded);
             }
-            if (what == ClearMemoryArgument) {
+            if (what == op::ClearMemoryArgument) {
                 qCInfo(lcDevsim) << "memory cleared";
                 m_model.setElapsed(m_clock());
                 m_model.clearMemory();
-                return statusPayload(c, o, p, Done);
+                return statusPayload(c, o, p, Status::Executed);
             }
-            return statusPayload(c, o, p, NotSupported);
+            return statusPayload(c, o, p, Status::NotSupported);
         }
         default:
-            return statusPayload(c, o, p, NotSupported);
+            return statusPayload(c, o, p, Status::NotSupported);
         }
     }
-    if (c == kd::OutputConfiguration::SetOutputsCode && o == kd::OutputConfiguration::SetOutputsOperation) {
+    if (c == code::OutputControl && o == op::SetOutputs) {
         if (!m_config->outputs()->decodeWrite(payload))
-            return statusPayload(c, o, p, ExecuteError);
+            return statusPayload(c, o, p, Status::ExecutionError);
         trimOutputs();
         emit stateChanged();
-        return statusPayload(c, o, p, Done);
+        return statusPayload(c, o, p, Status::Executed);
     }
     if (c == kd::OutputConfiguration::Code) {
         // Output parameters travel as a command: code op 00 00 outNum high low replay.
         if (!m_config->outputs()->decodeParameters(payload))
-            return statusPayload(c, o, p, ExecuteError);
+            return statusPayload(c, o, p, Status::ExecutionError);
         emit stateChanged();
-        return statusPayload(c, o, p, Done);
+        return statusPayload(c, o, p, Status::Executed);
     }
     if (c == code::Telemetry) {
-        const int kind = o & 0x7F;
+        const int kind = o & ~op::StatusBit;
         const QByteArray data = modelNow().telemetry(kind);
         if (data.isNull())
-            return statusPayload(c, o, p, NotSupported);
+            return statusPayload(c, o, p, Status::NotSupported);
         QByteArray answer(Frame::HeadSize, '\0');
         answer[Frame::CodeOffset] = char(code::Telemetry);
         answer[Frame::OperationOffset] = char(kind);
         return answer + data;
     }
-    return statusPayload(c, o, p, NotSupported);
+    return statusPayload(c, o, p, Status::NotSupported);
 }
 
 QJsonObject VirtualTracker::saveState() const {

@@ -9,6 +9,9 @@
 #include <optional>
 
 class VantorConfiguration;
+namespace kd {
+struct Section;
+}
 
 // The tracker's firmware as the configurator meets it: it answers every request of the UNP protocol
 // from its own configuration and live state, stores every write, and guards itself with a password and
@@ -17,18 +20,6 @@ class VantorConfiguration;
 class VirtualTracker : public QObject {
     Q_OBJECT
 public:
-    // Status codes of the answers.
-    enum Status : quint16 {
-        Done = 1,
-        NotSupported = 2,
-        NeedLogin = 3,
-        WrongPassword = 4,
-        Blocked = 5,
-        ResetNeedsPowerCycle = 6,
-        UnknownPacketType = 7,
-        ExecuteError = 9,
-    };
-
     explicit VirtualTracker(QObject *parent = nullptr);
     ~VirtualTracker() override;
 
@@ -48,7 +39,8 @@ public:
     // The write command code of a section key, 0 for a section that is not written.
     static quint8 writeCode(const QString &sectionKey);
 
-    // Answer frames for one request frame (type and payload); usually exactly one.
+    // Answer frames for one request frame (type and payload); usually exactly one. Status answers
+    // carry the statuses of UNPParcer::Status.
     QList<QByteArray> handle(quint8 type, const QByteArray &payload);
 
     // The factory configuration (identity included).
@@ -79,8 +71,7 @@ signals:
 private:
     QByteArray handleConfig(const QByteArray &payload);
     QByteArray handleCommand(const QByteArray &payload);
-    QByteArray readSection(quint8 code, quint8 operation);
-    bool writeSection(const QByteArray &payload);
+    bool writeSection(const kd::Section &section, const QByteArray &payload);
     void refreshModelSetup();
     void trimOutputs();
 
