@@ -1,6 +1,7 @@
 #include "cli/CliSession.h"
 
 #include "cli/DeviceCommand.h"
+#include "cli/FirmwareCommands.h"
 #include "cli/InfoCommand.h"
 #include "cli/ReadCommand.h"
 #include "cli/ServiceCommand.h"
@@ -10,17 +11,10 @@
 #include "Devices/ConfigurationFile.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Device.h"
-#include "protocol/SerialConnection.h"
-#include "protocol/TcpConnection.h"
-#include "protocol/UNPParcer.h"
-#include "protocol/UNPProtocol.h"
-
-#include <QAbstractSocket>
-#include <QSerialPort>
-#include <QTextStream>
-
-#include "cli/FirmwareCommands.h"
+#include "protocol/SessionController.h"
 #include "update/FirmwareImage.h"
+
+#include <QTextStream>
 
 namespace {
 
@@ -41,53 +35,9 @@ CliSession::CliSession(const CliOptions &options, QTextStream &out, QTextStream 
     : QObject(parent)
     , m_options(options)
     , m_out(out)
-    , m_err(err) {
-    m_connectDeadline.setSingleShot(true);
-    connect(&m_connectDeadline, &QTimer::timeout, this, [this] {
-        if (m_options.isRemote())
-            fail(QStringLiteral("не удалось подключиться к серверу %1:%2")
-                     .arg(m_options.remoteHost)
-                     .arg(m_options.remotePort));
-        else
-            fail(QStringLiteral("порт не открылся"));
-    });
-}
+    , m_err(err) {}
 
 CliSession::~CliSession() = default;
-
-QString CliSession::linkErrorText(int errorGroup, int errorCode) {
-    if (errorGroup == Connection::SerialError) {
-        switch (errorCode) {
-        case QSerialPort::NoError:
-        case QSerialPort::UnsupportedOperationError:
-            return {};
-        case QSerialPort::DeviceNotFoundError:
-            return QStringLiteral("Прибор отключен");
-        case QSerialPort::ResourceError:
-        case QSerialPort::ReadError:
-        case QSerialPort::WriteError:
-            return QStringLiteral("Прибор был отключен");
-        case QSerialPort::NotOpenError:
-            return QStringLiteral("Порт закрыт");
-        case QSerialPort::PermissionError:
-            return QStringLiteral("Нет доступа к порту");
-        default:
-            return QStringLiteral("Ошибка порта %1").arg(errorCode);
-        }
-    }
-    switch (errorCode) {
-    case QAbstractSocket::RemoteHostClosedError:
-        return QStringLiteral("Отключен от сервера");
-    case QAbstractSocket::ConnectionRefusedError:
-        return QStringLiteral("Сервер отказал в подключении");
-    case QAbstractSocket::HostNotFoundError:
-        return QStringLiteral("Сервер не найден");
-    case QAbstractSocket::SocketTimeoutError:
-        return QStringLiteral("Сервер не отвечает");
-    default:
-        return QStringLiteral("Ошибка подключения к серверу (%1)").arg(errorCode);
-    }
-}
 
 void CliSession::start() {
     m_configuration = new VantorConfiguration(this);
@@ -119,176 +69,115 @@ void CliSession::start() {
         }
     }
 
-    m_device = new Device(m_configuration, this);
-    m_device->setResponseInterval(responseIntervalFor(m_options.isRemote(), m_options.deadlineMs()));
-    Connection *link = createLink();
-    if (!link)
-        return;
-    m_device->setLink(link);
-    connect(link, &Connection::error, this, &CliSession::onLinkError);
-    connect(link, &Connection::connected, this, &CliSession::onConnected);
-    connect(link, &Connection::disconnected, this, [this] {
-        fail(m_options.isRemote() ? QStringLiteral("Отключен от сервера")
-                                  : QStringLiteral("Прибор был отключен"));
+    SessionController::Settings s;
+    s.remote = m_options.isRemote();
+    s.portName = m_options.port;
+    s.host = m_options.remoteHost;
+    s.port = m_options.remotePort;
+    s.imei = m_options.imei;
+    s.hasPassword = m_options.hasPassword;
+    s.password = m_options.password;
+    s.responseIntervalMs = responseIntervalFor(s.remote, m_options.deadlineMs());
+    s.identify = false; // each command asks for what it needs
+    s.connectTimeoutMs = m_options.deadlineMs();
+    s.jobDeadlineMs = m_options.deadlineMs();
+    s.jobRounds = 0;
+
+    m_session = new SessionController(m_configuration, this);
+    connect(m_session, &SessionController::stateChanged, this, [this](SessionController::State state) {
+        if (state == SessionController::State::Ready && !m_started) {
+            m_started = true;
+            startCommand();
+        }
     });
-    connect(m_device, &Device::connectionLost, this,
-            [this] { fail(QStringLiteral("прибор не отвечает, соединение разорвано")); });
-
-    if (m_options.deadlineMs() > 0)
-        m_connectDeadline.start(m_options.deadlineMs());
-    if (!link->open()) {
-        if (m_options.isRemote())
-            fail(QStringLiteral("не удалось подключиться к серверу %1:%2")
-                     .arg(m_options.remoteHost)
-                     .arg(m_options.remotePort));
-        else
-            fail(QStringLiteral("не удалось открыть порт %1")
-                     .arg(static_cast<SerialConnection *>(link)->portName()));
-        return;
-    }
-    if (link->state() == Connection::Connected)
-        onConnected();
-}
-
-Connection *CliSession::createLink() {
-    if (m_options.isRemote())
-        return new TcpConnection(m_options.remoteHost, m_options.remotePort, m_options.imei);
-    if (!m_options.port.isEmpty())
-        return new SerialConnection(m_options.port);
-
-    auto *serial = new SerialConnection;
-    const int found = serial->findDevices();
-    if (found == 1)
-        return serial;
-    delete serial;
-    if (found == 0)
-        fail(QStringLiteral("Нет подключенных приборов"));
-    else
-        fail(QStringLiteral("Подключено более одного прибора, отключите лишние для избежания ошибок "
-                            "(или укажите --port)"));
-    return nullptr;
-}
-
-void CliSession::onConnected() {
-    if (m_started || m_finished)
-        return;
-    m_started = true;
-    m_connectDeadline.stop();
-    startCommand();
+    connect(m_session, &SessionController::linkFailed, this, [this](const LinkFailure &failure) {
+        QString text = linkErrorText(failure);
+        if (failure.error == LinkError::SeveralDevices)
+            text = text.simplified() + QStringLiteral(" (или укажите --port)");
+        fail(text);
+    });
+    // The device stopped answering: give up at once, the job says what it had done by then.
+    connect(m_session, &SessionController::connectionLost, this, [this] {
+        const QString text = linkErrorText(m_session->lastFailure());
+        m_session->disconnectDevice();
+        fail(text);
+    });
+    connect(m_session, &SessionController::passwordRequested, this,
+            [this] { fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password")); });
+    connect(m_session, &SessionController::passwordRejected, this,
+            [this] { fail(QStringLiteral("неверный пароль")); });
+    connect(m_session, &SessionController::deviceBlocked, this, [this](const QString &powerCycleText) {
+        // A reset the device takes but applies only after a power cycle is no failure of the command.
+        if (powerCycleText.isEmpty())
+            fail(QStringLiteral("прибор заблокирован, повторите попытку позже"));
+    });
+    m_session->connectDevice(s);
 }
 
 void CliSession::startCommand() {
-    const int deadline = m_options.deadlineMs();
+    if (m_finished)
+        return;
     if (m_options.command == CliOptions::Command::Flash) {
         startFlash();
         return;
     }
-    DeviceCommand::Options o;
-    o.deadlineMs = deadline;
-    o.quietMs = m_device->responseInterval() + 200;
-    o.hasPassword = m_options.hasPassword;
-    o.password = m_options.password;
-
+    const int deadline = m_options.deadlineMs();
     DeviceCommand *command = nullptr;
     switch (m_options.command) {
     case CliOptions::Command::Info:
-        command = new InfoCommand(m_device, o, m_options.json, m_out, m_err, this);
+        command = new InfoCommand(m_session, m_configuration, deadline, m_options.json, m_out, m_err, this);
         break;
     case CliOptions::Command::Read:
-        command = new ReadCommand(m_device, o, m_options.file, m_out, m_err, this);
+        command = new ReadCommand(m_session, m_configuration, deadline, m_options.file, m_out, m_err, this);
         break;
     case CliOptions::Command::Write:
-        command = new WriteCommand(m_device, o, m_options.file, m_out, m_err, this);
+        command = new WriteCommand(m_session, deadline, m_options.file, m_out, m_err, this);
         break;
     case CliOptions::Command::Telemetry:
-        command = new TelemetryCommand(m_device, o, m_options.watch, m_options.raw, m_out, m_err, this);
+        command = new TelemetryCommand(m_session, m_configuration, deadline, m_options.watch, m_options.raw,
+                                       m_out, m_err, this);
         break;
     case CliOptions::Command::Reset:
-        command = new ServiceCommand(m_device, o, ServiceCommand::Action::Reset, 0, m_out, m_err, this);
+        command =
+            new ServiceCommand(m_session, deadline, ServiceCommand::Action::Reset, 0, m_out, m_err, this);
         break;
     case CliOptions::Command::ClearMemory:
-        command = new ServiceCommand(m_device, o, ServiceCommand::Action::ClearMemory, 0, m_out, m_err, this);
+        command = new ServiceCommand(m_session, deadline, ServiceCommand::Action::ClearMemory, 0, m_out,
+                                     m_err, this);
         break;
     case CliOptions::Command::SetPassword:
-        command = new ServiceCommand(m_device, o, ServiceCommand::Action::SetPassword, m_options.newPassword,
-                                     m_out, m_err, this);
+        command = new ServiceCommand(m_session, deadline, ServiceCommand::Action::SetPassword,
+                                     m_options.newPassword, m_out, m_err, this);
         break;
     default:
         fail(QStringLiteral("команда %1 не работает с прибором").arg(m_options.commandName));
         return;
     }
     m_command = command;
-    connect(m_device, &Device::answerAccepted, command, &DeviceCommand::onPacket);
     connect(command, &DeviceCommand::finished, this, &CliSession::finish);
     command->start();
 }
 
 void CliSession::startFlash() {
-    UNPParcer *parser = m_device->parser();
-    connect(parser, &UNPParcer::PasswordChange, this,
-            [this] { fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password")); });
-    connect(parser, &UNPParcer::PasswordError, this, [this] { fail(QStringLiteral("неверный пароль")); });
-    connect(parser, &UNPParcer::DeviceBlocked, this,
-            [this] { fail(QStringLiteral("прибор заблокирован, повторите попытку позже")); });
-    // The switch to the loader is answered like a login: a status that refuses it is no switch at all.
-    connect(m_device, &Device::answerAccepted, this, [this](quint8 type, const QByteArray &payload) {
-        if (type != proto::CommandPacketType || payload.size() < 6 ||
-            quint8(payload.at(0)) != proto::code::Mode ||
-            quint8(payload.at(1)) != (proto::op::FirmwareUpdate | 0x80))
-            return;
-        const quint16 status = quint16(quint8(payload.at(4)) | (quint8(payload.at(5)) << 8));
-        if (status == UNPParcer::AuthorisationNeeded)
-            fail(QStringLiteral("прибор запрашивает пароль, укажите его параметром --password"));
-        else if (status == UNPParcer::Blocked)
-            fail(QStringLiteral("прибор заблокирован, повторите попытку позже"));
-    });
-    auto begin = [this] {
-        if (m_flash || m_finished)
-            return;
-        m_connectDeadline.stop();
-        auto *flash =
-            new FlashCommand(m_device, m_options.file, qMax(1, m_options.deadlineMs() / 1000), m_err, this);
-        m_flash = flash;
-        connect(flash, &FlashCommand::finished, this, &CliSession::finish);
-        flash->start();
-    };
-    if (!m_options.hasPassword) {
-        begin();
-        return;
-    }
-    // The loader is only reached once the device has accepted the password.
-    connect(parser, &UNPParcer::PasswordComplete, this, begin);
-    m_connectDeadline.start(m_options.deadlineMs());
-    m_device->protocol()->clearQueue();
-    m_device->protocol()->login(m_options.password);
-    m_device->sendNextCommand();
-}
-
-void CliSession::onLinkError(int errorGroup, int errorCode) {
-    const QString text = linkErrorText(errorGroup, errorCode);
-    if (!text.isEmpty())
-        fail(text);
+    auto *flash =
+        new FlashCommand(m_session, m_options.file, qMax(1, m_options.deadlineMs() / 1000), m_err, this);
+    m_flash = flash;
+    connect(flash, &FlashCommand::finished, this, &CliSession::finish);
+    flash->start();
 }
 
 void CliSession::interrupt() {
     if (m_finished)
         return;
-    m_connectDeadline.stop();
     const bool watching = m_options.command == CliOptions::Command::Telemetry && m_options.watch;
     if (!watching)
         m_err << QStringLiteral("tavrel-cli: прервано") << '\n';
-    if (m_command)
-        m_command->cancel(watching ? 0 : 1);
     finish(watching ? 0 : 1);
 }
 
 void CliSession::fail(const QString &message) {
     if (m_finished)
         return;
-    if (m_command && !m_command->isFinished()) {
-        m_command->onConnectionLost(message);
-        return;
-    }
     m_err << QStringLiteral("tavrel-cli: ") << message << '\n';
     m_err.flush();
     finish(1);
@@ -298,10 +187,11 @@ void CliSession::finish(int exitCode) {
     if (m_finished)
         return;
     m_finished = true;
-    m_connectDeadline.stop();
+    if (m_command)
+        m_command->cancel(exitCode);
+    if (m_session)
+        m_session->disconnect(this);
     m_out.flush();
     m_err.flush();
-    if (m_device && m_device->link())
-        m_device->link()->disconnect(this);
     emit finished(exitCode);
 }

@@ -4,17 +4,15 @@
 
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 
-class Connection;
-class Device;
 class DeviceCommand;
 class QTextStream;
+class SessionController;
 class VantorConfiguration;
 
-// A device command from start to exit status: opens the link the options name, runs the command over
-// one Device session and turns link failures into one line on stderr. Every path ends in finished()
-// exactly once, at the latest when the command's deadline has passed.
+// A device command from start to exit status: opens the session the options name, runs the command over
+// it and turns the session's failures into one line on stderr. Every path ends in finished() exactly
+// once, at the latest when the command's deadline has passed.
 class CliSession : public QObject {
     Q_OBJECT
 public:
@@ -25,16 +23,10 @@ public:
     // Ctrl+C: a watch ends normally, anything else as interrupted.
     void interrupt();
 
-    // The link error text of the window's error boxes; empty for errors that do not end a session.
-    static QString linkErrorText(int errorGroup, int errorCode);
-
 signals:
     void finished(int exitCode);
 
 private:
-    Connection *createLink();
-    void onConnected();
-    void onLinkError(int errorGroup, int errorCode);
     void startCommand();
     void startFlash();
     void fail(const QString &message);
@@ -44,10 +36,9 @@ private:
     QTextStream &m_out;
     QTextStream &m_err;
     VantorConfiguration *m_configuration = nullptr;
-    Device *m_device = nullptr;
+    SessionController *m_session = nullptr;
     QPointer<DeviceCommand> m_command;
     QPointer<QObject> m_flash;
-    QTimer m_connectDeadline;
     bool m_started = false;
     bool m_finished = false;
 };

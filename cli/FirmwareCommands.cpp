@@ -1,7 +1,6 @@
 #include "cli/FirmwareCommands.h"
 
-#include "protocol/Device.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 #include "update/UpdateChannel.h"
@@ -29,10 +28,10 @@ int fwInfoCommand(const QString &file, QTextStream &out, QTextStream &err) {
     return FlashCommand::ExitOk;
 }
 
-FlashCommand::FlashCommand(Device *device, const QString &file, int timeoutSeconds, QTextStream &err,
-                           QObject *parent)
+FlashCommand::FlashCommand(SessionController *session, const QString &file, int timeoutSeconds,
+                           QTextStream &err, QObject *parent)
     : QObject(parent)
-    , m_device(device)
+    , m_session(session)
     , m_file(file)
     , m_err(err)
     , m_image(new FirmwareImage(this))
@@ -72,8 +71,8 @@ FlashCommand::FlashCommand(Device *device, const QString &file, int timeoutSecon
 }
 
 FlashCommand::~FlashCommand() {
-    if (m_device)
-        m_device->setFirmwareHandler(nullptr);
+    if (m_session)
+        m_session->setFirmwareHandler(nullptr);
 }
 
 void FlashCommand::setQuietTimeoutMs(int ms) {
@@ -91,21 +90,19 @@ void FlashCommand::start() {
         QTimer::singleShot(0, this, [this, result] { finish(ExitBadFile + result); });
         return;
     }
-    if (!m_device || !m_device->link()) {
+    if (!m_session || !m_session->link()) {
         m_err << QStringLiteral("Нет подключенных приборов") << '\n';
         QTimer::singleShot(0, this, [this] { finish(ExitFailure); });
         return;
     }
-    m_updater->setConnection(m_device->link());
+    m_updater->setConnection(m_session->link());
     m_updater->begin();
     QPointer<DeviceUpdater> updater = m_updater;
-    m_device->setFirmwareHandler(
+    m_session->setFirmwareHandler(
         [updater](const QByteArray &chunk) { return updater && updater->offer(chunk); });
     m_err << QStringLiteral("Загрузка обновления в прибор.") << '\n';
     m_err.flush();
-    m_device->protocol()->clearQueue();
-    m_device->protocol()->enterFirmwareUpdate();
-    m_device->sendNextCommand();
+    m_session->enterFirmwareUpdate();
     m_quiet->start();
 }
 
@@ -134,8 +131,10 @@ void FlashCommand::finish(int exitCode) {
     m_done = true;
     m_quiet->stop();
     m_updater->stop();
-    if (m_device)
-        m_device->setFirmwareHandler(nullptr);
+    if (m_session) {
+        m_session->setFirmwareHandler(nullptr);
+        m_session->finishFirmwareUpdate();
+    }
     m_err.flush();
     emit finished(exitCode);
 }

@@ -4,10 +4,10 @@
 #include <QPointer>
 #include <QString>
 
-class Device;
 class DeviceUpdater;
 class FirmwareImage;
 class QTextStream;
+class SessionController;
 class QTimer;
 
 // `fwinfo FILE.bsk`: prints "pages P", then "build X.Y.Z" per compatible build and "hardware A.B.C.D" per
@@ -24,7 +24,7 @@ public:
     static constexpr int ExitFailure = 1;
     static constexpr int ExitBadFile = 10;
 
-    FlashCommand(Device *device, const QString &file, int timeoutSeconds, QTextStream &err,
+    FlashCommand(SessionController *session, const QString &file, int timeoutSeconds, QTextStream &err,
                  QObject *parent = nullptr);
     ~FlashCommand() override;
 
@@ -45,7 +45,7 @@ private:
     void deviceSpoke();
     void drawProgress();
 
-    QPointer<Device> m_device;
+    QPointer<SessionController> m_session;
     QString m_file;
     QTextStream &m_err;
     FirmwareImage *m_image;

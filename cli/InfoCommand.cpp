@@ -2,28 +2,19 @@
 
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
-#include "protocol/Device.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 
 #include <QJsonDocument>
 #include <QTextStream>
 
-InfoCommand::InfoCommand(Device *device, const Options &options, bool json, QTextStream &out,
-                         QTextStream &err, QObject *parent)
-    : DeviceCommand(device, options, out, err, parent)
+InfoCommand::InfoCommand(SessionController *session, VantorConfiguration *configuration, int deadlineMs,
+                         bool json, QTextStream &out, QTextStream &err, QObject *parent)
+    : DeviceCommand(session, deadlineMs, out, err, parent)
+    , m_configuration(configuration)
     , m_json(json) {}
 
-void InfoCommand::buildRequests() {
-    addIdentityRequests(this);
-}
-
-void InfoCommand::addIdentityRequests(DeviceCommand *command) {
-    using Kind = kd::DeviceInfoConfiguration;
-    command->addRequest(
-        [](AbstarctProtocol *p) { p->readDeviceInfo(Kind::KindIdentity); },
-        {dataAnswer(Kind::AnswerCode, Kind::KindIdentity, QStringLiteral("сведения о приборе"))});
-    command->addRequest([](AbstarctProtocol *p) { p->readDeviceInfo(Kind::KindText); },
-                        {dataAnswer(Kind::AnswerCode, Kind::KindText, QStringLiteral("название прибора"))});
+void InfoCommand::run() {
+    session()->readIdentity();
 }
 
 QJsonObject InfoCommand::identityJson(const kd::DeviceInfoConfiguration &info) {
@@ -50,13 +41,10 @@ QStringList InfoCommand::identityLines(const kd::DeviceInfoConfiguration &info) 
     };
 }
 
-void InfoCommand::complete() {
-    if (!allDone()) {
-        fail(missingAnswers());
+void InfoCommand::jobDone(const JobResult &result) {
+    if (failed(result))
         return;
-    }
-    auto *cfg = qobject_cast<VantorConfiguration *>(device()->configuration());
-    const kd::DeviceInfoConfiguration *info = cfg ? cfg->deviceInfo() : nullptr;
+    const kd::DeviceInfoConfiguration *info = m_configuration->deviceInfo();
     if (!info) {
         fail(QStringLiteral("нет сведений о приборе"));
         return;

@@ -4,6 +4,8 @@
 
 #include <QJsonObject>
 
+class VantorConfiguration;
+
 namespace kd {
 class DeviceInfoConfiguration;
 }
@@ -13,18 +15,17 @@ class DeviceInfoConfiguration;
 class InfoCommand : public DeviceCommand {
     Q_OBJECT
 public:
-    InfoCommand(Device *device, const Options &options, bool json, QTextStream &out, QTextStream &err,
-                QObject *parent = nullptr);
+    InfoCommand(SessionController *session, VantorConfiguration *configuration, int deadlineMs, bool json,
+                QTextStream &out, QTextStream &err, QObject *parent = nullptr);
 
-    // Adds the two identity reads; the read command asks for the identity the same way.
-    static void addIdentityRequests(DeviceCommand *command);
     static QJsonObject identityJson(const kd::DeviceInfoConfiguration &info);
     static QStringList identityLines(const kd::DeviceInfoConfiguration &info);
 
 protected:
-    void buildRequests() override;
-    void complete() override;
+    void run() override;
+    void jobDone(const JobResult &result) override;
 
 private:
+    VantorConfiguration *m_configuration;
     bool m_json;
 };

@@ -1,42 +1,32 @@
 #include "cli/ServiceCommand.h"
 
-#include "protocol/Device.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 
 #include <QTextStream>
 
-ServiceCommand::ServiceCommand(Device *device, const Options &options, Action action, quint32 newPassword,
+ServiceCommand::ServiceCommand(SessionController *session, int deadlineMs, Action action, quint32 newPassword,
                                QTextStream &out, QTextStream &err, QObject *parent)
-    : DeviceCommand(device, options, out, err, parent)
+    : DeviceCommand(session, deadlineMs, out, err, parent)
     , m_action(action)
     , m_newPassword(newPassword) {}
 
-void ServiceCommand::buildRequests() {
+void ServiceCommand::run() {
     switch (m_action) {
     case Action::Reset:
-        addRequest([](AbstarctProtocol *p) { p->resetSettings(); },
-                   {statusAnswer(proto::code::Mode, proto::op::ResetOrClear, -1,
-                                 QStringLiteral("сброс настроек"), proto::CommandPacketType)});
+        session()->resetSettings();
         break;
     case Action::ClearMemory:
-        addRequest([](AbstarctProtocol *p) { p->clearMemory(); },
-                   {statusAnswer(proto::code::Mode, proto::op::ResetOrClear, -1,
-                                 QStringLiteral("очистка памяти"), proto::CommandPacketType)});
+        session()->clearMemory();
         break;
-    case Action::SetPassword: {
-        const quint32 password = m_newPassword;
-        addRequest([password](AbstarctProtocol *p) { p->changePassword(password); },
-                   {statusAnswer(proto::code::PasswordChange, 1, -1, QStringLiteral("смена пароля"))});
+    case Action::SetPassword:
+        session()->setPassword(m_newPassword);
         break;
-    }
     }
 }
 
-void ServiceCommand::complete() {
-    if (!allDone()) {
-        fail(missingAnswers());
+void ServiceCommand::jobDone(const JobResult &result) {
+    if (failed(result))
         return;
-    }
     switch (m_action) {
     case Action::Reset:
         out() << QStringLiteral("Настройки сброшены на заводские") << '\n';
@@ -48,7 +38,7 @@ void ServiceCommand::complete() {
         out() << QStringLiteral("Пароль изменен") << '\n';
         break;
     }
-    if (!powerCycleText().isEmpty())
-        out() << powerCycleText() << '\n';
+    if (!result.powerCycleText.isEmpty())
+        out() << result.powerCycleText << '\n';
     finish(0);
 }

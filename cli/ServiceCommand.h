@@ -9,12 +9,12 @@ class ServiceCommand : public DeviceCommand {
 public:
     enum class Action { Reset, ClearMemory, SetPassword };
 
-    ServiceCommand(Device *device, const Options &options, Action action, quint32 newPassword,
+    ServiceCommand(SessionController *session, int deadlineMs, Action action, quint32 newPassword,
                    QTextStream &out, QTextStream &err, QObject *parent = nullptr);
 
 protected:
-    void buildRequests() override;
-    void complete() override;
+    void run() override;
+    void jobDone(const JobResult &result) override;
 
 private:
     Action m_action;

@@ -4,33 +4,34 @@
 
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
-#include "protocol/Device.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 
 #include <QDateTime>
 #include <QTextStream>
+#include <QTimer>
 
-TelemetryCommand::TelemetryCommand(Device *device, const Options &options, bool watch, bool raw,
-                                   QTextStream &out, QTextStream &err, QObject *parent)
-    : DeviceCommand(device, options, out, err, parent)
+TelemetryCommand::TelemetryCommand(SessionController *session, VantorConfiguration *configuration,
+                                   int deadlineMs, bool watch, bool raw, QTextStream &out, QTextStream &err,
+                                   QObject *parent)
+    : DeviceCommand(session, deadlineMs, out, err, parent)
+    , m_configuration(configuration)
     , m_watch(watch)
     , m_raw(raw) {}
 
-void TelemetryCommand::buildRequests() {
-    m_roundStart.start();
-    for (quint8 subCode : proto::UNPProtocol::telemetrySubCodes()) {
-        addRequest(
-            [subCode](AbstarctProtocol *p) { static_cast<proto::UNPProtocol *>(p)->readTelemetry(subCode); },
-            {dataAnswer(proto::code::Telemetry, subCode,
-                        QStringLiteral("телеметрия 0x%1").arg(subCode, 2, 16, QLatin1Char('0')),
-                        proto::CommandPacketType)});
-    }
+void TelemetryCommand::run() {
+    m_roundStart.restart();
+    session()->telemetryRound();
 }
 
-void TelemetryCommand::complete() {
-    // Every request is answered; a block the device refuses ("not supported") is simply not shown.
-    auto *cfg = qobject_cast<VantorConfiguration *>(device()->configuration());
-    const kd::ControlInfoConfiguration *state = cfg ? cfg->controlInfo() : nullptr;
+void TelemetryCommand::jobDone(const JobResult &result) {
+    // A block the device refuses ("not supported") is simply not shown.
+    if (result.end != JobResult::End::Done || !result.labels(JobResult::Outcome::NotAnswered).isEmpty() ||
+        !result.labels(JobResult::Outcome::NotSent).isEmpty()) {
+        if (!failed(result))
+            fail(result.summary());
+        return;
+    }
+    const kd::ControlInfoConfiguration *state = m_configuration->controlInfo();
     if (!state) {
         fail(QStringLiteral("нет телеметрии"));
         return;
@@ -50,14 +51,8 @@ void TelemetryCommand::complete() {
         return;
     }
     const qint64 wait = qMax<qint64>(0, WatchPeriodMs - m_roundStart.elapsed());
-    QTimer::singleShot(int(wait), this, &TelemetryCommand::nextRound);
-}
-
-void TelemetryCommand::nextRound() {
-    if (isFinished())
-        return;
-    m_roundStart.restart();
-    resetExpectations();
-    restartDeadline();
-    sendMissing();
+    QTimer::singleShot(int(wait), this, [this] {
+        if (!isFinished())
+            run();
+    });
 }

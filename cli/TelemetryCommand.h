@@ -4,23 +4,24 @@
 
 #include <QElapsedTimer>
 
+class VantorConfiguration;
+
 // `telemetry --once|--watch [--raw]`: the fifteen telemetry requests in the order the window polls them;
 // once every answer is in, the state is printed. Watching repeats the round once a second until stopped.
 class TelemetryCommand : public DeviceCommand {
     Q_OBJECT
 public:
-    TelemetryCommand(Device *device, const Options &options, bool watch, bool raw, QTextStream &out,
-                     QTextStream &err, QObject *parent = nullptr);
+    TelemetryCommand(SessionController *session, VantorConfiguration *configuration, int deadlineMs,
+                     bool watch, bool raw, QTextStream &out, QTextStream &err, QObject *parent = nullptr);
 
     static constexpr int WatchPeriodMs = 1000;
 
 protected:
-    void buildRequests() override;
-    void complete() override;
+    void run() override;
+    void jobDone(const JobResult &result) override;
 
 private:
-    void nextRound();
-
+    VantorConfiguration *m_configuration;
     bool m_watch;
     bool m_raw;
     int m_rounds = 0;

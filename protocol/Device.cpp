@@ -2,6 +2,7 @@
 
 #include "protocol/Connection.h"
 #include "protocol/Frame.h"
+#include "protocol/StatusNotifier.h"
 #include "protocol/TrafficLog.h"
 #include "protocol/UNPParcer.h"
 #include "protocol/UNPProtocol.h"
@@ -9,6 +10,13 @@
 #include <QTimer>
 
 namespace {
+
+// The session reports the power-cycle answer itself; the parser needs no box of its own.
+class QuietNotifier : public StatusNotifier {
+public:
+    void notify(const QString &) override {}
+};
+QuietNotifier quietNotifier;
 
 bool startsWithMarkers(const QByteArray &chunk) {
     return chunk.size() >= proto::Frame::MarkerSize && quint8(chunk.at(0)) == proto::Frame::Marker &&
@@ -25,6 +33,9 @@ Device::Device(kd::Configuration *configuration, QObject *parent)
     , m_responseTimer(new QTimer(this)) {
     qRegisterMetaType<Connection *>();
     m_responseTimer->setInterval(DefaultResponseInterval);
+    m_parser->setStatusNotifier(&quietNotifier);
+    connect(m_parser, &UNPParcer::ConfigPackageDetected, this, &Device::sectionDecoded);
+    connect(m_parser, &UNPParcer::ControlTelemetry, this, &Device::telemetryDecoded);
     connect(m_responseTimer, &QTimer::timeout, this, &Device::onResponseTimeout);
 }
 
@@ -114,6 +125,10 @@ quint32 Device::lastPassword() const {
     return m_protocol->lastPassword();
 }
 
+void Device::enqueue(const QByteArray &frame) {
+    m_protocol->enqueueBuilt(frame);
+}
+
 void Device::resolveConnectionLost() {
     m_lostPending = false;
 }
@@ -190,6 +205,8 @@ void Device::handleChunk(const QByteArray &received) {
 void Device::onResponseTimeout() {
     if (!m_link || !m_link->isOpen()) {
         m_responseTimer->stop();
+        if (m_link)
+            emit linkDown();
         return;
     }
     if (m_retries < m_retryLimit) {

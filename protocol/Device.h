@@ -58,6 +58,9 @@ public:
     void setReassembly(bool on);
     bool reassembly() const { return m_reassembly; }
 
+    // Puts a built frame at the tail of the queue (a request sent again as it was).
+    void enqueue(const QByteArray &frame);
+
     // The value last given to changePassword.
     quint32 lastPassword() const;
 
@@ -81,6 +84,11 @@ signals:
     void chunkDropped(const QByteArray &chunk);
     void answerAccepted(quint8 type, const QByteArray &payload);
     void connectionLost();
+    // A time-out found the link closed although nothing reported it: the device is gone.
+    void linkDown();
+    // A section decoded from an answer (its answer code) and a telemetry record (its kind).
+    void sectionDecoded(int code);
+    void telemetryDecoded(int kind);
     // An answer arrived while a loss was being reported: the owner closes its waiting dialog.
     void connectionRestored();
     void idle();

@@ -21,7 +21,7 @@ proto::UNPProtocol *DeviceWorkflows::protocol() const {
 // time-out) sends the next frame. Writing a second request meanwhile would put two answers into one read,
 // and one read is taken as one frame.
 void DeviceWorkflows::start() {
-    if (!m_device->isAnswerPending())
+    if (m_autoStart && !m_device->isAnswerPending())
         m_device->sendNextCommand();
 }
 

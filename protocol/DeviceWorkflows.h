@@ -16,6 +16,8 @@ public:
     explicit DeviceWorkflows(Device *device, QObject *parent = nullptr);
 
     Device *device() const { return m_device; }
+    // Off: the requests only go into the queue and the caller starts it (the session's jobs).
+    void setAutoStart(bool on) { m_autoStart = on; }
 
     // Drops whatever waits (telemetry polls included) and reads every section but the device info.
     void readAll();
@@ -53,4 +55,5 @@ private:
     void writeEach(const char *key, Write write);
 
     Device *m_device;
+    bool m_autoStart = true;
 };

@@ -16,6 +16,24 @@ QString hexOrUnknown(bool has, quint16 value) {
     return has ? QString::number(value, 16) : Unknown;
 }
 
+// The port's own words for the common cases, the system's text for the rest.
+QString openFailure(const QSerialPort &port) {
+    switch (port.error()) {
+    case QSerialPort::DeviceNotFoundError:
+        return QStringLiteral("нет такого порта");
+    case QSerialPort::PermissionError:
+        return port.errorString().contains(QLatin1String("lock"), Qt::CaseInsensitive)
+                   ? QStringLiteral("порт занят другой программой")
+                   : QStringLiteral("нет прав на доступ к порту");
+    case QSerialPort::OpenError:
+        return QStringLiteral("порт уже открыт");
+    case QSerialPort::UnsupportedOperationError:
+        return QStringLiteral("это не последовательный порт (%1)").arg(port.errorString());
+    default:
+        return port.errorString();
+    }
+}
+
 } // namespace
 
 SerialConnection::SerialConnection(QObject *parent)
@@ -108,6 +126,7 @@ bool SerialConnection::open() {
     m_opening = true;
     const bool ok = m_port->open(QIODevice::ReadWrite);
     m_opening = false;
+    m_openError = ok ? QString() : openFailure(*m_port);
     if (!ok) {
         proto::TrafficLog::write(QStringLiteral("Busy port"));
         return false;

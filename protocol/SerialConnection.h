@@ -55,6 +55,8 @@ public:
     QList<SerialPortRecord> devices() const { return m_devices; }
     QString portName() const { return m_portName; }
     void setPortName(const QString &portName);
+    // Why the last open() failed, in the user's words or the system's; empty after a good one.
+    QString openErrorReason() const { return m_openError; }
 
     // Opens the remembered port (read-write, 115200 8N1, no flow control) and emits connected().
     bool open() override;
@@ -72,4 +74,5 @@ private:
     QList<SerialPortRecord> m_devices;
     QString m_portName;
     bool m_opening = false;
+    QString m_openError;
 };

@@ -304,6 +304,11 @@ void UNPProtocol::writeOutputParameters(quint8 code, quint8 operation) {
     request(CommandPacketType, out->encodeParameters(code, operation));
 }
 
+void UNPProtocol::enqueueBuilt(const QByteArray &frame) {
+    m_queue.append(frame);
+    emit queueChanged(m_queue.size());
+}
+
 void UNPProtocol::enqueueFrame() {
     Frame::build(m_packet);
     m_queue.append(m_packet.frame);

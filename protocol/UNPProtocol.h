@@ -111,6 +111,8 @@ public:
 
     // The output parameters travel as a command packet under a head the outputs page chooses.
     void writeOutputParameters(quint8 code, quint8 operation);
+    // A frame built before, appended as it is (a request sent again).
+    void enqueueBuilt(const QByteArray &frame);
     // Any telemetry sub-code as a request (type 7, 0x82, sub-code, 0).
     void readTelemetry(quint8 subCode);
     // The sub-codes of the telemetry request operations, in their order (0x0D is never sent).

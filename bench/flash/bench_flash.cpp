@@ -5,8 +5,8 @@
 
 #include "Devices/VantorConfiguration.h"
 #include "cli/FirmwareCommands.h"
-#include "protocol/Device.h"
 #include "protocol/SerialConnection.h"
+#include "protocol/SessionController.h"
 #include "update/UpdateChannel.h"
 
 #include <QCommandLineParser>
@@ -20,6 +20,22 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
+
+namespace {
+
+// The serial link, counting what the session reads from it.
+class CountingSerial : public SerialConnection {
+public:
+    using SerialConnection::SerialConnection;
+    QByteArray readAll() override {
+        const QByteArray bytes = SerialConnection::readAll();
+        read += bytes.size();
+        return bytes;
+    }
+    qint64 read = 0;
+};
+
+} // namespace
 
 #ifndef TAVREL_DEVSIM_PATH
 #define TAVREL_DEVSIM_PATH "tavrel-devsim"
@@ -140,14 +156,17 @@ private:
     }
 
     void flashInProcess() {
-        m_device = new Device(&m_configuration, this);
-        auto *link = new SerialConnection(m_port);
-        m_device->setLink(link);
+        m_device = new SessionController(&m_configuration, this);
+        auto *link = new CountingSerial(m_port);
+        m_device->setLinkFactory([link](const SessionController::Settings &) { return link; });
         current().bytesOut = current().bytesIn = 0;
         connect(link, &Connection::bytesWritten, this, [this](qint64 n) { current().bytesOut += n; });
-        connect(m_device, &Device::chunkReceived, this,
-                [this](const QByteArray &chunk) { current().bytesIn += chunk.size(); });
-        if (!link->open()) {
+        SessionController::Settings settings;
+        settings.identify = false;
+        m_device->connectDevice(settings);
+        // After the session's own reader, so that the count includes the chunk just read.
+        connect(link, &Connection::readyRead, this, [this, link] { current().bytesIn = link->read; });
+        if (m_device->state() != SessionController::State::Ready) {
             finishRun(-1, QStringLiteral("cannot open %1").arg(m_port));
             return;
         }
@@ -200,7 +219,7 @@ private:
         if (m_flash)
             m_flash->deleteLater();
         if (m_device) {
-            m_device->setLink(nullptr);
+            m_device->disconnectDevice();
             m_device->deleteLater();
         }
         if (m_cli) {
@@ -305,7 +324,7 @@ private:
     VantorConfiguration m_configuration;
     QPointer<QProcess> m_devsim;
     QPointer<QProcess> m_cli;
-    QPointer<Device> m_device;
+    QPointer<SessionController> m_device;
     QPointer<FlashCommand> m_flash;
     QString m_port;
     QString m_devsimErr;

@@ -1,5 +1,5 @@
 #include "cli/FirmwareCommands.h"
-#include "protocol/Device.h"
+#include "protocol/SessionController.h"
 #include "tests/update/BskBuilder.h"
 #include "tests/update/FakeLink.h"
 #include "tools/devsim/BootLoader.h"
@@ -80,11 +80,15 @@ private slots:
         const QString name = m_dir->filePath(QStringLiteral("f.bsk"));
         QVERIFY(BskBuilder::write(name, b.build()));
 
-        Device device;
-        device.setResponseInterval(responseMs);
-        QSignalSpy lost(&device, &Device::connectionLost);
+        SessionController session(nullptr);
+        QSignalSpy lost(&session, &SessionController::connectionLost);
         auto *link = new FakeLink;
-        device.setLink(link);
+        session.setLinkFactory([link](const SessionController::Settings &) { return link; });
+        SessionController::Settings settings;
+        settings.identify = false;
+        settings.responseIntervalMs = responseMs;
+        settings.jobRounds = 1;
+        session.connectDevice(settings);
         BootLoader::Options options;
         options.fwBuild = quint8(deviceBuild);
         options.retryMs = 50;
@@ -105,7 +109,7 @@ private slots:
 
         QString errText;
         QTextStream err(&errText);
-        FlashCommand command(&device, name, 600, err);
+        FlashCommand command(&session, name, 600, err);
         command.setQuietTimeoutMs(200);
         command.setPageInterval(responseMs < 1000 ? 1 : 0);
         command.setProgressBar(false);

@@ -53,7 +53,8 @@ QString DevsimOptions::usage() {
         "  --hangup-after N      close the link after N answers (pty: exit; tcp: disconnect the client)\n"
         "  --ignore-writes KEY   answer writes of section KEY (e.g. SystemConfiguration) with status 1\n"
         "                        but keep the old values (repeatable)\n"
-        "  --silent-section KEY  never answer reads of section KEY (repeatable)\n");
+        "  --silent-section KEY  never answer reads of section KEY (repeatable)\n"
+        "  --drop-requests-every N  lose every Nth request on its way in, as if lost on the line\n");
 }
 
 bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
@@ -62,10 +63,25 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
         error = &dummy;
     QCommandLineParser p;
     p.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QString valued[] = {
-        "link",           "tcp",           "imei",          "state",          "password",     "silent-every",
-        "truncate-every", "garbage-every", "latency",       "baud",           "hangup-after", "fw-version",
-        "hw-version",     "corrupt-every", "ignore-writes", "silent-section", "bench",        "appear-every"};
+    const QString valued[] = {"link",
+                              "tcp",
+                              "imei",
+                              "state",
+                              "password",
+                              "silent-every",
+                              "truncate-every",
+                              "garbage-every",
+                              "latency",
+                              "baud",
+                              "hangup-after",
+                              "fw-version",
+                              "hw-version",
+                              "corrupt-every",
+                              "ignore-writes",
+                              "silent-section",
+                              "bench",
+                              "appear-every",
+                              "drop-requests-every"};
     const QString flags[] = {"pty", "blocked", "split", "help"};
     for (const QString &name : valued)
         p.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
@@ -144,6 +160,7 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
         !readCount(p, "truncate-every", &truncateEvery, error) ||
         !readCount(p, "garbage-every", &garbageEvery, error) || !readCount(p, "latency", &latencyMs, error) ||
         !readCount(p, "baud", &baud, error) || !readCount(p, "hangup-after", &hangupAfter, error) ||
+        !readCount(p, "drop-requests-every", &dropRequestsEvery, error) ||
         !readCount(p, "corrupt-every", &corruptEvery, error) || !readCount(p, "bench", &benchCount, error) ||
         !readCount(p, "appear-every", &appearEverySec, error))
         return false;

@@ -21,7 +21,8 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     , m_tracker(new VirtualTracker(this))
     , m_faults(new FaultInjector(faultSettings(options), this))
     , m_inbound(new InboundLine(options.baud, this))
-    , m_statePath(options.statePath) {
+    , m_statePath(options.statePath)
+    , m_dropRequestsEvery(options.dropRequestsEvery) {
     m_clock.start();
     // The device clock is set from the network at start, so it shows the real time.
     m_tracker->model().setStartUnixTime(quint32(QDateTime::currentSecsSinceEpoch()));
@@ -90,6 +91,10 @@ void DevsimSession::onArrived(const QByteArray &bytes) {
     }
     const QList<RequestAssembler::Request> requests = m_assembler.feed(bytes, m_clock.elapsed());
     for (const RequestAssembler::Request &r : requests) {
+        if (m_dropRequestsEvery > 0 && ++m_requests % m_dropRequestsEvery == 0) {
+            qCInfo(lcDevsim) << "request" << m_requests << "lost on the line";
+            continue;
+        }
         for (const QByteArray &frame : m_tracker->handle(r.type, r.payload))
             m_faults->sendAnswer(frame, r.payload.size() + proto::Frame::Overhead);
     }

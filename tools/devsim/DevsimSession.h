@@ -46,4 +46,6 @@ private:
     RequestAssembler m_assembler;
     QElapsedTimer m_clock;
     QString m_statePath;
+    int m_dropRequestsEvery = 0;
+    int m_requests = 0;
 };

@@ -1,0 +1,215 @@
+// The session's state machine against a scripted device behind a fake link: every row starts a session,
+// lets the device behave as the row says and compares what the session reported, in order.
+#include "protocol/SessionController.h"
+#include "tests/protocol/FakeLink.h"
+#include "tests/protocol/SectionsFixture.h"
+
+#include "protocol/Frame.h"
+#include "protocol/UNPParcer.h"
+
+#include <QtTest>
+
+namespace {
+
+// A device in a few lines: a password it asks for, a blocked state, and answers that can go missing.
+class ScriptedLink : public FakeLink {
+    Q_OBJECT
+public:
+    quint32 password = 0;
+    bool loggedIn = false;
+    bool blocked = false;
+    bool silent = false;
+    // Answers every access block of the GSM section with the status of SIM 1 (a stale status on the line).
+    bool echoFirstSim = false;
+    int loginDelayMs = 0;
+    int dataDelayMs = 0;
+    int logins = 0;
+
+    qint64 write(const QByteArray &bytes) override {
+        written << bytes;
+        const quint8 type = quint8(bytes.at(proto::Frame::TypeOffset));
+        QByteArray p = bytes.mid(proto::Frame::PayloadOffset, 4).leftJustified(4, '\0');
+        const bool login = type == proto::CommandPacketType && p.at(0) == 1 && p.at(1) == 1;
+        logins += login ? 1 : 0;
+        if (silent)
+            return bytes.size();
+        quint16 status = UNPParcer::Executed;
+        if (blocked)
+            status = UNPParcer::Blocked;
+        else if (login)
+            status = (loggedIn = bytes.mid(proto::Frame::PayloadOffset + 4, 4) ==
+                                 QByteArray::fromRawData(reinterpret_cast<const char *>(&password), 4))
+                         ? UNPParcer::Executed
+                         : UNPParcer::WrongPassword;
+        else if (password && !loggedIn)
+            status = UNPParcer::AuthorisationNeeded;
+        else if ((quint8(p.at(0)) & 0x80) || (type == proto::CommandPacketType && quint8(p.at(0)) == 0x82)) {
+            const QByteArray answer = proto::Frame::build(type, p + QByteArray(4, '\0'));
+            QTimer::singleShot(dataDelayMs, this, [this, answer] { deliverNow(answer); });
+            return bytes.size();
+        }
+        if (echoFirstSim && p.at(0) == 4 && p.at(1) == 3)
+            p[2] = 0;
+        p[1] = char(quint8(p.at(1)) | 0x80);
+        const QByteArray answer =
+            proto::Frame::build(type, p + QByteArray(1, char(status)) + QByteArray(1, '\0'));
+        QTimer::singleShot(login ? loginDelayMs : 0, this, [this, answer] { deliverNow(answer); });
+        return bytes.size();
+    }
+};
+
+using State = SessionController::State;
+
+} // namespace
+
+class tst_SessionController : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); }
+
+    void session_data() {
+        QTest::addColumn<quint32>("devicePassword");
+        QTest::addColumn<quint32>("startupPassword");
+        QTest::addColumn<QList<quint32>>("typed"); // on each question, in order; none left: give up
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("events");
+        QTest::addColumn<int>("logins");
+        const QList<quint32> none;
+        const QString identified = "Connecting Identifying identified Ready";
+        QTest::newRow("plain") << 0u << 0u << none << "" << QString(identified).split(' ') << 0;
+        // The start-up password goes once, without a question, and the identity read that was refused
+        // before the login is sent again.
+        QTest::newRow("password at start")
+            << 1234u << 1234u << none << ""
+            << QString("Connecting Identifying PasswordRequired accepted Identifying identified Ready")
+                   .split(' ')
+            << 1;
+        QTest::newRow("wrong then right")
+            << 1234u << 1111u << QList<quint32>{1234} << ""
+            << QString(
+                   "Connecting Identifying PasswordRequired rejected asked accepted Identifying identified "
+                   "Ready")
+                   .split(' ')
+            << 2;
+        // A second password typed before the first one's answer: the late refusal of the first means nothing.
+        QTest::newRow("replaced login answer ignored")
+            << 1234u << 0u << QList<quint32>{1111, 1234} << "retype"
+            << QString("Connecting Identifying PasswordRequired asked accepted Identifying identified Ready")
+                   .split(' ')
+            << 2;
+        QTest::newRow("password abandoned")
+            << 1234u << 0u << none << ""
+            << QString("Connecting Identifying PasswordRequired asked job:PasswordAbandoned Disconnected")
+                   .split(' ')
+            << 0;
+        QTest::newRow("blocked") << 0u << 0u << none << "blocked"
+                                 << QString("Connecting Identifying Ready job:Blocked blocked").split(' ')
+                                 << 0;
+        QTest::newRow("link error")
+            << 0u << 0u << none << "error"
+            << QString(identified + " Busy job:LinkLost Lost failed:DeviceGone").split(' ') << 0;
+        QTest::newRow("link closed")
+            << 0u << 0u << none << "closed"
+            << QString(identified + " Busy job:LinkLost Lost failed:LinkClosed").split(' ') << 0;
+        QTest::newRow("four time-outs")
+            << 0u << 0u << none << "silent"
+            << QString(identified + " Busy Lost lost job:LinkLost Disconnected").split(' ') << 0;
+        // A telemetry round is replaced by the full read: none of its requests follows the read's first one.
+        QTest::newRow("read all clears the queue")
+            << 0u << 0u << none << "telemetry"
+            << QString(identified + " job:Cancelled Busy Ready job:Done").split(' ') << 0;
+        // The status of SIM 1's block confirms SIM 1 only, however often it comes.
+        QTest::newRow("status of another block")
+            << 0u << 0u << none << "echo" << QString(identified + " Busy Ready job:Done").split(' ') << 0;
+    }
+
+    void session() {
+        QFETCH(quint32, devicePassword);
+        QFETCH(quint32, startupPassword);
+        QFETCH(QList<quint32>, typed);
+        QFETCH(QString, script);
+        QFETCH(QStringList, events);
+        QFETCH(int, logins);
+
+        auto *cfg = makeConfiguration(this);
+        SessionController session(cfg);
+        auto *link = new ScriptedLink;
+        link->password = devicePassword;
+        link->blocked = script == "blocked";
+        link->echoFirstSim = script == "echo";
+        link->loginDelayMs = script == "retype" ? 10 : 0;
+        link->dataDelayMs = script == "telemetry" ? 5 : 0;
+        session.setLinkFactory([link](const SessionController::Settings &) { return link; });
+        QStringList log;
+        JobResult last;
+        connect(&session, &SessionController::stateChanged, this, [&](State s) {
+            log << QString::fromLatin1(QMetaEnum::fromType<State>().valueToKey(int(s)));
+        });
+        connect(&session, &SessionController::identified, this, [&] { log << "identified"; });
+        connect(&session, &SessionController::passwordAccepted, this, [&] { log << "accepted"; });
+        connect(&session, &SessionController::passwordRejected, this, [&](const QString &text) {
+            QCOMPARE(text, QStringLiteral("....Введен неправильный пароль"));
+            log << "rejected";
+        });
+        connect(&session, &SessionController::passwordRequested, this, [&] {
+            log << "asked";
+            if (typed.isEmpty())
+                return session.abandonLogin();
+            session.submitPassword(typed.takeFirst());
+            if (script == "retype" && !typed.isEmpty())
+                QTimer::singleShot(2, &session, [&] { session.submitPassword(typed.takeFirst()); });
+        });
+        connect(&session, &SessionController::deviceBlocked, this, [&] { log << "blocked"; });
+        connect(&session, &SessionController::connectionLost, this, [&] {
+            log << "lost";
+            session.disconnectDevice();
+        });
+        connect(&session, &SessionController::linkFailed, this, [&](const LinkFailure &f) {
+            log << QStringLiteral("failed:") +
+                       (f.error == LinkError::DeviceGone ? "DeviceGone" : "LinkClosed");
+        });
+        connect(&session, &SessionController::jobFinished, this, [&](const JobResult &r) {
+            static const char *const ends[] = {"Done",          "LinkLost", "Blocked",  "PasswordAbandoned",
+                                               "WrongPassword", "Deadline", "Cancelled"};
+            if (r.kind != JobResult::Kind::Identity || r.end != JobResult::End::Done)
+                log << QStringLiteral("job:") + ends[int(r.end)];
+            last = r;
+        });
+
+        SessionController::Settings settings;
+        settings.portName = "fake";
+        settings.hasPassword = startupPassword != 0;
+        settings.password = startupPassword;
+        settings.responseIntervalMs = 20;
+        settings.jobRounds = 1;
+        session.connectDevice(settings);
+        QTRY_VERIFY(session.state() == State::Ready || session.state() == State::Disconnected);
+        QCOMPARE(link->logins, logins);
+        if (script == "error" || script == "closed" || script == "silent") {
+            link->silent = true;
+            QVERIFY(session.readAll());
+            if (script == "error")
+                emit link->error(Connection::SerialError, 9);
+            else if (script == "closed")
+                emit link->disconnected();
+        } else if (script == "telemetry") {
+            QVERIFY(session.telemetryRound());
+            QTest::qWait(2); // one telemetry request on the line, the rest still queued
+            QVERIFY(session.readAll());
+            const int readStart = link->written.size();
+            QTRY_VERIFY(!session.isJobRunning());
+            for (const QByteArray &frame : link->written.mid(readStart))
+                QVERIFY(quint8(frame.at(proto::Frame::PayloadOffset)) != 0x82);
+        } else if (script == "echo") {
+            QVERIFY(session.writeSection(kd::keys::Gsm));
+            QTRY_VERIFY(!session.isJobRunning());
+            QCOMPARE(last.labels(JobResult::Outcome::Confirmed),
+                     QStringList({"GSM, провайдер SIM1", "GSM, роуминг SIM1", "GSM, роуминг SIM2"}));
+            QCOMPARE(last.labels(JobResult::Outcome::NotAnswered), QStringList{"GSM, провайдер SIM2"});
+        }
+        QTRY_COMPARE(log, events);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SessionController)
+#include "tst_sessioncontroller.moc"
