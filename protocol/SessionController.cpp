@@ -10,6 +10,7 @@
 #include "protocol/UNPProtocol.h"
 
 #include "Devices/SectionKeys.h"
+#include "Devices/SectionTable.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -46,61 +47,35 @@ struct Naming {
     QString key;
 };
 
-Naming nameRequest(JobResult::Kind kind, quint8 type, quint8 code, quint8 op, quint8 param) {
-    using namespace kd::keys;
-    const QString n = QString::number(param + 1);
-    if (type == proto::CommandPacketType) {
-        if (code == proto::code::Telemetry)
-            return {QStringLiteral("телеметрия 0x%1").arg(op, 2, 16, QLatin1Char('0')), ControlInfo};
-        if (code == proto::code::Mode && op == proto::op::ResetOrClear)
+Naming nameRequest(JobResult::Kind kind, const kd::Configuration *cfg, quint8 type, quint8 code, quint8 op,
+                   quint8 param) {
+    if (type == proto::CommandPacketType && code == proto::code::Mode) {
+        if (op == proto::op::ResetOrClear)
             return {kind == JobResult::Kind::Reset ? QStringLiteral("сброс настроек")
                                                    : QStringLiteral("очистка памяти"),
                     {}};
-        if (code == proto::code::Mode && op == proto::op::FirmwareUpdate)
+        if (op == proto::op::FirmwareUpdate)
             return {QStringLiteral("переход к обновлению прошивки"), {}};
-        return {QStringLiteral("выходы"), Output};
     }
-    switch (code) {
-    case proto::code::ReadBit | proto::code::DeviceInfo:
-        return {op == 1 ? QStringLiteral("сведения о приборе") : QStringLiteral("название прибора"),
-                MainDeviceInfo};
-    case proto::code::ReadBit | proto::code::System:
-    case proto::code::System:
-        return {QStringLiteral("системные параметры"), System};
-    case proto::code::ReadBit | proto::code::Navigation:
-    case proto::code::Navigation:
-        return {op == 2 ? QStringLiteral("навигация в движении") : QStringLiteral("навигация на стоянке"),
-                Navigation};
-    case proto::code::ReadBit | proto::code::Gsm:
-        return {op == 3 ? QStringLiteral("GSM, провайдеры") : QStringLiteral("GSM, роуминг"), Gsm};
-    case proto::code::Gsm:
-        return {op == 3 ? QStringLiteral("GSM, провайдер SIM%1").arg(n)
-                        : QStringLiteral("GSM, роуминг SIM%1").arg(n),
-                Gsm};
-    case proto::code::ReadBit | proto::code::Server:
-        return {QStringLiteral("серверы"), Server};
-    case proto::code::Server:
-        return {QStringLiteral("сервер %1").arg(n), Server};
-    case proto::code::ReadBit | proto::code::Analog:
-        return {QStringLiteral("аналоговые входы"), Agc};
-    case proto::code::Analog:
-        return {QStringLiteral("аналоговый вход %1").arg(n), Agc};
-    case proto::code::ReadBit | proto::code::Logic:
-        return {QStringLiteral("логические входы"), Logic};
-    case proto::code::Logic:
-        return {QStringLiteral("логический вход %1").arg(n), Logic};
-    case proto::code::ReadBit | proto::code::Fuel:
-    case proto::code::Fuel:
-        return {QStringLiteral("датчики топлива"), Fuel};
-    case proto::code::ReadBit | proto::code::Outputs:
-        return {QStringLiteral("выходы"), Output};
-    case proto::code::Outputs:
-        return {QStringLiteral("выход %1").arg(n), Output};
-    case proto::code::PasswordChange:
+    if (type == proto::ConfigPacketType && code == proto::code::PasswordChange)
         return {QStringLiteral("смена пароля"), {}};
-    default:
+    if (type == proto::CommandPacketType && code == proto::code::OutputControl)
+        return {QStringLiteral("состояние выходов"), QLatin1String(kd::keys::Output)};
+    const kd::Section *section = kd::sectionByRequestCode(code, type);
+    if (!section)
         return {QStringLiteral("запрос 0x%1/%2").arg(code, 2, 16, QLatin1Char('0')).arg(op), {}};
+    const QString key = QLatin1String(section->key);
+    for (const kd::SectionRequest &r : section->reads) {
+        if (r.code() == code && r.operation() == op)
+            return {r.label, key};
     }
+    if (section->writes && cfg) {
+        for (const kd::SectionRequest &r : section->writes(cfg)) {
+            if (r.code() == code && r.operation() == op && r.parameter() == param)
+                return {r.label, key};
+        }
+    }
+    return {section->displayName, key};
 }
 
 } // namespace
@@ -301,7 +276,7 @@ struct SessionController::Private {
             r.parameter = quint8(payload.at(proto::Frame::ParameterOffset));
             r.expectsData = r.type == proto::ConfigPacketType ? (r.code & proto::code::ReadBit) != 0
                                                               : r.code == proto::code::Telemetry;
-            const Naming naming = nameRequest(kind, r.type, r.code, r.operation, r.parameter);
+            const Naming naming = nameRequest(kind, configuration, r.type, r.code, r.operation, r.parameter);
             r.result.label = naming.label;
             r.result.sectionKey = key.isEmpty() ? naming.key : key;
             job->requests << r;
