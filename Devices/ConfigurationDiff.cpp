@@ -1,5 +1,6 @@
 #include "Devices/ConfigurationDiff.h"
 
+#include "Devices/SectionTable.h"
 #include "Devices/VantorConfiguration.h"
 
 #include <QJsonObject>
@@ -87,9 +88,10 @@ void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool i
 }
 
 QStringList writeAllSections() {
-    return {QLatin1String(keys::Navigation), QLatin1String(keys::Gsm), QLatin1String(keys::Fuel),
-            QLatin1String(keys::System),     QLatin1String(keys::Agc), QLatin1String(keys::Logic),
-            QLatin1String(keys::Server)};
+    QStringList out;
+    for (const Section *s : writeOrder())
+        out << QLatin1String(s->key);
+    return out;
 }
 
 ConfigurationDiff WritePreview::diff() const {
