@@ -1,6 +1,9 @@
 #include "cli/CliSession.h"
 
+#include "cli/ConfigurationCommands.h"
+#include "cli/ConfigurationSource.h"
 #include "cli/DeviceCommand.h"
+#include "cli/DiffCommand.h"
 #include "cli/FirmwareCommands.h"
 #include "cli/InfoCommand.h"
 #include "cli/ReadCommand.h"
@@ -58,6 +61,8 @@ void CliSession::start() {
             return;
         }
     }
+    if (!loadSources())
+        return;
     if (m_options.command == CliOptions::Command::Flash) {
         // The image is checked before the device is touched: a bad file is the file's fault, not the link's.
         FirmwareImage image;
@@ -114,6 +119,30 @@ void CliSession::start() {
     m_session->connectDevice(s);
 }
 
+bool CliSession::loadSources() {
+    if (m_options.command == CliOptions::Command::Write ||
+        m_options.command == CliOptions::Command::Restore) {
+        m_sources.append(std::make_shared<ConfigurationSource>());
+        const int refused = loadWriteSource(m_options, m_sources.last().get(), m_err);
+        if (refused >= 0) {
+            finish(refused);
+            return false;
+        }
+    }
+    if (m_options.command == CliOptions::Command::Diff) {
+        for (const QString &argument : {m_options.diffA, m_options.diffB}) {
+            m_sources.append(std::make_shared<ConfigurationSource>());
+            QString error;
+            if (!ConfigurationSource::load(argument, m_sources.last().get(), &error)) {
+                m_err << QStringLiteral("tavrel-cli: ") << error << '\n';
+                finish(2);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 void CliSession::startCommand() {
     if (m_finished)
         return;
@@ -131,7 +160,18 @@ void CliSession::startCommand() {
         command = new ReadCommand(m_session, m_configuration, deadline, m_options.file, m_out, m_err, this);
         break;
     case CliOptions::Command::Write:
-        command = new WriteCommand(m_session, deadline, m_options.file, m_out, m_err, this);
+    case CliOptions::Command::Restore: {
+        WriteCommand::Choices choices;
+        choices.dryRun = m_options.dryRun;
+        choices.keepDeviceValues = m_options.keepDeviceValues;
+        choices.verify = !m_options.noVerify;
+        command = new WriteCommand(m_session, m_configuration, deadline, *m_sources.at(0), choices, m_out,
+                                   m_err, this);
+        break;
+    }
+    case CliOptions::Command::Diff:
+        command = new DiffCommand(m_session, m_configuration, deadline, *m_sources.at(0), *m_sources.at(1),
+                                  m_out, m_err, this);
         break;
     case CliOptions::Command::Telemetry:
         command = new TelemetryCommand(m_session, m_configuration, deadline, m_options.watch, m_options.raw,

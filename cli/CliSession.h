@@ -4,8 +4,11 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QVector>
+#include <memory>
 
 class DeviceCommand;
+struct ConfigurationSource;
 class QTextStream;
 class SessionController;
 class VantorConfiguration;
@@ -27,6 +30,8 @@ signals:
     void finished(int exitCode);
 
 private:
+    // The files `write`, `restore` and `diff` take, loaded and checked before any device is touched.
+    bool loadSources();
     void startCommand();
     void startFlash();
     void fail(const QString &message);
@@ -38,6 +43,7 @@ private:
     VantorConfiguration *m_configuration = nullptr;
     SessionController *m_session = nullptr;
     QPointer<DeviceCommand> m_command;
+    QVector<std::shared_ptr<ConfigurationSource>> m_sources;
     QPointer<QObject> m_flash;
     bool m_started = false;
     bool m_finished = false;

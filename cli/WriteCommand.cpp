@@ -1,21 +1,136 @@
 #include "cli/WriteCommand.h"
 
+#include "cli/ConfigurationCommands.h"
+
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/SnapshotStore.h"
+#include "Devices/VantorConfiguration.h"
 #include "protocol/SessionController.h"
 
+#include <QDir>
 #include <QTextStream>
 
-WriteCommand::WriteCommand(SessionController *session, int deadlineMs, const QString &file, QTextStream &out,
+WriteCommand::WriteCommand(SessionController *session, VantorConfiguration *configuration, int deadlineMs,
+                           const ConfigurationSource &source, const Choices &choices, QTextStream &out,
                            QTextStream &err, QObject *parent)
     : DeviceCommand(session, deadlineMs, out, err, parent)
-    , m_file(file) {}
+    , m_configuration(configuration)
+    , m_source(source)
+    , m_choices(choices)
+    , m_err(err)
+    , m_device(new VantorConfiguration(this))
+    , m_written(new VantorConfiguration(this)) {}
+
+WriteCommand::~WriteCommand() = default;
+
+QString WriteCommand::sourceName() const {
+    return m_source.kind == ConfigurationSource::Kind::Snapshot
+               ? QStringLiteral("Конфигурация из снимка %1").arg(m_source.path)
+               : QStringLiteral("Конфигурация из %1").arg(m_source.path);
+}
 
 void WriteCommand::run() {
-    session()->writeAll();
+    session()->readIdentity();
 }
 
 void WriteCommand::jobDone(const JobResult &result) {
-    if (failed(result, QStringLiteral("конфигурация записана не полностью")))
+    switch (m_step) {
+    case Step::Identity:
+        if (failed(result, QStringLiteral("прибор не ответил на запрос сведений, ничего не записано")))
+            return;
+        m_step = Step::ReadDevice;
+        session()->readAll();
         return;
-    out() << QStringLiteral("Конфигурация из %1 записана в прибор").arg(m_file) << '\n';
+    case Step::ReadDevice:
+        if (failed(result, QStringLiteral("настройки прибора считаны не полностью, ничего не записано")))
+            return;
+        deviceRead();
+        return;
+    case Step::Write:
+        if (failed(result, QStringLiteral("конфигурация записана не полностью")))
+            return;
+        if (!m_choices.verify) {
+            out() << QStringLiteral("%1 записана в прибор (без проверки чтением)").arg(sourceName()) << '\n';
+            finish(0);
+            return;
+        }
+        m_step = Step::Verify;
+        session()->readAll();
+        return;
+    case Step::Verify:
+        if (failed(result,
+                   QStringLiteral("конфигурация записана, но не подтверждено: прибор не ответил на чтение")))
+            return;
+        verified();
+        return;
+    }
+}
+
+void WriteCommand::deviceRead() {
+    kd::copyFields(*m_device, *m_configuration);
+    VantorConfiguration planned;
+    m_source.fill(planned);
+    kd::WritePreview preview;
+    preview.device = m_device;
+    preview.planned = &planned;
+    preview.sections = kd::writeAllSections();
+    preview.keepDeviceValues = m_choices.keepDeviceValues;
+    if (m_source.kind == ConfigurationSource::Kind::File) {
+        preview.notInFile = kd::fieldsNotInFile(m_source.root, preview.sections);
+        preview.modelWarning = kd::otherModelWarning(m_source.root, *m_device);
+    }
+    const QString imei = m_device->deviceInfo() ? m_device->deviceInfo()->IMEI() : QString();
+    if (m_source.kind == ConfigurationSource::Kind::Snapshot && m_source.snapshot.imei != imei)
+        m_err << QStringLiteral("tavrel-cli: внимание: снимок прибора %1, подключен прибор %2")
+                     .arg(m_source.snapshot.imei, imei)
+              << '\n';
+    if (!preview.modelWarning.isEmpty())
+        m_err << QStringLiteral("tavrel-cli: внимание: ") << preview.modelWarning << '\n';
+    if (!preview.notInFile.isEmpty()) {
+        QStringList paths;
+        for (const kd::ConfigField *f : preview.notInFile)
+            paths << f->path;
+        m_err << (m_choices.keepDeviceValues
+                      ? QStringLiteral("tavrel-cli: параметров нет в файле, остаются значения прибора: ")
+                      : QStringLiteral("tavrel-cli: параметров нет в файле (--keep-device-values оставит "
+                                       "значения прибора): "))
+              << paths.join(QStringLiteral(", ")) << '\n';
+    }
+    preview.apply(*m_written);
+    const kd::ConfigurationDiff diff = preview.diff();
+    printChanges(diff, m_err);
+    m_err << diff.summary() << '\n';
+    if (m_choices.dryRun) {
+        out() << QStringLiteral("Ничего не записано (--dry-run)") << '\n';
+        finish(0);
+        return;
+    }
+
+    kd::Snapshot snapshot = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
+    snapshot.programVersion = QStringLiteral(TAVREL_VERSION);
+    QString error;
+    const QString saved = kd::SnapshotStore().save(snapshot, &error);
+    if (saved.isEmpty()) {
+        fail(QStringLiteral("не удалось сохранить снимок настроек прибора, ничего не записано: %1")
+                 .arg(error));
+        return;
+    }
+    m_err << QStringLiteral("Снимок настроек прибора: %1").arg(QDir::toNativeSeparators(saved)) << '\n';
+    kd::copyFields(*m_configuration, *m_written, false);
+    m_step = Step::Write;
+    session()->writeAll();
+}
+
+void WriteCommand::verified() {
+    const kd::ConfigurationDiff mismatch =
+        kd::ConfigurationDiff::compare(*m_written, *m_configuration, kd::writeAllSections());
+    if (!mismatch.isEmpty()) {
+        for (const QString &line : kd::mismatchLines(mismatch))
+            m_err << QStringLiteral("tavrel-cli: ") << line << '\n';
+        fail(QStringLiteral("конфигурация записана, но не подтверждено: параметров с другим значением: %1")
+                 .arg(mismatch.changes.size()));
+        return;
+    }
+    out() << QStringLiteral("%1 записана в прибор и подтверждена чтением").arg(sourceName()) << '\n';
     finish(0);
 }

@@ -492,6 +492,61 @@ private slots:
         QCOMPARE(lines.constLast(), QStringLiteral("Справка: tavrel-cli --help"));
     }
 
+    // The round trip through a file loses the roaming and the false-speed threshold: the write says so
+    // before anything is sent, keeps the tracker's own values on request, a snapshot taken before a write
+    // restores the tracker exactly, and the read-back catches a tracker that confirms but ignores a write.
+    void safeWrite_previewKeepVerifyRestore() {
+        const QString state = stateCopy(m_dir.filePath("safe-state.json")),
+                      file = m_dir.filePath("safe.json");
+        const QString log = m_dir.filePath("dry-run.log");
+        auto stateNow = [&state] {
+            QFile f(state);
+            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        };
+        Devsim first; // the tracker saves its state in its own layout when it stops
+        QVERIFY(first.start(Pty, {"--state", state}));
+        first.stop();
+        const QByteArray before = stateNow();
+        Devsim sim;
+        QVERIFY(sim.start(Pty, {"--state", state}));
+        Result r = runCli(sim.link() + QStringList{"read", "-o", file});
+        QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
+
+        r = runCli(sim.link() + QStringList{"--log", log, "write", file, "--dry-run"});
+        QVERIFY2(r.exitCode == 0 && r.err.contains("\nnavigation.faultSpeed: 9 -> 0\n") &&
+                     r.err.contains("gsm[0].roaming.forbidden"),
+                 qPrintable(r.describe()));
+        QFile sent(log);
+        QVERIFY(sent.open(QIODevice::ReadOnly));
+        // Requests with bit 7 of the code clear are writes.
+        QVERIFY(
+            !QString::fromUtf8(sent.readAll()).contains(QRegularExpression("Command a5a50[67]00....[0-7]")));
+
+        r = runCli(sim.link() + QStringList{"write", file, "--keep-device-values"});
+        QVERIFY2(r.exitCode == 0 && r.err.contains("Отличий нет") && r.out.contains("подтверждена чтением"),
+                 qPrintable(r.describe()));
+        QCOMPARE(stateNow(), before);
+        r = runCli(sim.link() + QStringList{"write", DataDir + "/write-config.json", "--no-verify"});
+        QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
+        const QString snapshot = r.err.section("Снимок настроек прибора: ", 1).section('\n', 0, 0);
+        r = runCli(sim.link() + QStringList{"restore", snapshot});
+        QVERIFY2(r.exitCode == 0 && r.err.contains("navigation.faultSpeed: 0 -> 9"),
+                 qPrintable(r.describe()));
+        r = runCli(sim.link() + QStringList{"diff", snapshot, "device"});
+        QVERIFY2(r.exitCode == 0 && r.out.isEmpty(), qPrintable(r.describe()));
+        sim.stop();
+        QCOMPARE(stateNow(), before);
+
+        Devsim ignoring;
+        QVERIFY(ignoring.start(Pty, {"--state", stateCopy(state), "--ignore-writes", "SystemConfiguration"}));
+        r = runCli(ignoring.link() + QStringList{"write", DataDir + "/write-config.json"});
+        QVERIFY2(r.exitCode == 1 &&
+                     r.err.contains("tavrel-cli: Система: Чувствительность акселерометра: записано 3, в "
+                                    "приборе 9\n") &&
+                     r.err.contains("не подтверждено"),
+                 qPrintable(r.describe()));
+    }
+
     void faults_sessionSurvives_data() {
         QTest::addColumn<int>("transport");
         QTest::addColumn<QStringList>("faults");
@@ -546,6 +601,15 @@ private slots:
         QTest::newRow("write json array")
             << "write" << QByteArray("[1, 2]") << 2 << "tavrel-cli: Произошла ошибка при открытии файла %1";
         QTest::newRow("write fifo") << "write" << Fifo << 2 << fifo;
+        // Written as is, these would zero the tracker or change values on the way.
+        QTest::newRow("write empty object") << "write" << QByteArray("{}") << 2
+                                            << "tavrel-cli: в файле нет ни одного параметра конфигурации\n";
+        QTest::newRow("write masked value")
+            << "write" << QByteArray(R"({"SystemParameters": {"gsens": 300}})") << 2
+            << "tavrel-cli: SystemParameters.gsens: в файле 300 (вне диапазона, читается как 44), в прибор "
+               "уйдет 12\n";
+        QTest::newRow("restore a configuration file")
+            << "restore" << QByteArray(R"({"navigation": {}})") << 2 << "tavrel-cli: %1 - не снимок настроек";
         QTest::newRow("fwinfo fifo") << "fwinfo" << Fifo << 12 << fifo;
         QTest::newRow("flash fifo") << "flash" << Fifo << 12 << fifo;
         QTest::newRow("fwinfo") << "fwinfo" << small.build() << 0 << "pages 3\n";
