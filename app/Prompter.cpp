@@ -1,6 +1,7 @@
 #include "app/Prompter.h"
 
 #include "app/PasswordDialog.h"
+#include "app/WritePreviewDialog.h"
 
 #include <QFileDialog>
 #include <QInputDialog>
@@ -12,6 +13,14 @@ Prompter::~Prompter() = default;
 bool Prompter::question(QWidget *parent, const QString &title, const QString &text) {
     return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No) ==
            QMessageBox::Yes;
+}
+
+bool Prompter::writePreview(QWidget *parent, const QString &title, const QString &question,
+                            kd::WritePreview *preview) {
+    WritePreviewDialog dialog(title, question, *preview, parent);
+    const bool write = dialog.exec() == QDialog::Accepted;
+    preview->keepDeviceValues = dialog.keepDeviceValues();
+    return write;
 }
 
 Prompter::Answer Prompter::questionWithCancel(QWidget *parent, const QString &title, const QString &text) {

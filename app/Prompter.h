@@ -4,6 +4,10 @@
 
 class QWidget;
 
+namespace kd {
+struct WritePreview;
+}
+
 // Every question, message and file choice of the window goes through one prompter, so that a test can
 // install a scripted one and answer without a modal loop. The default shows the usual Qt boxes.
 class Prompter {
@@ -14,6 +18,10 @@ public:
 
     // Yes/No question; true on Yes.
     virtual bool question(QWidget *parent, const QString &title, const QString &text);
+    // The write confirmation with the changes the write makes (WritePreviewDialog); true to write. The
+    // user's choice to keep the device's values for what the file lacks is set in `preview`.
+    virtual bool writePreview(QWidget *parent, const QString &title, const QString &question,
+                              kd::WritePreview *preview);
     // "Да", "Нет" and "Отмена"; closing the box is Отмена.
     virtual Answer questionWithCancel(QWidget *parent, const QString &title, const QString &text);
     virtual void information(QWidget *parent, const QString &title, const QString &text);
