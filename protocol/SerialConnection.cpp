@@ -2,6 +2,7 @@
 
 #include "protocol/TrafficLog.h"
 
+#include <QFileInfo>
 #include <QSerialPortInfo>
 
 namespace {
@@ -18,6 +19,8 @@ QString hexOrUnknown(bool has, quint16 value) {
 
 // The port's own words for the common cases, the system's text for the rest.
 QString openFailure(const QSerialPort &port) {
+    if (QFileInfo(port.portName()).isDir())
+        return QStringLiteral("это папка, а не порт");
     switch (port.error()) {
     case QSerialPort::DeviceNotFoundError:
         return QStringLiteral("нет такого порта");
