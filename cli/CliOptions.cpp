@@ -37,6 +37,7 @@ const QHash<QString, CommandInfo> &commands() {
         {QStringLiteral("decode"), {CliOptions::Command::Decode, 0}},
         {QStringLiteral("fwinfo"), {CliOptions::Command::FwInfo, 0}},
         {QStringLiteral("flash"), {CliOptions::Command::Flash, 120000}},
+        {QStringLiteral("batch"), {CliOptions::Command::Batch, 0}},
         {QStringLiteral("help"), {CliOptions::Command::Help, 0}},
     };
     return table;
@@ -46,7 +47,9 @@ const QStringList &valueOptions() {
     static const QStringList list{
         QStringLiteral("--port"),     QStringLiteral("--remote"),        QStringLiteral("--imei"),
         QStringLiteral("--password"), QStringLiteral("--password-file"), QStringLiteral("--log"),
-        QStringLiteral("--timeout"),  QStringLiteral("--output"),        QStringLiteral("-o")};
+        QStringLiteral("--timeout"),  QStringLiteral("--output"),        QStringLiteral("-o"),
+        QStringLiteral("--template"), QStringLiteral("--overrides"),     QStringLiteral("--flash"),
+        QStringLiteral("--ports"),    QStringLiteral("--report"),        QStringLiteral("--wait")};
     return list;
 }
 
@@ -102,6 +105,7 @@ bool CliOptions::needsDevice() const {
     case Command::ClearMemory:
     case Command::SetPassword:
     case Command::Flash:
+    case Command::Batch:
         return true;
     case Command::Diff:
         return diffA == QLatin1String("device") || diffB == QLatin1String("device");
@@ -185,10 +189,25 @@ QString CliOptions::parse(const QStringList &argv) {
                 if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > 86400)
                     return QStringLiteral("время ожидания %1 не число секунд больше нуля").arg(quoted(value));
                 timeoutMs = qMax(1, int(std::lround(seconds * 1000)));
-            } else {
+            } else if (arg == QLatin1String("--wait")) {
+                bool ok = false;
+                const double seconds = value.toDouble(&ok);
+                if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > 86400)
+                    return QStringLiteral("время ожидания %1 не число секунд больше нуля").arg(quoted(value));
+                waitMs = qMax(1, int(std::lround(seconds * 1000)));
+            } else if (arg == QLatin1String("--output") || arg == QLatin1String("-o")) {
                 output = value;
                 outputGiven = true;
                 commandFlags << QStringLiteral("-o");
+            } else {
+                // The batch's files and ports.
+                QString *target = arg == QLatin1String("--template")    ? &templateFile
+                                  : arg == QLatin1String("--overrides") ? &overridesFile
+                                  : arg == QLatin1String("--flash")     ? &flashFile
+                                  : arg == QLatin1String("--ports")     ? &ports
+                                                                        : &reportFile;
+                *target = value;
+                commandFlags << arg;
             }
             continue;
         }
@@ -210,6 +229,10 @@ QString CliOptions::parse(const QStringList &argv) {
             noVerify = true;
         else if (arg == QLatin1String("--force"))
             force = true;
+        else if (arg == QLatin1String("--wait-new"))
+            waitNew = true;
+        else if (arg == QLatin1String("--reconnect"))
+            reconnect = true;
         else
             return QStringLiteral("неизвестный параметр %1").arg(quoted(arg));
         commandFlags << arg;
@@ -240,6 +263,15 @@ QString CliOptions::parse(const QStringList &argv) {
         allowedFlags << QStringLiteral("--dry-run") << QStringLiteral("--keep-device-values")
                      << QStringLiteral("--no-verify") << QStringLiteral("--force");
         break;
+    case Command::Batch:
+        allowedFlags << QStringLiteral("--template") << QStringLiteral("--overrides")
+                     << QStringLiteral("--flash") << QStringLiteral("--ports") << QStringLiteral("--report")
+                     << QStringLiteral("--wait-new");
+        break;
+    case Command::Reset:
+    case Command::Flash:
+        allowedFlags << QStringLiteral("--reconnect");
+        break;
     default:
         break;
     }
@@ -256,6 +288,8 @@ QString CliOptions::parse(const QStringList &argv) {
         return QStringLiteral("для --remote нужен --imei");
     if (!imei.isEmpty() && !isRemote())
         return QStringLiteral("--imei используется только вместе с --remote");
+    if (waitMs > 0 && (!needsDevice() || isRemote() || command == Command::Batch))
+        return QStringLiteral("--wait относится к командам с прибором на USB или порту");
 
     auto expectArguments = [this](int count, const QString &what) -> QString {
         if (arguments.size() < count)
@@ -299,6 +333,13 @@ QString CliOptions::parse(const QStringList &argv) {
         if (error.isEmpty() && !parseUnsigned32(arguments.constFirst(), &newPassword))
             error =
                 QStringLiteral("пароль %1 не число от 0 до 4294967295").arg(quoted(arguments.constFirst()));
+        break;
+    case Command::Batch:
+        if (templateFile.isEmpty() || reportFile.isEmpty())
+            return QStringLiteral("команде batch нужны --template ФАЙЛ.json и --report ФАЙЛ.csv");
+        if (!port.isEmpty() || isRemote())
+            return QStringLiteral("batch выбирает порты параметром --ports");
+        error = expectArguments(0, QString());
         break;
     case Command::Decode:
         if (arguments.isEmpty())
@@ -398,7 +439,18 @@ QString CliOptions::usage() {
         "  decode HEX...            разобрать кадр из журнала обмена (без прибора)\n"
         "  fwinfo ФАЙЛ.bsk          сведения о файле прошивки\n"
         "  flash ФАЙЛ.bsk           обновить прошивку прибора\n"
+        "  batch --template ФАЙЛ.json --report ОТЧЕТ.csv [--overrides ПРИБОРЫ.csv] [--flash ФАЙЛ.bsk]\n"
+        "        [--ports all|ПОРТ,ШАБЛОН...] [--wait-new]\n"
+        "                           запрограммировать все приборы сразу: прошить, записать, проверить\n"
+        "                           чтением; ПРИБОРЫ.csv - строка на прибор по IMEI, столбцы - ключи\n"
+        "                           файла (Server[0].server, gsm[0].gprs 1.apn); --ports - порты\n"
+        "                           и шаблоны (/tmp/bench-*), иначе приборы по USB; --wait-new - ждать\n"
+        "                           новые приборы до Ctrl+C, каждый программируется один раз\n"
+        "\n"
+        "  --wait С                 ждать появления прибора до С секунд\n"
+        "  --reconnect              после reset и flash дождаться прибора и показать сведения о нем\n"
         "\n"
         "Код завершения: 0 - выполнено, 1 - ошибка прибора или связи, 2 - неверный вызов,\n"
-        "10 и больше - файл прошивки не читается (fwinfo, flash).\n");
+        "10 и больше - файл прошивки не читается (fwinfo, flash); batch - 0, только если все приборы\n"
+        "запрограммированы и проверены.\n");
 }

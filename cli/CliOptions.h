@@ -22,6 +22,7 @@ struct CliOptions {
         Decode,
         FwInfo,
         Flash,
+        Batch,
         Help,
         Version
     };
@@ -57,6 +58,19 @@ struct CliOptions {
     QString diffA; // diff: a file, a snapshot or "device"
     QString diffB;
     QString imeiArgument; // history IMEI
+
+    // batch: the template, the per-device values, the firmware, which ports, the report; wait-new stays
+    // on the bench until Ctrl+C.
+    QString templateFile;
+    QString overridesFile;
+    QString flashFile;
+    QString ports; // "all" or ports and patterns separated by commas
+    QString reportFile;
+    bool waitNew = false;
+    // --wait S: a device command waits up to S seconds for the tracker to appear; --reconnect: after reset
+    // and flash, wait for the tracker to come back and show who it is.
+    int waitMs = 0;
+    bool reconnect = false;
 
     bool isRemote() const { return !remoteHost.isEmpty(); }
     bool needsDevice() const;

@@ -14,16 +14,23 @@
 #include "Devices/ConfigurationFile.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Device.h"
+#include "protocol/PortWatcher.h"
 #include "protocol/SessionController.h"
 #include "update/FirmwareImage.h"
 
+#include <QElapsedTimer>
 #include <QTextStream>
+#include <QTimer>
 
 namespace {
 
 // How long the session waits for one answer before it moves on: a device on the cable answers within
 // milliseconds, one behind the configuration server may take seconds. Short deadlines shorten it so
 // that a dropped answer is asked for again well before the command gives up.
+// How long --reconnect waits for a restarting device when --wait does not say.
+constexpr int DefaultReconnectMs = 60000;
+constexpr int ReconnectIntervalMs = 1000;
+
 int responseIntervalFor(bool remote, int deadlineMs) {
     const int base = remote ? Device::DefaultResponseInterval : 1000;
     if (deadlineMs <= 0)
@@ -74,6 +81,30 @@ void CliSession::start() {
         }
     }
 
+    if (m_options.waitMs > 0 && !m_options.isRemote()) {
+        // The tracker may not be plugged in yet: look for its port once a second until --wait runs out.
+        m_waitForPort = new PortWatcher(PortSelection::parse(m_options.port), this);
+        m_waitDeadline = new QTimer(this);
+        m_waitDeadline->setSingleShot(true);
+        connect(m_waitDeadline, &QTimer::timeout, this, [this] {
+            m_waitForPort->stop();
+            fail(QStringLiteral("Нет подключенных приборов (ждали %1 с)").arg(m_options.waitMs / 1000.0));
+        });
+        connect(m_waitForPort, &PortWatcher::appeared, this, [this] {
+            if (!m_waitForPort->isActive())
+                return;
+            m_waitForPort->stop();
+            m_waitDeadline->stop();
+            connectSession();
+        });
+        m_waitDeadline->start(m_options.waitMs);
+        m_waitForPort->start();
+        return;
+    }
+    connectSession();
+}
+
+void CliSession::connectSession() {
     SessionController::Settings s;
     s.remote = m_options.isRemote();
     s.portName = m_options.port;
@@ -89,6 +120,13 @@ void CliSession::start() {
     s.jobRounds = 0;
 
     m_session = new SessionController(m_configuration, this);
+    connect(m_session, &SessionController::identified, this, [this] {
+        if (!m_reconnecting)
+            return;
+        stopReconnecting();
+        m_out << InfoCommand::identityLines(*m_configuration->deviceInfo()).join(QLatin1Char('\n')) << '\n';
+        finish(0);
+    });
     connect(m_session, &SessionController::stateChanged, this, [this](SessionController::State state) {
         if (state == SessionController::State::Ready && !m_started) {
             m_started = true;
@@ -96,6 +134,8 @@ void CliSession::start() {
         }
     });
     connect(m_session, &SessionController::linkFailed, this, [this](const LinkFailure &failure) {
+        if (m_reconnecting)
+            return; // not back yet: the next tick asks again
         QString text = linkErrorText(failure);
         if (failure.error == LinkError::SeveralDevices)
             text = text.simplified() + QStringLiteral(" (или укажите --port)");
@@ -103,6 +143,10 @@ void CliSession::start() {
     });
     // The device stopped answering: give up at once, the job says what it had done by then.
     connect(m_session, &SessionController::connectionLost, this, [this] {
+        if (m_reconnecting) {
+            m_session->disconnectDevice();
+            return;
+        }
         const QString text = linkErrorText(m_session->lastFailure());
         m_session->disconnectDevice();
         fail(text);
@@ -141,6 +185,30 @@ bool CliSession::loadSources() {
         }
     }
     return true;
+}
+
+void CliSession::startReconnect() {
+    m_reconnecting = true;
+    m_session->disconnectDevice();
+    m_err << QStringLiteral("Ожидание прибора после перезапуска...") << '\n';
+    m_err.flush();
+    const int limitMs = m_options.waitMs > 0 ? m_options.waitMs : DefaultReconnectMs;
+    m_reconnectTick = new QTimer(this);
+    m_reconnectTick->setInterval(ReconnectIntervalMs);
+    QElapsedTimer waited;
+    waited.start();
+    connect(m_reconnectTick, &QTimer::timeout, this, [this, waited, limitMs] {
+        if (waited.elapsed() >= limitMs) {
+            fail(QStringLiteral("прибор не вернулся за %1 с").arg(limitMs / 1000.0));
+            return;
+        }
+        SessionController::Settings s = m_session->settings();
+        s.identify = true;
+        s.connectTimeoutMs = ReconnectIntervalMs;
+        s.jobDeadlineMs = ReconnectIntervalMs;
+        m_session->connectDevice(s);
+    });
+    m_reconnectTick->start();
 }
 
 void CliSession::startCommand() {
@@ -209,23 +277,37 @@ void CliSession::startFlash() {
 void CliSession::interrupt() {
     if (m_finished)
         return;
+    stopReconnecting();
     const bool watching = m_options.command == CliOptions::Command::Telemetry && m_options.watch;
     if (!watching)
         m_err << QStringLiteral("tavrel-cli: прервано") << '\n';
     finish(watching ? 0 : 1);
 }
 
+void CliSession::stopReconnecting() {
+    m_reconnecting = false;
+    if (m_reconnectTick)
+        m_reconnectTick->stop();
+}
+
 void CliSession::fail(const QString &message) {
     if (m_finished)
         return;
+    stopReconnecting();
     m_err << QStringLiteral("tavrel-cli: ") << message << '\n';
     m_err.flush();
     finish(1);
 }
 
 void CliSession::finish(int exitCode) {
-    if (m_finished)
+    if (m_finished || m_reconnecting)
         return;
+    const bool restarts =
+        m_options.command == CliOptions::Command::Reset || m_options.command == CliOptions::Command::Flash;
+    if (exitCode == 0 && m_options.reconnect && restarts && !m_reconnectTick) {
+        startReconnect();
+        return;
+    }
     m_finished = true;
     if (m_command)
         m_command->cancel(exitCode);

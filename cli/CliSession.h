@@ -9,7 +9,9 @@
 
 class DeviceCommand;
 struct ConfigurationSource;
+class PortWatcher;
 class QTextStream;
+class QTimer;
 class SessionController;
 class VantorConfiguration;
 
@@ -32,6 +34,10 @@ signals:
 private:
     // The files `write`, `restore` and `diff` take, loaded and checked before any device is touched.
     bool loadSources();
+    void connectSession();
+    // --reconnect: the device restarts after reset or flash; asked again every second until it answers.
+    void startReconnect();
+    void stopReconnecting();
     void startCommand();
     void startFlash();
     void fail(const QString &message);
@@ -45,6 +51,10 @@ private:
     QPointer<DeviceCommand> m_command;
     QVector<std::shared_ptr<ConfigurationSource>> m_sources;
     QPointer<QObject> m_flash;
+    PortWatcher *m_waitForPort = nullptr;
+    QTimer *m_waitDeadline = nullptr;
+    QTimer *m_reconnectTick = nullptr;
+    bool m_reconnecting = false;
     bool m_started = false;
     bool m_finished = false;
 };

@@ -1,3 +1,4 @@
+#include "cli/BatchCommand.h"
 #include "cli/CliOptions.h"
 #include "cli/CliSession.h"
 #include "cli/ConfigurationCommands.h"
@@ -59,6 +60,41 @@ int decode(const CliOptions &options, QTextStream &out, QTextStream &err) {
     return ExitOk;
 }
 
+// Runs a command on the event loop until it finishes; Ctrl+C and SIGTERM reach its interrupt().
+template <class Command>
+int runUntilFinished(QCoreApplication &app, Command &command) {
+    QObject::connect(&command, &Command::finished, &app, &QCoreApplication::exit, Qt::QueuedConnection);
+#ifdef Q_OS_UNIX
+    QSocketNotifier *notifier = nullptr;
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
+        notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
+        QObject::connect(notifier, &QSocketNotifier::activated, &command, [&command] {
+            char byte = 0;
+            [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
+            command.interrupt();
+        });
+        struct sigaction action = {};
+        action.sa_handler = onSignal;
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = SA_RESTART;
+        ::sigaction(SIGINT, &action, nullptr);
+        ::sigaction(SIGTERM, &action, nullptr);
+    }
+#endif
+    command.start();
+    const int status = app.exec();
+#ifdef Q_OS_UNIX
+    ::signal(SIGINT, SIG_DFL);
+    ::signal(SIGTERM, SIG_DFL);
+    delete notifier;
+    if (signalPipe[0] >= 0) {
+        ::close(signalPipe[0]);
+        ::close(signalPipe[1]);
+    }
+#endif
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char *argv[]) {
@@ -115,6 +151,19 @@ int main(int argc, char *argv[]) {
     case CliOptions::Command::History:
         status = historyCommand(options, out, err);
         break;
+    case CliOptions::Command::Batch: {
+        BatchPlan plan;
+        QString error;
+        if (!BatchCommand::loadPlan(options, &plan, &error)) {
+            err << QStringLiteral("tavrel-cli: ") << error << '\n';
+            status = ExitUsage;
+            break;
+        }
+        BatchCommand batch(plan, PortSelection::parse(options.ports), options.waitNew, options.reportFile,
+                           out, err);
+        status = runUntilFinished(app, batch);
+        break;
+    }
     case CliOptions::Command::Diff:
         if (!options.needsDevice()) {
             status = diffCommand(options, out, err);
@@ -123,36 +172,7 @@ int main(int argc, char *argv[]) {
         Q_FALLTHROUGH();
     default: {
         CliSession session(options, out, err);
-        QObject::connect(&session, &CliSession::finished, &app, &QCoreApplication::exit,
-                         Qt::QueuedConnection);
-#ifdef Q_OS_UNIX
-        QSocketNotifier *notifier = nullptr;
-        if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
-            notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
-            QObject::connect(notifier, &QSocketNotifier::activated, &session, [&session] {
-                char byte = 0;
-                [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
-                session.interrupt();
-            });
-            struct sigaction action = {};
-            action.sa_handler = onSignal;
-            sigemptyset(&action.sa_mask);
-            action.sa_flags = SA_RESTART;
-            ::sigaction(SIGINT, &action, nullptr);
-            ::sigaction(SIGTERM, &action, nullptr);
-        }
-#endif
-        session.start();
-        status = app.exec();
-#ifdef Q_OS_UNIX
-        ::signal(SIGINT, SIG_DFL);
-        ::signal(SIGTERM, SIG_DFL);
-        delete notifier;
-        if (signalPipe[0] >= 0) {
-            ::close(signalPipe[0]);
-            ::close(signalPipe[1]);
-        }
-#endif
+        status = runUntilFinished(app, session);
         break;
     }
     }

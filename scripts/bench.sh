@@ -5,7 +5,7 @@ set -euo pipefail
 build=${1:-build}
 sim="$build/tools/devsim/tavrel-devsim"
 cli="$build/cli/tavrel-cli"
-for exe in "$build/bench/readwrite/bench-readwrite" "$build/bench/flash/bench-flash" "$build/bench/startup/bench_startup"; do
+for exe in "$build/bench/readwrite/bench-readwrite" "$build/bench/flash/bench-flash" "$build/bench/startup/bench_startup" "$build/bench/batch/bench-batch"; do
     [ -x "$exe" ] || { echo "bench: $exe is not built" >&2; exit 1; }
 done
 
@@ -17,3 +17,6 @@ echo "== firmware flash, 512 pages at 115200 baud"
 echo
 echo "== window start-up and one minute of 50 ms polling"
 QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "$build/bench/startup/bench_startup" --devsim "$sim"
+echo
+echo "== batch on 1, 4 and 16 trackers at 115200 baud (identify, read, write, read back)"
+"$build/bench/batch/bench-batch" --devsim "$sim" --cli "$cli"

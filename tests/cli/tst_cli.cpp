@@ -314,6 +314,132 @@ private slots:
         QVERIFY(p.readAllStandardError().isEmpty());
     }
 
+    // A bench of three trackers plus one that wants a password nobody gave: each of the three is flashed and
+    // gets its own row of the table (its state file shows it), the fourth fails alone with its reason.
+    void batch_bench_eachTrackerItsOwnValues() {
+        const QString dir = m_dir.filePath("bench");
+        QVERIFY(QDir().mkpath(dir));
+        QProcess bench;
+        bench.start(DevsimBinary,
+                    {"--pty", "--bench", "3", "--link", dir + "/t", "--state", dir + "/s.json"});
+        Devsim locked;
+        QVERIFY(locked.start(Pty, {"--link", dir + "/t-locked", "--password", "5"}));
+        while (bench.waitForReadyRead(5000) && bench.readAll().count('\n') < 3 &&
+               !QFile::exists(dir + "/t-3"))
+            ;
+        QFile csv(dir + "/devices.csv");
+        QVERIFY(csv.open(QIODevice::WriteOnly));
+        csv.write("IMEI;Server[0].server;gsm[1].gprs 2.apn\n");
+        const QStringList imeis{"863071010000013", "863071010000021", "863071010000039"};
+        for (int i = 0; i < 3; ++i)
+            csv.write(QStringLiteral("%1;srv%2.example.ru;apn%2\n").arg(imeis.at(i)).arg(i + 1).toUtf8());
+        csv.close();
+        const QString report = dir + "/report.csv";
+        const Result r =
+            runCli({"batch", "--template", DataDir + "/write-config.json", "--overrides", csv.fileName(),
+                    "--ports", dir + "/t-*", "--report", report, "--timeout", "5", "--flash", m_image});
+        QVERIFY2(r.exitCode == 1 && r.out.count(QStringLiteral(": успешно\n")) == 3 &&
+                     r.out.contains("(" + dir + "/t-locked): ошибка: прибор запросил пароль"),
+                 qPrintable(r.describe()));
+        QFile rows(report);
+        QVERIFY(rows.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(rows.readAll()).split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 5);
+        QVERIFY(lines.constFirst().startsWith("время,порт,IMEI,"));
+        ::kill(pid_t(bench.processId()), SIGTERM);
+        QVERIFY(bench.waitForFinished(5000));
+        for (int i = 0; i < 3; ++i) {
+            QVERIFY2(
+                lines.filter(imeis.at(i) + ",918,918,успешно,").filter(QRegularExpression(",да$")).size() ==
+                    1,
+                qPrintable(lines.join('\n')));
+            const QJsonObject state = readJson(QStringLiteral("%1/s-%2.json").arg(dir).arg(i + 1));
+            const QJsonObject expected = readJson(DataDir + "/write-config.json");
+            QCOMPARE(state.value("Server").toArray().at(0).toObject().value("server").toString(),
+                     QStringLiteral("srv%1.example.ru").arg(i + 1));
+            QCOMPARE(state.value("gsm")
+                         .toArray()
+                         .at(1)
+                         .toObject()
+                         .value("gprs 2")
+                         .toObject()
+                         .value("apn")
+                         .toString(),
+                     QStringLiteral("apn%1").arg(i + 1));
+            QCOMPARE(state.value("SystemParameters"), expected.value("SystemParameters"));
+        }
+    }
+
+    // The service bench: trackers plugged in one after another are programmed as they come; one that
+    // comes back (same IMEI) is not programmed again; Ctrl+C ends the run with the report of each.
+    void batch_waitNew_programsEachNewTrackerOnce() {
+        const QString dir = m_dir.filePath("waitnew");
+        QVERIFY(QDir().mkpath(dir));
+        Devsim solo;
+        QVERIFY(solo.start(Pty, {"--link", dir + "/solo"}));
+        QProcess cli;
+        cli.start(CliBinary, {"batch", "--template", DataDir + "/write-config.json", "--ports",
+                              dir + "/b-*," + dir + "/solo", "--wait-new", "--report", dir + "/report.csv"});
+        QProcess bench;
+        bench.start(DevsimBinary, {"--pty", "--bench", "1", "--appear-every", "1", "--link", dir + "/b"});
+        QString out, err;
+        QElapsedTimer clock;
+        clock.start();
+        bool replugged = false;
+        while (out.count('\n') < 3 && clock.elapsed() < 15000 && cli.waitForStarted(5000)) {
+            cli.waitForReadyRead(200);
+            out += QString::fromUtf8(cli.readAllStandardOutput());
+            err += QString::fromUtf8(cli.readAllStandardError());
+            if (!replugged && out.contains(DeviceImei)) {
+                // The same tracker pulled out and plugged in again.
+                solo.stop();
+                QTest::qWait(1500);
+                QVERIFY(solo.start(Pty, {"--link", dir + "/solo"}));
+                replugged = true;
+            }
+        }
+        while (!err.contains(QStringLiteral("уже запрограммирован")) && clock.elapsed() < 15000) {
+            cli.waitForReadyRead(200);
+            err += QString::fromUtf8(cli.readAllStandardError());
+        }
+        ::kill(pid_t(cli.processId()), SIGINT);
+        QVERIFY(cli.waitForFinished(5000) && cli.exitStatus() == QProcess::NormalExit);
+        out += QString::fromUtf8(cli.readAllStandardOutput());
+        ::kill(pid_t(bench.processId()), SIGTERM);
+        bench.waitForFinished(5000);
+        QVERIFY2(err.contains(DeviceImei + " (" + dir + "/solo): уже запрограммирован"), qPrintable(err));
+        QCOMPARE(out.count(DeviceImei), 1);
+        QVERIFY2(out.contains("863071010000013 (" + dir + "/b-1): успешно") &&
+                     out.contains("863071010000021 (" + dir + "/b-2): успешно"),
+                 qPrintable(out));
+        QFile report(dir + "/report.csv");
+        QVERIFY(report.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(report.readAll()).count('\n'), out.count('\n') + 1);
+        QCOMPARE(cli.exitCode(), 0);
+    }
+
+    // --wait: the command is started before the tracker is plugged in; --reconnect: after the flash the
+    // tracker starts again and is shown once it answers.
+    void waitAndReconnect_followTheTrackerComingAndGoing() {
+        const QString link = m_dir.filePath("late");
+        QProcess cli;
+        cli.start(CliBinary, {"--port", link, "--wait", "10", "info"});
+        QVERIFY(cli.waitForStarted(5000));
+        Devsim sim;
+        QVERIFY(!cli.waitForFinished(300) && sim.start(Pty, {"--link", link}));
+        QVERIFY(cli.waitForFinished(10000));
+        QVERIFY2(cli.exitCode() == 0 && cli.readAllStandardOutput().contains(DeviceImei.toUtf8()),
+                 cli.readAllStandardError().constData());
+
+        Result r = runCli({"--port", link, "flash", m_image, "--reconnect"});
+        QVERIFY2(r.exitCode == 0 && r.out.contains("IMEI: " + DeviceImei) &&
+                     r.err.contains("Обновление завершено."),
+                 qPrintable(r.describe()));
+        sim.stop();
+        r = runCli({"--port", link, "--wait", "1.2", "info"});
+        QVERIFY2(r.exitCode == 1 && r.err.contains("Нет подключенных приборов"), qPrintable(r.describe()));
+    }
+
     // One fresh tracker per row: once logged in, the device does not ask again. "%out" is a file that
     // already holds the user's data, "%image" a firmware image, "%pwfile" a file holding "1234";
     // "TAVREL_PASSWORD=N" goes to the environment and "<N" to stdin instead of the arguments. Exit 0:
@@ -492,6 +618,8 @@ private slots:
             << QStringList{"--password", "1", "--password-file", "p.txt", "info"};
         QTest::newRow("password file missing") << QStringList{"--password-file", "no-such-file", "info"};
         QTest::newRow("remote without imei") << QStringList{"--remote", "127.0.0.1:9", "info"};
+        QTest::newRow("batch without report") << QStringList{"batch", "--template", "t.json"};
+        QTest::newRow("reconnect after info") << QStringList{"info", "--reconnect"};
         QTest::newRow("option without value") << QStringList{"info", "--port"};
         QTest::newRow("decode not hex") << QStringList{"decode", "a5zz"};
         QTest::newRow("decode masked login")

@@ -16,6 +16,7 @@ namespace {
 // The type allocation code and the first serial digits of the default virtual tracker.
 constexpr char ImeiPrefix[] = "86307101";
 constexpr int ImeiSerialDigits = 6;
+constexpr int SaveDelayMs = 300;
 
 } // namespace
 
@@ -88,6 +89,7 @@ bool DevsimBench::addTracker(QString *error) {
 
     auto *link = new PtyLink(options.linkPath, this);
     auto *session = new DevsimSession(options, link, this);
+    session->setSaveDelay(SaveDelayMs);
     // A state file of an earlier run keeps its own IMEI.
     session->tracker()->configuration()->deviceInfo()->setIMEI(imei(n));
     if (!session->loadState(error) || !link->start(error)) {

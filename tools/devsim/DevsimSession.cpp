@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
+#include <QTimer>
 
 DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObject *parent)
     : QObject(parent)
@@ -40,7 +41,12 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     connect(m_link, &SimLink::finished, this, &DevsimSession::finished);
     connect(m_faults, &FaultInjector::write, m_link, &SimLink::write);
     connect(m_faults, &FaultInjector::hangUp, m_link, &SimLink::hangUp);
-    connect(m_tracker, &VirtualTracker::stateChanged, this, [this] { saveState(); });
+    connect(m_tracker, &VirtualTracker::stateChanged, this, [this] {
+        if (m_saveTimer)
+            m_saveTimer->start();
+        else
+            saveState();
+    });
     connect(m_tracker, &VirtualTracker::firmwareUpdateRequested, this,
             &DevsimSession::onFirmwareUpdateRequested);
 
@@ -105,6 +111,17 @@ void DevsimSession::onFirmwareUpdateRequested() {
     m_assembler.clear();
     // The answer is already queued in the fault layer; the loader's first request follows it on the line.
     QMetaObject::invokeMethod(m_bootLoader, &BootLoader::start, Qt::QueuedConnection);
+}
+
+void DevsimSession::setSaveDelay(int ms) {
+    delete m_saveTimer;
+    m_saveTimer = nullptr;
+    if (ms <= 0)
+        return;
+    m_saveTimer = new QTimer(this);
+    m_saveTimer->setSingleShot(true);
+    m_saveTimer->setInterval(ms);
+    connect(m_saveTimer, &QTimer::timeout, this, [this] { saveState(); });
 }
 
 bool DevsimSession::loadState(QString *error) {

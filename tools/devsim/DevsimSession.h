@@ -8,6 +8,7 @@
 #include <QString>
 
 class BootLoader;
+class QTimer;
 class InboundLine;
 class SimLink;
 class VirtualTracker;
@@ -27,6 +28,9 @@ public:
     bool saveState(QString *error = nullptr);
 
     VirtualTracker *tracker() const { return m_tracker; }
+    // Saves after each change only once the changes have paused for `ms` (0: at once). Trackers of a
+    // bench share one process, where each one's disk flush would hold up the exchanges of all the others.
+    void setSaveDelay(int ms);
     static FaultInjector::Settings faultSettings(const DevsimOptions &options);
 
 signals:
@@ -48,4 +52,5 @@ private:
     QString m_statePath;
     int m_dropRequestsEvery = 0;
     int m_requests = 0;
+    QTimer *m_saveTimer = nullptr;
 };

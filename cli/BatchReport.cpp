@@ -1,0 +1,67 @@
+#include "cli/BatchReport.h"
+
+#include <QSaveFile>
+
+namespace {
+
+QString cell(const QString &text) {
+    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
+        !text.contains(QLatin1Char('\n')))
+        return text;
+    QString quoted = text;
+    quoted.replace(QLatin1Char('"'), QLatin1String("\"\""));
+    return QLatin1Char('"') + quoted + QLatin1Char('"');
+}
+
+QString checkText(BatchRow::Check check) {
+    switch (check) {
+    case BatchRow::Check::Passed:
+        return QStringLiteral("да");
+    case BatchRow::Check::Failed:
+        return QStringLiteral("нет");
+    case BatchRow::Check::NotDone:
+        break;
+    }
+    return QStringLiteral("не проводилась");
+}
+
+} // namespace
+
+QString BatchRow::resultText() const {
+    return passed ? QStringLiteral("успешно") : QStringLiteral("ошибка: %1").arg(failure);
+}
+
+QString BatchRow::line() const {
+    return QStringLiteral("%1 (%2): %3")
+        .arg(imei.isEmpty() ? QStringLiteral("IMEI неизвестен") : imei, port, resultText());
+}
+
+QString BatchReport::header() {
+    return QStringLiteral("время,порт,IMEI,прошивка до,прошивка после,результат,отличались разделы,проверка");
+}
+
+QString BatchReport::csvLine(const BatchRow &row) {
+    return QStringList{row.time.toString(Qt::ISODate),
+                       cell(row.port),
+                       row.imei,
+                       row.firmwareBefore,
+                       row.firmwareAfter,
+                       cell(row.resultText()),
+                       cell(row.differed.join(QLatin1Char(' '))),
+                       checkText(row.verification)}
+        .join(QLatin1Char(','));
+}
+
+bool BatchReport::save(const QString &path, const QVector<BatchRow> &rows, QString *error) {
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        QString text = header() + QLatin1Char('\n');
+        for (const BatchRow &row : rows)
+            text += csvLine(row) + QLatin1Char('\n');
+        file.write(text.toUtf8());
+        if (file.commit())
+            return true;
+    }
+    *error = QStringLiteral("не удалось записать отчет %1: %2").arg(path, file.errorString());
+    return false;
+}
