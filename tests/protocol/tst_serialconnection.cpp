@@ -1,5 +1,9 @@
 #include "tests/protocol/LogCapture.h"
 
+#include "tests/protocol/FakeLink.h"
+
+#include "Devices/VantorConfiguration.h"
+#include "protocol/ConnectionWatcher.h"
 #include "protocol/PortWatcher.h"
 #include "protocol/SerialConnection.h"
 
@@ -121,6 +125,57 @@ private slots:
         watcher.poll();
         QCOMPARE(disappeared.count(), present.size());
         QVERIFY(watcher.ports().isEmpty());
+    }
+
+    // The tracker on a named port: pulled out and plugged in again, then restarting after a reset; the
+    // port is a file here, the link a stand-in that is up as soon as it is opened.
+    void connectionWatcher_followsTheTracker() {
+        QTemporaryDir dir;
+        const QString port = dir.filePath("tracker");
+        QVERIFY(QFile(port).open(QIODevice::WriteOnly));
+        VantorConfiguration cfg;
+        SessionController session(&cfg);
+        QList<FakeLink *> links;
+        session.setLinkFactory([&links](const SessionController::Settings &) {
+            links << new FakeLink;
+            return links.last();
+        });
+        ConnectionWatcher watcher(&session);
+        SessionController::Settings settings;
+        settings.portName = port;
+        settings.identify = false;
+        watcher.setSettings(settings);
+        watcher.setInterval(10);
+        QSignalSpy finished(&watcher, &ConnectionWatcher::waitingFinished);
+
+        watcher.startWatching();
+        QCOMPARE(session.state(), SessionController::State::Ready);
+        emit links.last()->disconnected();
+        QVERIFY(session.state() == SessionController::State::Lost);
+        QFile::remove(port);
+        QTest::qWait(30);
+        QCOMPARE(links.size(), 1); // a port that is gone is not tried
+        QVERIFY(QFile(port).open(QIODevice::WriteOnly));
+        QTRY_COMPARE(session.state(), SessionController::State::Ready);
+        QCOMPARE(links.size(), 2);
+
+        watcher.expectRestart();
+        QVERIFY(watcher.isWaiting() && session.state() == SessionController::State::Disconnected);
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(finished.takeFirst().at(0).toBool(), true);
+        QCOMPARE(session.state(), SessionController::State::Ready);
+
+        // Not back within the limit, or the user stops waiting: the session stays closed.
+        watcher.stopWatching();
+        QFile::remove(port);
+        watcher.setReturnLimit(50);
+        watcher.expectRestart();
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(finished.takeFirst().at(0).toBool(), false);
+        watcher.expectRestart();
+        watcher.cancelWaiting();
+        QCOMPARE(finished.count(), 1);
+        QVERIFY(!watcher.isWaiting() && session.state() == SessionController::State::Disconnected);
     }
 
     void recordShowsUnknownFields() {
