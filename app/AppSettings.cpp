@@ -251,3 +251,15 @@ quint32 AppSettings::telemetryPeriod(int connectionType, int telemetryRow) {
         return 0;
     return periodByRow[telemetryRow];
 }
+
+SessionController::Settings AppSettings::sessionSettings(bool remote, const QString &portOverride) const {
+    SessionController::Settings s;
+    s.remote = remote;
+    s.portName = portOverride.isEmpty() ? portName() : portOverride;
+    s.host = serverAddress();
+    s.port = quint16(serverPort());
+    s.imei = serialNumber();
+    s.hasPassword = passWord() != 0;
+    s.password = quint32(passWord());
+    return s;
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/SessionController.h"
+
 #include <QSerialPort>
 #include <QSettings>
 #include <QString>
@@ -135,6 +137,10 @@ public:
     bool deviceLogToFile() const;
 
     Record record() const;
+    // What the session needs to connect: the link of the connection type (a serial port given on the
+    // command line before the stored one; none stored: detection by USB identifiers) and the start-up
+    // password, sent once when the device asks.
+    SessionController::Settings sessionSettings(bool remote, const QString &portOverride) const;
     // Writes every stored field of the record (the serial line settings are not stored).
     void writeRecord(const Record &r);
 

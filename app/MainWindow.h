@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/SessionController.h"
+
 #include <QMainWindow>
 #include <QPointer>
 #include <QTime>
@@ -8,31 +10,29 @@
 #include <memory>
 
 class Connection;
+class ConfigurationFiles;
+class ConnectionIndicators;
 class ConnectionWaitDlg;
-class Device;
-class DeviceWorkflows;
-class FirmwareUpdater;
+class FirmwareUpdateFlow;
 class ProgramUpdatePage;
 class Prompter;
 class QDialog;
 class QListWidgetItem;
 class QPushButton;
-class QTabWidget;
-class QTIFWUpdater;
 class QTimer;
 class SettingsPageBase;
+class SettingsPages;
 class SettingsStatePage;
-class StatusNotifier;
+class UpdateChecks;
 class VantorConfiguration;
-struct ComponentInformation;
 
 namespace Ui {
 class MainWindow;
 }
 
 // The configurator's window: page list, menus, status-bar indicators and the telemetry timer. The
-// device session (queue, response timer, parser) and the workflows live below it; the window asks the
-// user, wires their signals to the pages and turns failures into messages.
+// device session (link, password, jobs, loss) is the SessionController below it; the window renders its
+// states, asks the user and turns its reports into messages.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -80,20 +80,19 @@ public:
     int connectionType() const { return m_connectionType; }
     quint32 telemetryPeriod() const { return m_telemetryPeriod; }
     QTimer *telemetryTimer() const { return m_telemetryTimer; }
-    QPushButton *connectionTypeButton() const { return m_typeButton; }
-    QPushButton *connectionStateButton() const { return m_stateButton; }
+    QPushButton *connectionTypeButton() const;
+    QPushButton *connectionStateButton() const;
     Prompter *prompter() const { return m_prompter.get(); }
-    Device *device() const { return m_device; }
-    DeviceWorkflows *workflows() const { return m_workflows; }
+    SessionController *session() const { return m_session; }
     VantorConfiguration *configuration() const { return m_configuration; }
     SettingsStatePage *statePage() const { return m_statePage; }
-    ProgramUpdatePage *firmwarePage() const { return m_firmwarePage; }
+    ProgramUpdatePage *firmwarePage() const;
     // The settings page shown for a list row (for the data-transfer row: its current tab).
     SettingsPageBase *settingsPage(int row) const;
     QList<SettingsPageBase *> settingsPages() const;
-    // The waiting dialog of a lost or not yet answering device; null when none is shown.
+    // The waiting dialog of a silent device or of the server; null when none is shown.
     ConnectionWaitDlg *waitDialog() const;
-    bool isIdentified() const { return m_identified; }
+    bool isIdentified() const;
 
     // Reads the stored theme and applies its style sheet to the whole application.
     static void applySkin();
@@ -113,7 +112,7 @@ public slots:
     void readAll();
     void writeAll();
     void applyCurrentPage();
-    // Closes the current link and opens it again (a new link for the connection type).
+    // Closes the current link and opens a new one for the connection type.
     void reconnect();
     void setConnectionType(int type);
     // Shows the page of a list row (as if the user picked it).
@@ -123,92 +122,51 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void setupStatusBar();
     void setupActions();
     void setupPages();
     void setupSession();
-    void setupUpdaters();
-    void readNetworkSettings();
 
-    Connection *createLink();
-    void openLink();
-    void onLinkConnected();
-    void onLinkError(int group, int code);
-    void onDeviceOverflow();
-    void onConnectionLost();
-    void onConnectionRestored();
-    void onWaitCancelled();
-    void showWaitDialog(const QString &text);
-    void closeWaitDialog();
-    void dropConnection();
-
-    void onConfigPackage(int code);
-    void onIdentified();
-    void onDeviceBlocked();
-    void onPasswordRequested();
-    void onPasswordError();
-
-    void updateTelemetryPeriod();
-    void startTelemetry();
-    void setConnectionTypeIndicator(bool connected);
-    void setNotConnected();
-    void setDeviceName(const QString &name);
-    void updateOutputsPage();
-    void updateApplyButton();
-    // Device commands only while a link is up and no firmware transfer runs.
+    // Everything the user sees of the session follows its state.
+    void render();
     void updateDeviceActions();
-    void refreshAllPages();
-    // The unsaved-change prompt of the page shown for a row; true when leaving may proceed.
-    bool confirmLeave(int row);
-    void storeModifiedPages();
-    // Runs `then` once every frame queued now has been written (at once with an empty queue or no link).
-    void whenSent(const std::function<void()> &then);
+    void updateOutputsPage();
+    void updateTelemetryPeriod();
+    void onLinkFailed(const LinkFailure &failure);
+    void onPasswordRequested();
+    void onDeviceBlocked(const QString &powerCycleText);
+    void onJobFinished(const JobResult &result);
+    void onWaitCancelled();
 
-    void showAbout();
-    void showSoftwareVersion();
-    void checkProgramUpdates();
-    void checkDeviceUpdates();
-    // Downloads the current firmware image; `asked`: the user wants to hear the outcome either way.
-    void startDeviceUpdateCheck(bool asked);
-    void onDeviceFirmwareReady();
-    void onUpdateCheckComplete(const QList<ComponentInformation> &components);
-    void showFirmwarePage();
-    void startFirmwareUpdate();
-    void onFirmwareUpdateComplete();
+    // Writes a settings page to the device as one job; false when nothing could be sent.
+    bool writePage(SettingsPageBase *page);
+    // Runs `then` now, or once the running job (a page written on leaving) has ended.
+    void afterJob(std::function<void()> then);
+
+    // After a new configuration or a file: the pages show its values.
+    void showLoadedValues();
     void setDeviceControlsEnabled(bool on);
-
     QString appTitle() const;
 
     std::unique_ptr<Ui::MainWindow> ui;
     Options m_options;
     std::shared_ptr<Prompter> m_prompter;
-    std::unique_ptr<StatusNotifier> m_statusNotifier;
     VantorConfiguration *m_configuration = nullptr;
-    Device *m_device = nullptr;
-    DeviceWorkflows *m_workflows = nullptr;
+    SessionController *m_session = nullptr;
     QTimer *m_telemetryTimer = nullptr;
     quint32 m_telemetryPeriod = 0;
     // Deadlines kept for the device's periodic jobs; nothing consults them yet.
     QVector<QTime> m_deadlines;
     int m_connectionType = LocalConnection;
-    bool m_identified = false;
     bool m_updating = false;
-    bool m_storedPasswordTried = false;
     bool m_closing = false;
-    QPushButton *m_typeButton = nullptr;
-    QPushButton *m_stateButton = nullptr;
-    QPointer<ConnectionWaitDlg> m_waitDialog;
+    bool m_askingPassword = false;
+    std::function<void()> m_afterJob;
+    ConnectionIndicators *m_indicators = nullptr;
 
     SettingsStatePage *m_statePage = nullptr;
-    QTabWidget *m_dataTabs = nullptr;
-    QVector<SettingsPageBase *> m_rowPages; // per list row, null for rows without a settings page
-    QList<SettingsPageBase *> m_dataPages;  // the tabs of the data-transfer row
-    ProgramUpdatePage *m_firmwarePage = nullptr;
+    SettingsPages *m_pages = nullptr;
+    FirmwareUpdateFlow *m_firmware = nullptr;
     int m_currentRow = DevicePage;
-
-    FirmwareUpdater *m_firmwareUpdater = nullptr;
-    QTIFWUpdater *m_selfUpdater = nullptr;
-    bool m_deviceUpdateAsked = false;
-    bool m_versionAnswered = false;
-    QString m_lastDir;
+    UpdateChecks *m_updates = nullptr;
+    std::unique_ptr<ConfigurationFiles> m_files;
 };

@@ -88,6 +88,11 @@ QString SettingsPageBase::textProblem(const QString &field, const QString &text)
 }
 
 bool SettingsPageBase::confirmLeave(DeviceWorkflows *workflows) {
+    return confirmLeave(workflows ? Writer([this, workflows] { return applyToDevice(*workflows); })
+                                  : Writer());
+}
+
+bool SettingsPageBase::confirmLeave(const Writer &write) {
     if (!m_modified)
         return true;
     if (!m_holdsValues) {
@@ -106,8 +111,8 @@ bool SettingsPageBase::confirmLeave(DeviceWorkflows *workflows) {
         revert();
         return true;
     }
-    if (workflows)
-        return applyToDevice(*workflows);
+    if (write)
+        return write();
     storeToSection();
     setModified(false);
     return true;
@@ -144,6 +149,8 @@ void SettingsPageBase::refresh() {
 }
 
 void SettingsPageBase::followSection(const char *key) {
+    if (m_sectionKey.isEmpty())
+        m_sectionKey = QString::fromLatin1(key);
     if (!m_configuration)
         return;
     if (kd::IConfigurationItem *section = m_configuration->item(QString::fromLatin1(key)))

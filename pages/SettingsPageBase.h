@@ -44,6 +44,8 @@ public:
     VantorConfiguration *configuration() const { return m_configuration; }
     // The entry of the page list that opens this page ("Навигация", ...).
     QString title() const { return m_title; }
+    // The key of the section the page edits ("NavConfiguration", ...).
+    QString sectionKey() const { return m_sectionKey; }
 
     // Whether the widgets show values of a device or a file. A page takes its configuration's values as
     // given; the window marks its pages empty at start-up, until the section is read, a file loaded or a
@@ -70,6 +72,10 @@ public:
     // edits, Отмена stays. Edits of a page without values go into the model unasked: nothing can be
     // written. Returns whether leaving may proceed.
     bool confirmLeave(DeviceWorkflows *workflows);
+    // The same with the write left to the caller: `write` sends the page (false: it could not, stay);
+    // null when there is no device session.
+    using Writer = std::function<bool()>;
+    bool confirmLeave(const Writer &write);
 
     void setAsker(Asker asker);
     // Without one, the yes/no asker answers the leaving question (no Отмена).
@@ -135,6 +141,7 @@ protected:
 private:
     VantorConfiguration *m_configuration;
     QString m_title;
+    QString m_sectionKey;
     QVBoxLayout *m_body;
     QLabel *m_titleLabel;
     QLabel *m_marker;

@@ -10,6 +10,7 @@
 #include "app/ConnectionWaitDlg.h"
 #include "app/MainWindow.h"
 #include "app/Prompter.h"
+#include "app/SettinsDialog.h"
 #include "app/WaitMessageDlg.h"
 #include "pages/ProgramUpdatePage.h"
 #include "pages/SettingsGSMPage.h"
@@ -17,10 +18,9 @@
 #include "pages/SettingsStatePage.h"
 #include "pages/SystemPage.h"
 #include "protocol/Connection.h"
-#include "protocol/Device.h"
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 #include "tests/update/BskBuilder.h"
 #include "update/ComponentInformation.h"
 #include "update/DeviceUpdater.h"
@@ -84,7 +84,9 @@ public:
     }
     bool password(QWidget *, quint32 *value) override {
         calls.append({QStringLiteral("password"), QString(), QString()});
-        *value = passwordValue;
+        if (passwords.isEmpty())
+            return false;
+        *value = passwords.takeFirst();
         return true;
     }
 
@@ -95,6 +97,14 @@ public:
         }
         return false;
     }
+    QStringList of(const QString &kind) const {
+        QStringList out;
+        for (const Call &c : calls) {
+            if (c.kind == kind)
+                out << c.text;
+        }
+        return out;
+    }
     QStringList texts() const {
         QStringList out;
         for (const Call &c : calls)
@@ -104,7 +114,7 @@ public:
 
     QList<bool> answers;
     QStringList fileNames;
-    quint32 passwordValue = 0;
+    QList<quint32> passwords;
     bool cancel = false;
     QList<Call> calls;
 };
@@ -113,6 +123,9 @@ public:
 class FakeLink : public Connection {
 public:
     using Connection::Connection;
+    // What the last link wrote, kept when the window drops it.
+    static QStringList lastHeads;
+    ~FakeLink() override { lastHeads = writeHeads(); }
 
     bool open() override {
         m_open = true;
@@ -176,6 +189,8 @@ private:
     bool m_open = false;
 };
 
+QStringList FakeLink::lastHeads;
+
 const char *const DeviceName = "Fake tracker";
 
 // A field of a settings page: "label:<form label>" (the label's buddy), "spin:<n>" or "check:<n>"
@@ -237,6 +252,23 @@ void setFieldValue(QWidget *w, const QString &value) {
         box->setChecked(value == QLatin1String("1"));
 }
 
+// A serial link that keeps every frame the window writes, for counting what went to the device.
+class RecordingSerial : public SerialConnection {
+public:
+    using SerialConnection::SerialConnection;
+    qint64 write(const QByteArray &bytes) override {
+        written.append(bytes);
+        return SerialConnection::write(bytes);
+    }
+    int count(const QByteArray &head) const {
+        int n = 0;
+        for (const QByteArray &f : written)
+            n += f.mid(proto::Frame::PayloadOffset, head.size()) == head ? 1 : 0;
+        return n;
+    }
+    QList<QByteArray> written;
+};
+
 const char *const ReadSections[] = {"SystemConfiguration", "NavConfiguration", "GSMConfiguration",
                                     "ServerConfiguration", "agcConfiguration", "LogicConfiguration",
                                     "FuelConfiguration",   "OutConfiguration"};
@@ -260,6 +292,7 @@ QWidget *shownField(MainWindow *w, int row, int tab, const QString &field) {
 
 const QString Connected = QStringLiteral("Подключен прибор: Fake tracker");
 const QString NoDevice = QStringLiteral("Нет подключенных приборов");
+const QString Tracker = QStringLiteral("Подключен прибор: Vantor micro");
 
 } // namespace
 
@@ -269,20 +302,19 @@ private slots:
     void initTestCase();
     void init();
 
-    void deviceOnlyCommands_areDisabledWithAReason();
+    void disconnected_deviceCommandsAreOff();
     void startUp_data();
     void startUp();
     void connected_identifiesDeviceAndReconnectIdentifiesAgain();
     void twoDevices_areRefusedWithAWarning();
     void linkError_data();
     void linkError();
-    void connectionLost_afterFourSilentTimeouts_cancelReportsBrokenLink();
-    void connectionLost_answerClosesWaitDialog();
-    void confirmationNo_sendsNothing_data();
-    void confirmationNo_sendsNothing();
-    void writeAll_yes_sendsSectionsInOrder();
-    void deviceBlocked_showsMessageAndDropsQueue();
-    void passwordRequest_triesStartUpPasswordFirstThenAsks();
+    void silentDevice_data();
+    void silentDevice();
+    void virtualTracker_data();
+    void virtualTracker();
+    void confirmation_data();
+    void confirmation();
     void outputsPage_data();
     void outputsPage();
     void createNew_data();
@@ -291,12 +323,9 @@ private slots:
     void openFile_data();
     void openFile();
     void saveFile_failureIsReportedAndNothingWritten();
-    void fastPolling_keepsQueueBounded();
     void programUpdateCheck_data();
     void programUpdateCheck();
     void firmwareUpdate_entersLoaderAndComesBack();
-    void readAll_yes_fillsEverySectionFromVirtualDevice();
-    void remote_throughServer_identifiesThenReportsServerGone();
     void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data();
     void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit();
     void typing_badValueIsRefused_data();
@@ -309,6 +338,10 @@ private:
     std::unique_ptr<MainWindow> makeWindow(bool connect = true, int responseMs = 10000);
     // Connected to a fake link that has answered; null on failure.
     std::unique_ptr<MainWindow> identified(bool stopTelemetry = true);
+    // A window on the virtual tracker's pseudo-terminal, identified; null on failure.
+    std::unique_ptr<MainWindow> onTracker(QProcess &sim, const QStringList &args);
+    // Read all, answered Yes; true once every section has come and the job has ended.
+    bool readEverything(MainWindow &w);
 
     std::shared_ptr<ScriptedPrompter> m_prompter;
     QPointer<FakeLink> m_link;
@@ -352,15 +385,44 @@ std::unique_ptr<MainWindow> tst_MainWindow::makeWindow(bool connect, int respons
 
 std::unique_ptr<MainWindow> tst_MainWindow::identified(bool stopTelemetry) {
     auto w = makeWindow();
-    if (!QTest::qWaitFor(
-            [&] { return w->connectionStateButton()->text() == Connected && w->device()->isIdle(); }))
+    if (!QTest::qWaitFor([&] {
+            return w->connectionStateButton()->text() == Connected &&
+                   w->session()->state() == SessionController::State::Ready;
+        }))
         return nullptr;
     if (stopTelemetry)
         w->telemetryTimer()->stop();
     return w;
 }
 
-void tst_MainWindow::deviceOnlyCommands_areDisabledWithAReason() {
+std::unique_ptr<MainWindow> tst_MainWindow::onTracker(QProcess &sim, const QStringList &args) {
+    MainWindow::Options o = options();
+    o.portName = startSim(sim, QStringList{QStringLiteral("--pty")} + args);
+    o.responseIntervalMs = 300;
+    if (!o.portName.startsWith(QLatin1String("/dev/")))
+        return nullptr;
+    std::unique_ptr<MainWindow> w(new MainWindow(o));
+    if (!QTest::qWaitFor([&] { return w->connectionStateButton()->text() == Tracker; }, 5000))
+        return nullptr;
+    return w;
+}
+
+bool tst_MainWindow::readEverything(MainWindow &w) {
+    m_prompter->answers = {true};
+    w.readAll();
+    return QTest::qWaitFor(
+        [&] {
+            for (const char *key : ReadSections) {
+                if (!w.configuration()->isFilled(QLatin1String(key)))
+                    return false;
+            }
+            return w.session()->state() == SessionController::State::Ready;
+        },
+        10000);
+}
+
+// Before any device answered: nothing that needs one can be started, and the pages cannot be applied.
+void tst_MainWindow::disconnected_deviceCommandsAreOff() {
     auto w = makeWindow(false);
     auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
     for (const char *name : {"action_Reboot", "action_ReadStatistics"}) {
@@ -370,8 +432,28 @@ void tst_MainWindow::deviceOnlyCommands_areDisabledWithAReason() {
     }
     // A menu hides its actions' tool tips unless told otherwise.
     QVERIFY(w->findChild<QMenu *>(QStringLiteral("menuDevice"))->toolTipsVisible());
+    for (const char *name : {"readButton", "writeButton"})
+        QVERIFY(!w->findChild<QPushButton *>(QLatin1String(name))->isEnabled());
+    for (const char *name :
+         {"action_ReadCfg", "action_WriteCfg", "action_ClearMemory", "action_ResetSettings"})
+        QVERIFY(!w->findChild<QAction *>(QLatin1String(name))->isEnabled());
     // No device has reported outputs yet.
     QVERIFY(!(list->item(MainWindow::OutputsPage)->flags() & Qt::ItemIsEnabled));
+    QCOMPARE(w->connectionStateButton()->text(), NoDevice);
+
+    // Connected, a page still shows no device values until something is read.
+    w.reset();
+    w = identified();
+    QVERIFY(w);
+    w->show();
+    w->showPage(MainWindow::SystemPage);
+    auto *apply = w->findChild<QPushButton *>(QStringLiteral("applyButton"));
+    QVERIFY(w->findChild<QPushButton *>(QStringLiteral("readButton"))->isEnabled());
+    QVERIFY(!apply->isEnabled());
+    QCOMPARE(apply->toolTip(), QStringLiteral("На странице нет значений прибора"));
+    QVERIFY(w->settingsPage(MainWindow::SystemPage)
+                ->findChild<QLabel *>(QStringLiteral("noValuesNote"))
+                ->isVisible());
 }
 
 void tst_MainWindow::startUp_data() {
@@ -418,7 +500,7 @@ void tst_MainWindow::connected_identifiesDeviceAndReconnectIdentifiesAgain() {
     QCOMPARE(old->written.first().mid(6, 2).toHex(), QByteArray("8101"));
 
     w->findChild<QAction *>(QStringLiteral("action_Reconnect"))->trigger();
-    QVERIFY(m_link && m_link != old);
+    QTRY_VERIFY(m_link && m_link != old);
     QTRY_VERIFY(old.isNull() || !old->isOpen());
     QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
     QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
@@ -446,8 +528,8 @@ void tst_MainWindow::twoDevices_areRefusedWithAWarning() {
     QCOMPARE(m_prompter->calls.first().text,
              QStringLiteral("Подключено более одного прибора, отключите лишние \n для избежания ошибок"));
     QVERIFY(!w->telemetryTimer()->isActive());
-    QVERIFY(!w->device()->link()->isOpen());
     QCOMPARE(w->connectionStateButton()->text(), NoDevice);
+    QVERIFY(!w->findChild<QPushButton *>(QStringLiteral("readButton"))->isEnabled());
 }
 
 void tst_MainWindow::linkError_data() {
@@ -455,13 +537,11 @@ void tst_MainWindow::linkError_data() {
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("disconnected");
-    QTest::addColumn<bool>("linkDropped");
-    QTest::newRow("server closed the connection") << 0 << 1 << "Отключен от сервера" << true << true;
-    QTest::newRow("network refused: no box") << 0 << 0 << "" << true << false;
-    QTest::newRow("serial device not found") << 1 << 1 << "Прибор отключен" << true << false;
-    QTest::newRow("serial cable pulled") << 1 << 9 << "Прибор был отключен" << true << false;
-    QTest::newRow("serial port not open") << 1 << 13 << "Порт закрыт" << true << false;
-    QTest::newRow("serial unsupported operation is not fatal") << 1 << 10 << "" << false << false;
+    QTest::newRow("server closed the connection") << 0 << 1 << "Отключен от сервера" << true;
+    QTest::newRow("serial device not found") << 1 << 1 << "Прибор отключен" << true;
+    QTest::newRow("serial cable pulled") << 1 << 9 << "Прибор был отключен" << true;
+    QTest::newRow("serial port not open") << 1 << 13 << "Порт закрыт" << true;
+    QTest::newRow("serial unsupported operation is not fatal") << 1 << 10 << "" << false;
 }
 
 void tst_MainWindow::linkError() {
@@ -469,7 +549,6 @@ void tst_MainWindow::linkError() {
     QFETCH(int, code);
     QFETCH(QString, text);
     QFETCH(bool, disconnected);
-    QFETCH(bool, linkDropped);
     auto w = identified(false);
     QVERIFY(w);
     m_prompter->calls.clear();
@@ -484,116 +563,188 @@ void tst_MainWindow::linkError() {
     QCOMPARE(w->connectionStateButton()->text() == NoDevice, disconnected);
     QCOMPARE(w->telemetryTimer()->isActive(), !disconnected);
     QCOMPARE(w->connectionTypeButton()->property("connected").toBool(), !disconnected);
-    QTRY_COMPARE(w->device()->link() == nullptr, linkDropped);
+    QCOMPARE(w->findChild<QPushButton *>(QStringLiteral("readButton"))->isEnabled(), !disconnected);
 }
 
-void tst_MainWindow::connectionLost_afterFourSilentTimeouts_cancelReportsBrokenLink() {
+// The device stops answering with the link open: one waiting box, whatever more silence comes; an answer
+// closes it, giving up reports the broken link.
+void tst_MainWindow::silentDevice_data() {
+    QTest::addColumn<bool>("answerComes");
+    QTest::newRow("user gives up") << false;
+    QTest::newRow("an answer brings it back") << true;
+}
+
+void tst_MainWindow::silentDevice() {
+    QFETCH(bool, answerComes);
     auto w = makeWindow(false, 20);
-    QMetaObject::invokeMethod(w.get(), "reconnect");
-    QVERIFY(m_link);
+    w->reconnect();
+    QTRY_VERIFY(m_link);
     m_link->silent = true;
-    QSignalSpy lost(w->device(), &Device::connectionLost);
     QTRY_VERIFY(w->waitDialog()); // the identity request waits unanswered
-    QCOMPARE(lost.count(), 1);
-    QVERIFY(w->device()->retryCount() >= 3);
-    // More silence never opens a second dialog.
     QTest::qWait(120);
     QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
-
     m_prompter->calls.clear();
+    if (answerComes) {
+        m_link->silent = false;
+        m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
+        QTRY_VERIFY(!w->waitDialog());
+        QVERIFY(m_prompter->calls.isEmpty());
+        QTRY_VERIFY(w->connectionStateButton()->text().startsWith(QStringLiteral("Подключен прибор: ")));
+        return;
+    }
     w->waitDialog()->reject();
     QVERIFY(!w->waitDialog());
     QVERIFY(m_prompter->said(QStringLiteral("information"), QStringLiteral("Соединение разорвано")));
     QCOMPARE(m_prompter->calls.first().title, QCoreApplication::applicationName());
-    QVERIFY(!m_link->isOpen());
+    QVERIFY(!m_link || !m_link->isOpen());
     QCOMPARE(w->connectionStateButton()->text(), NoDevice);
 }
 
-void tst_MainWindow::connectionLost_answerClosesWaitDialog() {
-    auto w = makeWindow(false, 20);
-    QMetaObject::invokeMethod(w.get(), "reconnect");
-    QVERIFY(m_link);
-    m_link->silent = true;
-    QTRY_VERIFY(w->waitDialog());
-    m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(2));
-    QTRY_VERIFY(!w->waitDialog());
-    QVERIFY(!m_prompter->said(QStringLiteral("information"), QStringLiteral("Соединение разорвано")));
-    QCOMPARE(w->connectionStateButton()->text(), Connected);
+// The window against the virtual tracker, off the happy path, one flow per row (short response time-outs
+// injected, no real waiting).
+void tst_MainWindow::virtualTracker_data() {
+    QTest::addColumn<QString>("flow");
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("message"); // the one warning the user gets; empty: none
+    const QString wrong = QStringLiteral("....Введен неправильный пароль");
+    QTest::newRow("password at start-up: one login, connected")
+        << "startup-password" << QStringList{"--password", "1234"} << "";
+    QTest::newRow("wrong then right password")
+        << "wrong-password" << QStringList{"--password", "1234"} << wrong;
+    QTest::newRow("tracker killed mid-session, reconnect to a new one") << "killed" << QStringList() << "*";
+    QTest::newRow("hang-up during read-all") << "hangup" << QStringList{"--hangup-after", "4"} << "*";
+    QTest::newRow("blocked device")
+        << "blocked" << QStringList{"--blocked"}
+        << "Прибор заблокирован, повторите попытку позже. \nИзменения не применены.";
+    QTest::newRow("a section that never answers")
+        << "silent-section" << QStringList{"--silent-section", "NavConfiguration"}
+        << "Не удалось считать: навигация";
+    QTest::newRow("Применить while on --port keeps detection") << "apply-settings" << QStringList() << "";
 }
 
-void tst_MainWindow::confirmationNo_sendsNothing_data() {
+void tst_MainWindow::virtualTracker() {
+    QFETCH(QString, flow);
+    QFETCH(QStringList, args);
+    QFETCH(QString, message);
+    using State = SessionController::State;
+    const auto warnings = [this] { return m_prompter->of(QStringLiteral("warning")); };
+    QProcess sim;
+    const QString link =
+        m_dir.filePath(QStringLiteral("tracker-%1").arg(QTest::currentDataTag()).remove(' '));
+    MainWindow::Options o = options();
+    o.responseIntervalMs = 300;
+    o.portName = startSim(sim, QStringList{QStringLiteral("--pty"), QStringLiteral("--link"), link} + args);
+    QVERIFY(o.portName.startsWith(QLatin1String("/dev/")));
+    o.portName = link;
+    QPointer<RecordingSerial> serial;
+    o.linkFactory = [&serial, link](int) {
+        serial = new RecordingSerial(link);
+        return serial.data();
+    };
+    if (flow == QLatin1String("startup-password"))
+        AppSettings().setPassWord(1234);
+    if (flow == QLatin1String("wrong-password"))
+        m_prompter->passwords = {1111, 1234};
+    MainWindow w(o);
+    if (flow == QLatin1String("blocked")) {
+        QTRY_VERIFY_WITH_TIMEOUT(!warnings().isEmpty(), 5000);
+        QCOMPARE(warnings(), QStringList{message});
+        QCOMPARE(w.connectionStateButton()->text(), NoDevice);
+        return;
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(), Tracker, 5000);
+    QTRY_COMPARE(w.session()->state(), State::Ready);
+    // Identity and telemetry follow the login.
+    QTRY_VERIFY_WITH_TIMEOUT(!w.statePage()->valueText(QStringLiteral("imei")).isEmpty(), 5000);
+    if (flow.endsWith(QLatin1String("password"))) {
+        const bool wrongFirst = flow == QLatin1String("wrong-password");
+        QCOMPARE(m_prompter->said(QStringLiteral("password"), QString()), wrongFirst);
+        QTest::qWait(500);
+        QCOMPARE(serial->count(QByteArray::fromHex("0101")), wrongFirst ? 2 : 1);
+        QCOMPARE(warnings(), message.isEmpty() ? QStringList() : QStringList{message});
+        QCOMPARE(w.session()->state(), State::Ready);
+        return;
+    }
+    if (flow == QLatin1String("apply-settings")) {
+        QTimer::singleShot(0, this, [] {
+            for (QWidget *top : QApplication::topLevelWidgets()) {
+                if (auto *dialog = qobject_cast<SettinsDialog *>(top))
+                    dialog->findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
+            }
+        });
+        w.on_actionSettings_triggered();
+        // The next start without --port looks for the device by its USB identifiers again.
+        QCOMPARE(AppSettings().portName(), QString());
+        QCOMPARE(w.session()->state(), State::Ready);
+        return;
+    }
+    if (flow == QLatin1String("killed")) {
+        QElapsedTimer sinceKill;
+        sim.kill();
+        sinceKill.start();
+        QTRY_VERIFY_WITH_TIMEOUT(w.session()->state() == State::Lost && !warnings().isEmpty(), 15000);
+        QVERIFY(sinceKill.elapsed() < 15000);
+        QCOMPARE(warnings(), QStringList{QStringLiteral("Прибор был отключен")});
+        QCOMPARE(w.connectionStateButton()->text(), NoDevice);
+        QVERIFY(!w.findChild<QPushButton *>(QStringLiteral("readButton"))->isEnabled());
+        QProcess next;
+        QVERIFY(
+            startSim(next, {QStringLiteral("--pty"), QStringLiteral("--link"), link}).startsWith("/dev/"));
+        w.reconnect();
+        QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(), Tracker, 5000);
+        QTRY_COMPARE(w.session()->state(), State::Ready);
+        return;
+    }
+    m_prompter->answers = {true};
+    w.readAll();
+    QTRY_VERIFY_WITH_TIMEOUT(w.session()->state() != State::Busy, 15000);
+    if (message != QLatin1String("*")) {
+        QCOMPARE(warnings(), QStringList{message});
+        return;
+    }
+    // Hung up: the user hears of the link, then in one box of what was not read.
+    QTRY_COMPARE_WITH_TIMEOUT(warnings().size(), 2, 5000);
+    QCOMPARE(warnings().first(), QStringLiteral("Прибор был отключен"));
+    QVERIFY2(warnings().last().startsWith(QStringLiteral("Не удалось считать: ")) &&
+                 warnings().last().endsWith(QStringLiteral("выходы")),
+             qPrintable(warnings().last()));
+    QCOMPARE(w.connectionStateButton()->text(), NoDevice);
+}
+
+// No sends nothing; Yes to write all sends the sections (their order is the workflows' own concern).
+void tst_MainWindow::confirmation_data() {
     QTest::addColumn<bool>("read");
+    QTest::addColumn<bool>("yes");
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("text");
-    QTest::newRow("read all") << true << "Считывание конфигурации"
-                              << "Считать все настройки из прибора? \nНесохраненные параметры будут утрачены";
-    QTest::newRow("write all") << false << "Сохранение конфигурации"
-                               << "Перезаписать все настройки прибора? \nДействие заменит текущие настройки";
+    const QString read =
+        QStringLiteral("Считать все настройки из прибора? \nНесохраненные параметры будут утрачены");
+    const QString write =
+        QStringLiteral("Перезаписать все настройки прибора? \nДействие заменит текущие настройки");
+    QTest::newRow("read all, no") << true << false << "Считывание конфигурации" << read;
+    QTest::newRow("write all, no") << false << false << "Сохранение конфигурации" << write;
+    QTest::newRow("write all, yes") << false << true << "Сохранение конфигурации" << write;
 }
 
-void tst_MainWindow::confirmationNo_sendsNothing() {
+void tst_MainWindow::confirmation() {
     QFETCH(bool, read);
+    QFETCH(bool, yes);
     auto w = identified();
     QVERIFY(w);
-    const int before = m_link->written.size();
-    m_prompter->answers = {false};
+    m_link->written.clear();
+    m_prompter->answers = {yes};
     read ? w->readAll() : w->writeAll();
     QCOMPARE(m_prompter->calls.size(), 1);
     QTEST(m_prompter->calls.last().title, "title");
     QTEST(m_prompter->calls.last().text, "text");
     QTest::qWait(20);
-    QCOMPARE(m_link->written.size(), before);
-    QCOMPARE(w->device()->protocol()->queueSize(), 0);
-}
-
-void tst_MainWindow::writeAll_yes_sendsSectionsInOrder() {
-    auto w = identified();
-    QVERIFY(w);
-    m_link->written.clear();
-    m_prompter->answers = {true};
-    w->writeAll();
-    QStringList expected{"03 03 00", "03 02 00", "04 03 00", "04 03 01",
-                         "04 04 00", "04 04 01", "08 01 00", "11 01 00"};
-    VantorConfiguration *cfg = w->configuration();
-    for (int i = 0; i < cfg->agc()->count(); ++i)
-        expected << QStringLiteral("0c 02 %1").arg(i, 2, 10, QLatin1Char('0'));
-    for (int i = 0; i < cfg->logic()->count(); ++i)
-        expected << QStringLiteral("0d 02 %1").arg(i, 2, 10, QLatin1Char('0'));
-    for (int i = 0; i < cfg->servers()->count(); ++i)
-        expected << QStringLiteral("10 01 %1").arg(i, 2, 10, QLatin1Char('0'));
-    QTRY_COMPARE(m_link->writeHeads().size(), expected.size());
-    QCOMPARE(m_link->writeHeads(), expected);
-}
-
-void tst_MainWindow::deviceBlocked_showsMessageAndDropsQueue() {
-    auto w = identified();
-    QVERIFY(w);
-    m_link->silent = true;
-    m_prompter->answers = {true};
-    w->readAll();
-    QVERIFY(w->device()->protocol()->queueSize() > 0);
-    m_link->deliverPayload(proto::ConfigPacketType, QByteArray::fromHex("91810000 0500"));
-    QVERIFY(m_prompter->said(
-        QStringLiteral("warning"),
-        QStringLiteral("Прибор заблокирован, повторите попытку позже. \nИзменения не применены.")));
-    QCOMPARE(w->device()->protocol()->queueSize(), 0);
-}
-
-void tst_MainWindow::passwordRequest_triesStartUpPasswordFirstThenAsks() {
-    AppSettings().setPassWord(4321);
-    auto w = identified();
-    QVERIFY(w);
-    m_prompter->passwordValue = 123456789;
-    const QByteArray askAgain = QByteArray::fromHex("91810000 0300");
-    m_link->deliverPayload(proto::ConfigPacketType, askAgain);
-    QVERIFY(!m_prompter->said(QStringLiteral("password"), QString()));
-    QTRY_VERIFY(m_link->written.contains(
-        proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01010000 e1100000"))));
-    // Refused again: now the user is asked.
-    m_link->deliverPayload(proto::ConfigPacketType, askAgain);
-    QVERIFY(m_prompter->said(QStringLiteral("password"), QString()));
-    QTRY_VERIFY(m_link->written.contains(
-        proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01010000 15cd5b07"))));
+    if (!yes) {
+        QVERIFY(m_link->written.isEmpty());
+        QCOMPARE(w->session()->state(), SessionController::State::Ready);
+        return;
+    }
+    QTRY_VERIFY(m_link->writeHeads().size() > 8);
+    QCOMPARE(m_link->writeHeads().first(), QStringLiteral("03 03 00"));
 }
 
 void tst_MainWindow::outputsPage_data() {
@@ -704,27 +855,6 @@ void tst_MainWindow::saveFile_failureIsReportedAndNothingWritten() {
     QCOMPARE(m_prompter->calls.size(), 1);
 }
 
-void tst_MainWindow::fastPolling_keepsQueueBounded() {
-    {
-        AppSettings settings;
-        settings.setLoginType(MainWindow::RemoteConnection);
-        settings.setTelemetryTime(6); // "<Нет>": every 50 ms
-        settings.setSerialNumber(QStringLiteral("863071014478127"));
-    }
-    auto w = identified(false);
-    QVERIFY(w);
-    QCOMPARE(w->connectionType(), int(MainWindow::RemoteConnection));
-    QCOMPARE(w->telemetryPeriod(), 50u);
-    // The device stops answering: requests pile up only until every telemetry request is waiting once.
-    m_link->silent = true;
-    int largest = 0;
-    connect(w->device()->protocol(), &proto::UNPProtocol::queueChanged, this,
-            [&largest](int size) { largest = qMax(largest, size); });
-    QTest::qWait(600);
-    QVERIFY(largest > 0);
-    QVERIFY2(largest <= 15, qPrintable(QString::number(largest)));
-}
-
 void tst_MainWindow::programUpdateCheck_data() {
     QTest::addColumn<int>("outcome"); // 0 error, 1 no updates, 2 updates found
     QTest::addColumn<QString>("kind");
@@ -787,48 +917,6 @@ void tst_MainWindow::firmwareUpdate_entersLoaderAndComesBack() {
     QVERIFY(page->progressLines().contains(QStringLiteral("Обновление завершено.")));
 }
 
-void tst_MainWindow::readAll_yes_fillsEverySectionFromVirtualDevice() {
-    QProcess sim;
-    MainWindow::Options o = options();
-    o.portName = startSim(sim, {QStringLiteral("--pty")});
-    QVERIFY(o.portName.startsWith(QLatin1String("/dev/")));
-    MainWindow w(o);
-    QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(),
-                              QStringLiteral("Подключен прибор: Vantor micro"), 5000);
-    m_prompter->answers = {true};
-    w.readAll();
-    for (const char *key : ReadSections)
-        QTRY_VERIFY2_WITH_TIMEOUT(w.configuration()->isFilled(QLatin1String(key)), key, 10000);
-    QVERIFY2(!m_prompter->said(QStringLiteral("warning"), QString()),
-             qPrintable(m_prompter->texts().join('|')));
-}
-
-void tst_MainWindow::remote_throughServer_identifiesThenReportsServerGone() {
-    QProcess sim;
-    const QString endpoint = startSim(sim, {QStringLiteral("--tcp"), QStringLiteral("0"),
-                                            QStringLiteral("--imei"), QStringLiteral("863071014478127")});
-    QCOMPARE(endpoint.section(':', 0, 0), QStringLiteral("127.0.0.1"));
-    {
-        AppSettings settings;
-        settings.setLoginType(MainWindow::RemoteConnection);
-        settings.setServerAddress(QStringLiteral("127.0.0.1"));
-        settings.setServerPort(endpoint.section(':', 1).toInt());
-        settings.setSerialNumber(QStringLiteral("863071014478127"));
-    }
-    MainWindow w(options());
-    QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(),
-                              QStringLiteral("Подключен прибор: Vantor micro"), 5000);
-    QVERIFY(!w.waitDialog());
-    QCOMPARE(w.connectionTypeButton()->toolTip(),
-             QStringLiteral("Тип соединения с прибором: Интернет соединение"));
-
-    sim.terminate();
-    QVERIFY(sim.waitForFinished(5000));
-    QTRY_VERIFY_WITH_TIMEOUT(
-        m_prompter->said(QStringLiteral("warning"), QStringLiteral("Отключен от сервера")), 5000);
-    QCOMPARE(w.connectionStateButton()->text(), NoDevice);
-}
-
 // Rows shared by the page tests: the page, the tab on the data-transfer row (-1: none) and the field.
 static void fieldColumns() {
     QTest::addColumn<int>("row");
@@ -872,19 +960,10 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
     QFETCH(QString, field);
     QFETCH(QString, edited);
     QProcess sim;
-    MainWindow::Options o = options();
-    o.portName = startSim(sim, {QStringLiteral("--pty")});
-    QVERIFY(o.portName.startsWith(QLatin1String("/dev/")));
-    MainWindow w(o);
-    QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(),
-                              QStringLiteral("Подключен прибор: Vantor micro"), 5000);
-    auto readEverything = [&] {
-        m_prompter->answers = {true};
-        w.readAll();
-        for (const char *key : ReadSections)
-            QTRY_VERIFY2_WITH_TIMEOUT(w.configuration()->isFilled(QLatin1String(key)), key, 10000);
-    };
-    readEverything();
+    auto tracker = onTracker(sim, {});
+    QVERIFY(tracker);
+    MainWindow &w = *tracker;
+    QVERIFY(readEverything(w));
     QWidget *input = shownField(&w, row, tab, field);
     QVERIFY2(input, qPrintable(field));
     QTEST(fieldValue(input), "deviceValue");
@@ -895,14 +974,14 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
     QVERIFY(w.settingsPage(row)->isModified());
     w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
     QVERIFY(!w.settingsPage(row)->isModified());
-    QTRY_VERIFY_WITH_TIMEOUT(w.device()->protocol()->queue().isEmpty(), 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);
 
     // Forget what the window holds, so that only the device can bring the edit back.
     m_prompter->answers = {true};
     w.on_action_CreateNewCfg_triggered();
     QVERIFY(fieldValue(pageField(w.settingsPage(row), field)) != edited);
 
-    readEverything();
+    QVERIFY(readEverything(w));
     input = shownField(&w, row, tab, field);
     QVERIFY(input);
     QCOMPARE(fieldValue(input), edited);
@@ -1020,7 +1099,7 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     setFieldValue(input, value);
     SettingsPageBase *page = w->settingsPage(row);
     QVERIFY(page->isModified());
-    QTRY_VERIFY(w->device()->isIdle());
+    QTRY_COMPARE(w->session()->state(), SessionController::State::Ready);
     m_link->written.clear();
     m_prompter->calls.clear();
 
@@ -1046,16 +1125,17 @@ void tst_MainWindow::leavingModifiedPage_yes_writesThatSection() {
     }
     QVERIFY(!page->isModified());
     QCOMPARE(fieldValue(input), yes ? value : before);
-    QTRY_COMPARE(m_link->writeHeads().size(), heads.size());
+    const auto written = [this] { return m_link ? m_link->writeHeads() : FakeLink::lastHeads; };
+    QTRY_COMPARE(written().size(), heads.size());
     QTest::qWait(20);
-    QCOMPARE(m_link->writeHeads(), heads);
+    QCOMPARE(written(), heads);
     if (leave == QLatin1String("read")) {
         QTRY_VERIFY(m_link->written.size() > heads.size());
         QCOMPARE(quint8(m_link->written.at(heads.size())[6]), quint8(0x91)); // the first read request
     }
     if (leave == QLatin1String("close")) {
         QTRY_VERIFY(!w->isVisible());
-        QVERIFY(!m_link->isOpen());
+        QVERIFY(!m_link || !m_link->isOpen());
         QVERIFY(!w->telemetryTimer()->isActive());
     }
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "protocol/JobResult.h"
+
+#include <QString>
+
+// The one box after a read or write job that did not come through, naming the sections it missed
+// ("Не удалось считать: навигация, серверы"); empty when there is nothing to say (the job succeeded,
+// or was blocked, cancelled or stopped at the password, which have their own messages).
+QString jobReportText(const JobResult &result);
