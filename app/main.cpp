@@ -3,6 +3,7 @@
 #include "app/DeviceLog.h"
 #include "app/DialogScreenshots.h"
 #include "app/MainWindow.h"
+#include "app/PasswordDialog.h"
 #include "app/Prompter.h"
 #include "app/QtTranslations.h"
 #include "app/Skin.h"
@@ -14,7 +15,9 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QScrollArea>
@@ -38,10 +41,14 @@ public:
     }
     void warning(QWidget *, const QString &title, const QString &text) override {
         say(QStringLiteral("warning"), title, text);
+        lastWarning = {title, text};
     }
     void critical(QWidget *, const QString &title, const QString &text) override {
         say(QStringLiteral("critical"), title, text);
     }
+
+    // The last warning, shown again as a box that does not wait for the picture of the lost connection.
+    QPair<QString, QString> lastWarning;
 
 private:
     static void say(const QString &kind, const QString &title, const QString &text) {
@@ -50,18 +57,53 @@ private:
 };
 
 // Walks the window through its states and saves a picture of the screen at each: not connected,
-// the device page with a fix, every settings page after a full read, and the dark theme.
+// the device page with a fix, a page before anything was read, every settings page after a full read,
+// and the dark theme. Scene "password": the password dialog of a tracker that asks for one; scene
+// "lost": the window after the tracker hung up.
 class ScreenshotTour : public QObject {
 public:
-    ScreenshotTour(MainWindow *window, const QString &folder, bool withDevice)
+    ScreenshotTour(MainWindow *window, const QString &folder, bool withDevice, const QString &scene,
+                   ConsolePrompter *prompter)
         : QObject(window)
         , m_window(window)
         , m_folder(folder)
-        , m_withDevice(withDevice) {
+        , m_withDevice(withDevice)
+        , m_scene(scene)
+        , m_prompter(prompter) {
         QDir().mkpath(folder);
     }
 
     void start() {
+        if (m_scene == QLatin1String("password")) {
+            // The dialog runs its own loop; the picture is taken inside it, then the password typed.
+            after(2500, [this] {
+                auto *dialog = qobject_cast<PasswordDialog *>(QApplication::activeModalWidget());
+                shoot(QStringLiteral("25-password-dialog"));
+                if (dialog) {
+                    dialog->passwordEdit()->setText(QStringLiteral("1234"));
+                    dialog->accept();
+                }
+                waitFor([this] { return m_window->isIdentified(); }, 10000, [] { qApp->quit(); });
+            });
+            return;
+        }
+        if (m_scene == QLatin1String("lost")) {
+            waitFor([this] { return m_window->isIdentified(); }, 10000,
+                    [this] {
+                        waitFor([this] { return !m_window->isIdentified(); }, 30000,
+                                [this] {
+                                    auto *box = new QMessageBox(
+                                        QMessageBox::Warning, m_prompter->lastWarning.first,
+                                        m_prompter->lastWarning.second, QMessageBox::Ok, m_window);
+                                    box->open();
+                                    after(1500, [this] {
+                                        shoot(QStringLiteral("26-lost-connection"));
+                                        qApp->quit();
+                                    });
+                                });
+                    });
+            return;
+        }
         if (!m_withDevice) {
             after(1500, [this] {
                 shoot(QStringLiteral("01-not-connected"));
@@ -83,24 +125,30 @@ public:
                     if (auto *scroll = m_window->statePage()->findChild<QScrollArea *>())
                         scroll->widget()->grab().save(
                             QDir(m_folder).filePath(QStringLiteral("02-device-page-full.png")));
-                    m_window->readAll();
-                    waitFor(
-                        [this] {
-                            for (const char *key :
-                                 {"SystemConfiguration", "NavConfiguration", "GSMConfiguration",
-                                  "ServerConfiguration", "agcConfiguration", "LogicConfiguration",
-                                  "FuelConfiguration", "OutConfiguration"}) {
-                                if (!m_window->configuration()->isFilled(QString::fromLatin1(key)))
-                                    return false;
-                            }
-                            return true;
-                        },
-                        30000, [this] { nextPage(MainWindow::SystemPage); });
+                    m_window->showPage(MainWindow::SystemPage);
+                    after(700, [this] { shoot(QStringLiteral("24-unread-page")); });
+                    after(900, [this] { m_window->showPage(MainWindow::DevicePage); });
+                    after(1000, [this] { readEverything(); });
                 });
             });
     }
 
 private:
+    void readEverything() {
+        m_window->readAll();
+        waitFor(
+            [this] {
+                for (const char *key :
+                     {"SystemConfiguration", "NavConfiguration", "GSMConfiguration", "ServerConfiguration",
+                      "agcConfiguration", "LogicConfiguration", "FuelConfiguration", "OutConfiguration"}) {
+                    if (!m_window->configuration()->isFilled(QString::fromLatin1(key)))
+                        return false;
+                }
+                return true;
+            },
+            30000, [this] { nextPage(MainWindow::SystemPage); });
+    }
+
     void nextPage(int row) {
         if (row == MainWindow::PageCount) {
             m_window->showPage(MainWindow::DevicePage);
@@ -189,6 +237,8 @@ private:
     MainWindow *m_window;
     QString m_folder;
     bool m_withDevice;
+    QString m_scene;
+    ConsolePrompter *m_prompter;
 };
 
 } // namespace
@@ -199,6 +249,8 @@ private:
 //   --no-update-check  do not download the device firmware image at start
 //   --screenshots DIR  walk through the window's states, save a picture of each into DIR, then quit
 //                      (implies --no-login and --no-update-check; every question is answered Yes)
+//   --scene NAME       with --screenshots: only the password dialog ("password") or the lost
+//                      connection ("lost")
 int main(int argc, char *argv[]) {
     // The console's code page and stream encoding are set up before anything is logged.
     DeviceLog::install(AppSettings().deviceLogToFile());
@@ -224,7 +276,10 @@ int main(int argc, char *argv[]) {
     const QCommandLineOption screenshots(
         QStringLiteral("screenshots"),
         QStringLiteral("Save pictures of the window's states into DIR, then quit."), QStringLiteral("DIR"));
-    parser.addOptions({port, noLogin, noUpdateCheck, screenshots});
+    const QCommandLineOption scene(QStringLiteral("scene"),
+                                   QStringLiteral("With --screenshots: password or lost only."),
+                                   QStringLiteral("NAME"));
+    parser.addOptions({port, noLogin, noUpdateCheck, screenshots, scene});
     parser.process(app);
 
     MainWindow::Options options;
@@ -233,11 +288,13 @@ int main(int argc, char *argv[]) {
 
     if (parser.isSet(screenshots)) {
         options.updateCheckAtStart = false;
-        options.prompter = std::make_shared<ConsolePrompter>();
+        auto prompter = std::make_shared<ConsolePrompter>();
+        options.prompter = prompter;
         MainWindow window(options);
         window.resize(1280, 800);
         window.show();
-        auto *tour = new ScreenshotTour(&window, parser.value(screenshots), !options.portName.isEmpty());
+        auto *tour = new ScreenshotTour(&window, parser.value(screenshots), !options.portName.isEmpty(),
+                                        parser.value(scene), prompter.get());
         tour->start();
         return app.exec();
     }

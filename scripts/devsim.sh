@@ -13,6 +13,15 @@ cleanup() {
 }
 trap cleanup EXIT INT TERM
 
+# Stops the tracker started last, so that another can take its place.
+stop_devsim() {
+    if [ -n "$sim_pid" ]; then
+        kill "$sim_pid" 2>/dev/null || true
+        wait "$sim_pid" 2>/dev/null || true
+    fi
+    sim_pid=
+}
+
 start_devsim() {
     local sim=$1 name=$2
     shift 2

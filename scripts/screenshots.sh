@@ -2,7 +2,9 @@
 # Pictures of the configurator for docs/screenshots: a virtual X screen (xvfb-run), the window walking
 # through its states by itself (--screenshots) and ImageMagick's import saving the whole screen.
 # Pictures: not connected; the device page with a fix on the virtual tracker; every settings page
-# after a full read; the write confirmation, the history and the comparison dialogs; the dark theme.
+# after a full read; a page before anything was read; the write confirmation, the history and the
+# comparison dialogs; the dark theme; the password dialog of a tracker that asks for one; the window
+# after the tracker hung up.
 set -euo pipefail
 build=${1:-build}
 out=${2:-docs/screenshots}
@@ -28,4 +30,12 @@ xvfb-run -a -s "$screen" "$cfg" --screenshots "$out"
 
 start_devsim "$sim" screenshots
 xvfb-run -a -s "$screen" "$cfg" --port "$pty" --screenshots "$out"
+
+stop_devsim
+start_devsim "$sim" screenshots --password 1234
+xvfb-run -a -s "$screen" "$cfg" --port "$pty" --screenshots "$out" --scene password
+
+stop_devsim
+start_devsim "$sim" screenshots --hangup-after 8
+xvfb-run -a -s "$screen" "$cfg" --port "$pty" --screenshots "$out" --scene lost
 echo "screenshots: pictures in $out"
