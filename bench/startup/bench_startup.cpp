@@ -4,10 +4,8 @@
 #include "app/AppSettings.h"
 #include "app/MainWindow.h"
 #include "app/Prompter.h"
-#include "protocol/Device.h"
 #include "protocol/SerialConnection.h"
-#include "protocol/UNPParcer.h"
-#include "protocol/UNPProtocol.h"
+#include "protocol/SessionController.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -114,11 +112,8 @@ int main(int argc, char *argv[]) {
     window.installEventFilter(&watcher);
     window.show();
 
-    int longest = 0;
     int telemetry = 0;
-    QObject::connect(window.device()->protocol(), &proto::UNPProtocol::queueChanged,
-                     [&longest](int size) { longest = qMax(longest, size); });
-    QObject::connect(window.device()->parser(), &UNPParcer::ControlTelemetry, [&telemetry] { ++telemetry; });
+    QObject::connect(window.session(), &SessionController::telemetryDecoded, [&telemetry] { ++telemetry; });
 
     QTextStream out(stdout);
     QTimer::singleShot(0, [&] {
@@ -132,7 +127,7 @@ int main(int argc, char *argv[]) {
         out << "telemetry period: " << window.telemetryPeriod()
             << " ms, identified: " << (window.isIdentified() ? "yes" : "no") << '\n';
         out << "after " << seconds << " s of polling: resident memory " << residentKiB() << " KiB, "
-            << telemetry << " telemetry answers, longest queue " << longest << " frames (bound 15)\n";
+            << telemetry << " telemetry answers\n";
         out.flush();
         app.quit();
     });
