@@ -317,11 +317,9 @@ private slots:
     void confirmation();
     void outputsPage_data();
     void outputsPage();
-    void createNew_data();
-    void createNew();
+    void replaceConfiguration_data();
+    void replaceConfiguration();
     void saveThenOpen_restoresConfiguration();
-    void openFile_data();
-    void openFile();
     void saveFile_failureIsReportedAndNothingWritten();
     void programUpdateCheck_data();
     void programUpdateCheck();
@@ -764,27 +762,49 @@ void tst_MainWindow::outputsPage() {
     QCOMPARE(bool(list->item(MainWindow::OutputsPage)->flags() & Qt::ItemIsEnabled), enabled);
 }
 
-void tst_MainWindow::createNew_data() {
+// "Создать конфигурацию" and "Открыть из файла": the messages, what the configuration holds afterwards
+// and whether the pages then hold values that may be applied.
+void tst_MainWindow::replaceConfiguration_data() {
+    QTest::addColumn<QByteArray>("content"); // "new": create; empty: a file that does not exist
     QTest::addColumn<bool>("yes");
+    QTest::addColumn<QString>("message");
     QTest::addColumn<int>("gsens");
-    QTest::addColumn<QString>("lastMessage");
-    QTest::newRow("yes: defaults") << true << 0
-                                   << "Предыдущая загруженная конфигурация будет заменена.  Продолжить?";
-    QTest::newRow("no: kept") << false << 7 << "Ничего не делаем";
+    const QString replace =
+        QStringLiteral("Предыдущая загруженная конфигурация будет заменена.  Продолжить?");
+    const QString broken = QStringLiteral("Произошла ошибка при открытии файла");
+    QTest::newRow("new, yes: defaults") << QByteArray("new") << true << replace << 0;
+    QTest::newRow("new, no: kept") << QByteArray("new") << false << "Ничего не делаем" << 5;
+    QTest::newRow("missing file") << QByteArray() << true << "Не удалось открыть файл конфигурации" << 5;
+    QTest::newRow("not json") << QByteArray("{ \"SystemParameters\": ") << true << broken << 5;
+    QTest::newRow("json but not an object") << QByteArray("[1, 2]") << true << broken << 5;
+    QTest::newRow("values masked to their width") << QByteArray("{\"SystemParameters\": {\"gsens\": 300}}")
+                                                  << true << "Конфигурация успешно загружена" << 44;
 }
 
-void tst_MainWindow::createNew() {
+void tst_MainWindow::replaceConfiguration() {
+    QFETCH(QByteArray, content);
     QFETCH(bool, yes);
+    QFETCH(int, gsens);
     auto w = makeWindow(false);
-    w->configuration()->system()->value()->setGsens(7);
+    w->configuration()->system()->value()->setGsens(5);
     m_prompter->answers = {yes};
-    w->on_action_CreateNewCfg_triggered();
-    QCOMPARE(m_prompter->calls.first().text,
-             QStringLiteral("Предыдущая загруженная конфигурация будет заменена.  Продолжить?"));
-    QTEST(m_prompter->calls.last().text, "lastMessage");
-    QTEST(int(w->configuration()->system()->value()->gsens()), "gsens");
+    if (content == "new") {
+        w->on_action_CreateNewCfg_triggered();
+    } else {
+        const QString path = m_dir.filePath(QStringLiteral("open-%1.json").arg(QTest::currentDataTag()));
+        if (!content.isEmpty()) {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(content);
+        }
+        m_prompter->fileNames = QStringList{path};
+        w->on_action_OpenCfgFromFile_triggered();
+        QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Open Json File"));
+    }
+    QTEST(m_prompter->calls.last().text, "message");
+    QCOMPARE(int(w->configuration()->system()->value()->gsens()), gsens);
     // Until then the pages hold no device values and cannot be applied.
-    QCOMPARE(w->settingsPage(MainWindow::SystemPage)->holdsValues(), yes);
+    QCOMPARE(w->settingsPage(MainWindow::SystemPage)->holdsValues(), gsens != 5);
 }
 
 // A name typed without an extension is saved as JSON; the folder becomes the current one.
@@ -808,36 +828,6 @@ void tst_MainWindow::saveThenOpen_restoresConfiguration() {
     QCOMPARE(int(w->configuration()->system()->value()->gsens()), 9);
     QCOMPARE(qobject_cast<SystemPage *>(w->settingsPage(MainWindow::SystemPage))->gsens->value(), 9);
     QVERIFY(w->settingsPage(MainWindow::SystemPage)->holdsValues());
-}
-
-void tst_MainWindow::openFile_data() {
-    QTest::addColumn<QByteArray>("content"); // empty: the file does not exist
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<int>("gsens");
-    QTest::newRow("missing file") << QByteArray() << "Не удалось открыть файл конфигурации" << 5;
-    QTest::newRow("not json") << QByteArray("{ \"SystemParameters\": ")
-                              << "Произошла ошибка при открытии файла" << 5;
-    QTest::newRow("json but not an object")
-        << QByteArray("[1, 2]") << "Произошла ошибка при открытии файла" << 5;
-    QTest::newRow("values masked to their width")
-        << QByteArray("{\"SystemParameters\": {\"gsens\": 300}}") << "Конфигурация успешно загружена" << 44;
-}
-
-void tst_MainWindow::openFile() {
-    QFETCH(QByteArray, content);
-    auto w = makeWindow(false);
-    const QString path = m_dir.filePath(QStringLiteral("open-%1.json").arg(QTest::currentDataTag()));
-    if (!content.isEmpty()) {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(content);
-    }
-    w->configuration()->system()->value()->setGsens(5);
-    m_prompter->fileNames = QStringList{path};
-    w->on_action_OpenCfgFromFile_triggered();
-    QCOMPARE(m_prompter->calls.first().title, QStringLiteral("Open Json File"));
-    QTEST(m_prompter->calls.last().text, "message");
-    QTEST(int(w->configuration()->system()->value()->gsens()), "gsens");
 }
 
 void tst_MainWindow::saveFile_failureIsReportedAndNothingWritten() {
