@@ -153,13 +153,20 @@ struct SessionController::Private {
     }
 
     Connection *createLink() {
+        Connection *link = nullptr;
         if (factory)
-            return factory(settings);
-        if (settings.remote)
+            link = factory(settings);
+        else if (settings.remote)
             return new TcpConnection(settings.host, settings.port, settings.imei);
-        if (!settings.portName.isEmpty())
+        else if (!settings.portName.isEmpty())
             return new SerialConnection(settings.portName);
-        auto *serial = new SerialConnection;
+        else
+            link = new SerialConnection;
+        // A serial link without a port, built here or by a factory, looks for the device by its USB
+        // identifiers.
+        auto *serial = qobject_cast<SerialConnection *>(link);
+        if (!serial || !serial->portName().isEmpty())
+            return link;
         const int found = serial->findDevices();
         if (found == 1)
             return serial;
