@@ -254,7 +254,9 @@ struct SessionController::Private {
     // Jobs
 
     bool canStart(bool background) const {
-        if (!device->link() || passwordPending || state == State::Lost || state == State::Connecting)
+        // While a silent device is waited for, only telemetry rounds go out: they find out when it is back.
+        const bool waiting = state == State::Lost && !(background && lostBySilence);
+        if (!device->link() || passwordPending || waiting || state == State::Connecting)
             return false;
         if (job && !job->background)
             return false;

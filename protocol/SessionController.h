@@ -86,7 +86,9 @@ public:
     bool clearMemory();
     bool resetSettings();
     bool setPassword(quint32 newPassword);
-    // One round of the telemetry requests; the state stays Ready, and any other job replaces it.
+    // One round of the telemetry requests; the state stays Ready, and any other job replaces it. Also
+    // allowed while a silent device is waited for (state Lost, link open): its answer brings the session
+    // back.
     bool telemetryRound();
     // The switch into the boot loader; the job stays running until finishFirmwareUpdate().
     bool enterFirmwareUpdate();

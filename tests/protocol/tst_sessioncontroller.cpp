@@ -114,6 +114,9 @@ private slots:
         QTest::newRow("four time-outs")
             << 0u << 0u << none << "silent"
             << QString(identified + " Busy Lost lost job:LinkLost Disconnected").split(' ') << 0;
+        QTest::newRow("silent, then back")
+            << 0u << 0u << none << "back"
+            << QString(identified + " Lost lost job:Cancelled Ready restored job:Done").split(' ') << 0;
         // A telemetry round is replaced by the full read: none of its requests follows the read's first one.
         QTest::newRow("read all clears the queue")
             << 0u << 0u << none << "telemetry"
@@ -162,8 +165,13 @@ private slots:
         connect(&session, &SessionController::deviceBlocked, this, [&] { log << "blocked"; });
         connect(&session, &SessionController::connectionLost, this, [&] {
             log << "lost";
-            session.disconnectDevice();
+            if (script != "back")
+                return session.disconnectDevice();
+            link->silent = false;
+            session.cancelJob();
+            QVERIFY(!session.readAll() && session.telemetryRound()); // only telemetry probes a silent device
         });
+        connect(&session, &SessionController::connectionRestored, this, [&] { log << "restored"; });
         connect(&session, &SessionController::linkFailed, this, [&](const LinkFailure &f) {
             log << QStringLiteral("failed:") +
                        (f.error == LinkError::DeviceGone ? "DeviceGone" : "LinkClosed");
@@ -185,7 +193,10 @@ private slots:
         session.connectDevice(settings);
         QTRY_VERIFY(session.state() == State::Ready || session.state() == State::Disconnected);
         QCOMPARE(link->logins, logins);
-        if (script == "error" || script == "closed" || script == "silent") {
+        if (script == "back") {
+            link->silent = true;
+            QVERIFY(session.telemetryRound());
+        } else if (script == "error" || script == "closed" || script == "silent") {
             link->silent = true;
             QVERIFY(session.readAll());
             if (script == "error")
