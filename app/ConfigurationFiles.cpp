@@ -53,6 +53,7 @@ bool ConfigurationFiles::open() {
                                 : QStringLiteral("Произошла ошибка при открытии файла"));
         return false;
     }
+    m_openedPath = path;
     m_prompter->information(m_window, appTitle(), QStringLiteral("Конфигурация успешно загружена"));
     return true;
 }

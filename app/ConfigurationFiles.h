@@ -16,6 +16,8 @@ public:
 
     // The folder the file dialogs open in: the last one used.
     QString lastDir() const { return m_lastDir; }
+    // The file the configuration was last loaded from; empty after "Создать конфигурацию".
+    QString openedPath() const { return m_openedPath; }
 
     // Each true when the configuration now holds new values.
     bool createNew();
@@ -30,4 +32,5 @@ private:
     QWidget *m_window;
     std::shared_ptr<Prompter> m_prompter;
     QString m_lastDir;
+    QString m_openedPath;
 };

@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "Devices/ConfigurationDiff.h"
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/OutputConfiguration.h"
 #include "Devices/VantorConfiguration.h"
@@ -10,6 +11,7 @@
 #include "app/FirmwareUpdateFlow.h"
 #include "app/JobReport.h"
 #include "app/Prompter.h"
+#include "app/SafeWrites.h"
 #include "app/SettingsPages.h"
 #include "app/SettinsDialog.h"
 #include "app/Skin.h"
@@ -163,6 +165,9 @@ void MainWindow::setupSession() {
             [this](const QString &text) { m_prompter->warning(this, appTitle(), text); });
     connect(m_session, &SessionController::deviceBlocked, this, &MainWindow::onDeviceBlocked);
     connect(m_session, &SessionController::jobFinished, this, &MainWindow::onJobFinished);
+    m_safe = new SafeWrites(m_session, m_configuration, this, m_prompter, this);
+    m_safe->setVerify(AppSettings().verifyWrites());
+    connect(m_safe, &SafeWrites::writeRequested, this, &MainWindow::writeSections);
     connect(m_session, &SessionController::sectionDecoded, this, [this](int code) {
         if (code == kd::OutputConfiguration::AnswerCode)
             updateOutputsPage();
@@ -233,6 +238,9 @@ void MainWindow::setupActions() {
             [this] { m_updates->checkDevice(true); });
     connect(ui->action_SoftwareVersion, &QAction::triggered, this, [this] { m_updates->showVersions(); });
     connect(ui->action_About, &QAction::triggered, this, [this] { m_updates->showAbout(); });
+    ui->menuDevice->addSeparator();
+    ui->menuDevice->addAction(QStringLiteral("История изменений…"), this, [this] { m_safe->showHistory(); });
+    ui->menuDevice->addAction(QStringLiteral("Сравнить…"), this, [this] { m_safe->showCompare(); });
 }
 
 void MainWindow::render() {
@@ -446,18 +454,32 @@ void MainWindow::readAll() {
 }
 
 void MainWindow::writeAll() {
-    if (!m_prompter->question(
-            this, QStringLiteral("Сохранение конфигурации"),
-            QStringLiteral("Перезаписать все настройки прибора? \nДействие заменит текущие настройки")))
-        return;
+    writeSections({});
+}
+
+void MainWindow::writeSections(const QStringList &sections) {
     m_pages->storeModified();
-    m_session->writeAll();
+    if (!m_safe->confirm(
+            QStringLiteral("Сохранение конфигурации"),
+            QStringLiteral("Перезаписать все настройки прибора? \nДействие заменит текущие настройки"),
+            sections.isEmpty() ? kd::writeAllSections() : sections))
+        return;
+    if (sections.size() == 1)
+        m_session->writeSection(sections.constFirst());
+    else
+        m_session->writeAll();
     for (SettingsPageBase *page : m_pages->all())
         page->refresh();
 }
 
 void MainWindow::applyCurrentPage() {
-    if (SettingsPageBase *page = settingsPage(ui->listWidget->currentRow()))
+    SettingsPageBase *page = settingsPage(ui->listWidget->currentRow());
+    if (!page)
+        return;
+    page->storeToSection();
+    if (m_safe->confirm(QStringLiteral("Запись в прибор"),
+                        QStringLiteral("Загрузить настройки текущей страницы в прибор?"),
+                        {page->sectionKey()}))
         writePage(page);
 }
 
@@ -472,13 +494,17 @@ void MainWindow::on_action_ResetSettings_triggered() {
 }
 
 void MainWindow::on_action_CreateNewCfg_triggered() {
-    if (m_files->createNew())
-        showLoadedValues();
+    if (!m_files->createNew())
+        return;
+    m_safe->configurationReplaced();
+    showLoadedValues();
 }
 
 void MainWindow::on_action_OpenCfgFromFile_triggered() {
-    if (m_pages->confirmLeave(m_currentRow) && m_files->open())
-        showLoadedValues();
+    if (!m_pages->confirmLeave(m_currentRow) || !m_files->open())
+        return;
+    m_safe->fileLoaded(m_files->openedPath());
+    showLoadedValues();
 }
 
 void MainWindow::on_action_SaveCfgToFile_triggered() {
@@ -503,6 +529,7 @@ void MainWindow::on_actionSettings_triggered() {
     connect(&dialog, &SettinsDialog::settingsApplied, this, [this] {
         applySkin();
         updateTelemetryPeriod();
+        m_safe->setVerify(AppSettings().verifyWrites());
     });
     dialog.exec();
     // A new connection type in the settings means a new link.

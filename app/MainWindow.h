@@ -11,6 +11,7 @@
 
 class Connection;
 class ConfigurationFiles;
+class SafeWrites;
 class ConnectionIndicators;
 class ConnectionWaitDlg;
 class FirmwareUpdateFlow;
@@ -111,6 +112,8 @@ public slots:
 
     void readAll();
     void writeAll();
+    // The write confirmation with its changes, then the write of `sections` (a full write when empty).
+    void writeSections(const QStringList &sections);
     void applyCurrentPage();
     // Closes the current link and opens a new one for the connection type.
     void reconnect();
@@ -169,4 +172,5 @@ private:
     int m_currentRow = DevicePage;
     UpdateChecks *m_updates = nullptr;
     std::unique_ptr<ConfigurationFiles> m_files;
+    SafeWrites *m_safe = nullptr;
 };

@@ -1,9 +1,11 @@
 #include "Devices/AgcConfiguration.h"
+#include "Devices/ConfigurationDiff.h"
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/GSMConfiguration.h"
 #include "Devices/LogicConfiguration.h"
 #include "Devices/OutputConfiguration.h"
 #include "Devices/ServerConfiguration.h"
+#include "Devices/SnapshotStore.h"
 #include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
@@ -74,6 +76,17 @@ public:
         calls.append({kind, title, filter});
         return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
     }
+    // The write confirmation with its changes: recorded as a question whose text is the question and the
+    // changes, one a line; `keepDeviceValues` is the user's choice.
+    bool writePreview(QWidget *parent, const QString &title, const QString &text,
+                      kd::WritePreview *preview) override {
+        preview->keepDeviceValues = keepDeviceValues;
+        const kd::ConfigurationDiff diff = preview->diff();
+        QStringList lines{text, diff.summary()};
+        if (!preview->modelWarning.isEmpty())
+            lines << preview->modelWarning;
+        return question(parent, title, (lines + diff.humanLines()).join('\n'));
+    }
     // The leaving question: the next scripted answer, or Отмена when `cancel` is set.
     Answer questionWithCancel(QWidget *parent, const QString &title, const QString &text) override {
         if (cancel) {
@@ -116,6 +129,7 @@ public:
     QStringList fileNames;
     QList<quint32> passwords;
     bool cancel = false;
+    bool keepDeviceValues = false;
     QList<Call> calls;
 };
 
@@ -326,6 +340,7 @@ private slots:
     void firmwareUpdate_entersLoaderAndComesBack();
     void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data();
     void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit();
+    void virtualDevice_fileRoundTripPreviewSnapshotAndVerify();
     void typing_badValueIsRefused_data();
     void typing_badValueIsRefused();
     void leavingModifiedPage_yes_writesThatSection_data();
@@ -942,6 +957,53 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data() 
     row("output 1 state", MainWindow::OutputsPage, -1, "check:0", "0", "1");
 }
 
+// The file does not carry the roaming and the false-speed threshold: the write confirmation says so, keeps
+// the tracker's values on request, a snapshot goes into the history first, and the read-back catches a
+// tracker that confirms a write it ignores.
+void tst_MainWindow::virtualDevice_fileRoundTripPreviewSnapshotAndVerify() {
+    QProcess sim;
+    auto tracker = onTracker(sim, {QStringLiteral("--ignore-writes"), QStringLiteral("SystemConfiguration")});
+    QVERIFY(tracker);
+    MainWindow &w = *tracker;
+    QVERIFY(readEverything(w));
+    const QString file = m_dir.filePath(QStringLiteral("round-trip.json"));
+    m_prompter->fileNames = QStringList{file, file};
+    w.on_action_SaveCfgToFile_triggered();
+    m_prompter->answers = {true};
+    w.on_action_CreateNewCfg_triggered();
+    w.on_action_OpenCfgFromFile_triggered();
+
+    m_prompter->calls.clear();
+    w.writeAll(); // not answered: nothing is written
+    const QString shown = m_prompter->calls.value(0).text;
+    // "faultSpeed" is not read from the file and keeps the value the window had: only the roaming changes.
+    QVERIFY2(shown.contains(QStringLiteral("Изменится параметров: 2,")) &&
+                 shown.contains(QStringLiteral("SIM 2: роуминг: запрещен → разрешен")),
+             qPrintable(QString(shown).replace(QLatin1Char('\n'), QLatin1Char('|'))));
+
+    m_prompter->keepDeviceValues = true;
+    m_prompter->answers = {true};
+    m_prompter->calls.clear();
+    w.findChild<QPushButton *>(QStringLiteral("writeButton"))->click();
+    QVERIFY(m_prompter->calls.value(0).text.contains(QStringLiteral("Отличий нет")));
+    QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);
+    QVERIFY(m_prompter->texts().filter(QStringLiteral("не подтверждено")).isEmpty());
+    const QVector<kd::Snapshot> history = kd::SnapshotStore().list(QStringLiteral("863071014478127"));
+    QVERIFY(!history.isEmpty() && history.constFirst().written.isEmpty());
+
+    // An edit of the system page that the tracker drops is named after the read-back.
+    auto *system = w.settingsPage(MainWindow::SystemPage);
+    w.showPage(MainWindow::SystemPage);
+    QWidget *parking = shownField(&w, MainWindow::SystemPage, -1,
+                                  QStringLiteral("label:Время до перехода в режим стоянки:"));
+    QVERIFY(parking);
+    setFieldValue(parking, QStringLiteral("33"));
+    m_prompter->answers = {true};
+    w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
+    QTRY_VERIFY_WITH_TIMEOUT(!m_prompter->texts().filter(QStringLiteral("не подтверждено")).isEmpty(), 5000);
+    QVERIFY(!system->isModified());
+}
+
 // As a user would: read everything from the virtual tracker, edit one field, write the page with the
 // apply button, forget the configuration and read it all again.
 void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
@@ -962,6 +1024,7 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
     setFieldValue(input, edited);
     QCOMPARE(fieldValue(input), edited);
     QVERIFY(w.settingsPage(row)->isModified());
+    m_prompter->answers = {true};
     w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
     QVERIFY(!w.settingsPage(row)->isModified());
     QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);

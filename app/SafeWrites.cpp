@@ -1,0 +1,133 @@
+#include "app/SafeWrites.h"
+
+#include "app/CompareDialog.h"
+#include "app/HistoryDialog.h"
+#include "app/Prompter.h"
+
+#include "Devices/ConfigurationDiff.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+#include "protocol/SessionController.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonDocument>
+#include <QSet>
+
+SafeWrites::SafeWrites(SessionController *session, VantorConfiguration *configuration, QWidget *window,
+                       std::shared_ptr<Prompter> prompter, QObject *parent)
+    : QObject(parent)
+    , m_session(session)
+    , m_configuration(configuration)
+    , m_window(window)
+    , m_prompter(std::move(prompter))
+    , m_device(new VantorConfiguration(this))
+    , m_written(new VantorConfiguration(this)) {
+    connect(m_session, &SessionController::jobFinished, this, &SafeWrites::onJobFinished);
+}
+
+SafeWrites::~SafeWrites() = default;
+
+QString SafeWrites::imei() const {
+    const kd::DeviceInfoConfiguration *d = m_configuration->deviceInfo();
+    return d ? d->IMEI() : QString();
+}
+
+void SafeWrites::fileLoaded(const QString &path) {
+    QFile file(path);
+    m_fromFile = file.open(QIODevice::ReadOnly);
+    m_fileRoot = QJsonDocument::fromJson(file.readAll()).object();
+}
+
+void SafeWrites::configurationReplaced() {
+    m_fileRoot = QJsonObject();
+    m_fromFile = false;
+}
+
+bool SafeWrites::confirm(const QString &title, const QString &question, const QStringList &sections) {
+    if (!m_deviceKnown)
+        return m_prompter->question(m_window, title, question);
+    kd::WritePreview preview;
+    preview.device = m_device;
+    preview.planned = m_configuration;
+    preview.sections = sections;
+    if (m_fromFile) {
+        preview.notInFile = kd::fieldsNotInFile(m_fileRoot, sections);
+        preview.modelWarning = kd::otherModelWarning(m_fileRoot, *m_device);
+    }
+    if (!m_prompter->writePreview(m_window, title, question, &preview))
+        return false;
+    if (preview.keepDeviceValues)
+        kd::keepDeviceValues(*m_configuration, *m_device, preview.notInFile);
+    const kd::ConfigurationDiff diff = kd::ConfigurationDiff::compare(*m_device, *m_configuration, sections);
+    kd::Snapshot snapshot = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
+    snapshot.programVersion = QCoreApplication::applicationVersion();
+    QString error;
+    if (m_store.save(snapshot, &error).isEmpty())
+        m_prompter->warning(m_window, QStringLiteral("История изменений"),
+                            QStringLiteral("Не удалось сохранить снимок настроек прибора: %1").arg(error));
+    kd::copyFields(*m_written, *m_configuration);
+    m_writtenSections = sections;
+    m_step = m_verify ? Verify::AwaitWrite : Verify::Idle;
+    return true;
+}
+
+void SafeWrites::onJobFinished(const JobResult &result) {
+    switch (result.kind) {
+    case JobResult::Kind::ReadAll:
+        if (m_step == Verify::AwaitRead) {
+            m_step = Verify::Idle;
+            if (!result.ok())
+                return; // the window reports the missing sections
+            const kd::ConfigurationDiff mismatch =
+                kd::ConfigurationDiff::compare(*m_written, *m_configuration, m_writtenSections);
+            if (!mismatch.isEmpty()) {
+                m_prompter->warning(m_window, QStringLiteral("Проверка записи"),
+                                    QStringLiteral("Записано, но не подтверждено чтением:\n") +
+                                        kd::mismatchLines(mismatch).join('\n'));
+            } else {
+                kd::trafficLog(QStringLiteral("Запись подтверждена чтением"));
+            }
+        }
+        if (result.ok()) {
+            kd::copyFields(*m_device, *m_configuration);
+            m_deviceKnown = true;
+            configurationReplaced();
+        }
+        return;
+    case JobResult::Kind::WriteAll:
+    case JobResult::Kind::WriteSection:
+        if (m_step != Verify::AwaitWrite)
+            return;
+        m_step = Verify::Idle;
+        if (result.ok() && m_session->readAll())
+            m_step = Verify::AwaitRead;
+        return;
+    default:
+        return;
+    }
+}
+
+void SafeWrites::showHistory() {
+    HistoryDialog dialog(m_store, imei(), m_window);
+    if (dialog.exec() != QDialog::Accepted || !dialog.chosen())
+        return;
+    dialog.chosen()->applyTo(*m_configuration);
+    configurationReplaced();
+    emit writeRequested({});
+}
+
+void SafeWrites::showCompare() {
+    CompareDialog dialog(m_deviceKnown ? m_device : nullptr, m_configuration, m_store, imei(), m_window);
+    if (dialog.exec() != QDialog::Accepted || !dialog.writeSource())
+        return;
+    QSet<QString> sections;
+    // Only the ticked fields change: everything else is written with the device's own values.
+    kd::copyFields(*m_configuration, *m_device, false);
+    for (const kd::ConfigField *f : dialog.ticked()) {
+        f->assign(*m_configuration, f->rawValue(*dialog.writeSource()));
+        sections.insert(f->section);
+    }
+    configurationReplaced();
+    emit writeRequested(sections.values());
+}
