@@ -288,12 +288,10 @@ private slots:
     void initTestCase();
     void init();
 
-    void disconnected_deviceCommandsAreOff();
+    void deviceCommands_followTheConnection();
     void startUp_data();
     void startUp();
     void connected_identifiesDeviceAndReconnectIdentifiesAgain();
-    void outputsEntry_followsTheDevice_data();
-    void outputsEntry_followsTheDevice();
     void linkError_data();
     void linkError();
     void silentDevice_data();
@@ -419,8 +417,8 @@ bool tst_MainWindow::readEverything(MainWindow &w) {
         10000);
 }
 
-// Before any device answered: nothing that needs one can be started.
-void tst_MainWindow::disconnected_deviceCommandsAreOff() {
+// Before any device answered, nothing that needs one can be started.
+void tst_MainWindow::deviceCommands_followTheConnection() {
     auto w = makeWindow(false);
     for (const char *name : {"action_Reboot", "action_ReadStatistics"}) {
         auto *a = w->findChild<QAction *>(QLatin1String(name));
@@ -432,9 +430,24 @@ void tst_MainWindow::disconnected_deviceCommandsAreOff() {
     for (const char *name :
          {"action_ReadCfg", "action_WriteCfg", "action_ClearMemory", "action_ResetSettings"})
         QVERIFY(!w->findChild<QAction *>(QLatin1String(name))->isEnabled());
-    auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
-    QVERIFY(!(list->item(MainWindow::OutputsPage)->flags() & Qt::ItemIsEnabled));
+    const auto outputs = [&] {
+        auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
+        return bool(list->item(MainWindow::OutputsPage)->flags() & Qt::ItemIsEnabled);
+    };
+    QVERIFY(!outputs());
     QCOMPARE(w->connectionStateButton()->text(), NoDevice);
+
+    // Connected, reading is on, but a page holds no device values to apply until something is read; the
+    // outputs entry follows what the device reports.
+    w = identified();
+    QVERIFY(w);
+    w->show();
+    w->showPage(MainWindow::SystemPage);
+    QVERIFY(enabled(*w, "readButton") && !enabled(*w, "applyButton"));
+    m_link->deliverPayload(proto::ConfigPacketType, QByteArray::fromHex("8e010000 0000 0100"));
+    QVERIFY(outputs());
+    m_link->deliverPayload(proto::ConfigPacketType, QByteArray::fromHex("8e010000"));
+    QVERIFY(!outputs());
 }
 
 void tst_MainWindow::startUp_data() {
@@ -483,26 +496,6 @@ void tst_MainWindow::connected_identifiesDeviceAndReconnectIdentifiesAgain() {
     QTRY_VERIFY(old.isNull() || !old->isOpen());
     QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
     QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
-}
-
-void tst_MainWindow::outputsEntry_followsTheDevice_data() {
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("two outputs") << QByteArray::fromHex("8e010000 0000 0100") << true;
-    QTest::newRow("no outputs") << QByteArray::fromHex("8e010000") << false;
-}
-
-// Connected, reading is on, but a page holds no device values to apply until something is read.
-void tst_MainWindow::outputsEntry_followsTheDevice() {
-    QFETCH(QByteArray, answer);
-    auto w = identified();
-    QVERIFY(w);
-    w->show();
-    w->showPage(MainWindow::SystemPage);
-    QVERIFY(enabled(*w, "readButton") && !enabled(*w, "applyButton"));
-    m_link->deliverPayload(proto::ConfigPacketType, answer);
-    auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
-    QTEST(bool(list->item(MainWindow::OutputsPage)->flags() & Qt::ItemIsEnabled), "enabled");
 }
 
 // A link error: the user's text, and whether the window lets the device go.
