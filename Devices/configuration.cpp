@@ -58,8 +58,26 @@ void typedItemFailure(const QString &key, const char *found, const char *expecte
 }
 } // namespace detail
 
+namespace {
+constexpr int KeptTrafficLines = 5000;
+
+QStringList &keptTrafficLines() {
+    static QStringList lines;
+    return lines;
+}
+} // namespace
+
 void trafficLog(const QString &text) {
-    qDebug().noquote() << QString::number(QDateTime::currentSecsSinceEpoch()) + QLatin1Char(' ') + text;
+    const QString line = QString::number(QDateTime::currentSecsSinceEpoch()) + QLatin1Char(' ') + text;
+    QStringList &kept = keptTrafficLines();
+    if (kept.size() >= KeptTrafficLines)
+        kept.removeFirst();
+    kept.append(line);
+    qDebug().noquote() << line;
+}
+
+QStringList recentTrafficLog() {
+    return keptTrafficLines();
 }
 
 namespace codec {

@@ -6,6 +6,7 @@
 #include <QMap>
 #include <QObject>
 #include <QPointer>
+#include <QStringList>
 #include <QVector>
 
 namespace kd {
@@ -137,5 +138,7 @@ S *typed_item(const Configuration *cfg, const QString &key) {
 
 // One line of the exchange log, through the "default" logging category: "<unix seconds> <text>".
 void trafficLog(const QString &text);
+// The last lines of this run's exchange log (a bounded copy kept for support reports), oldest first.
+QStringList recentTrafficLog();
 
 } // namespace kd

@@ -1,6 +1,6 @@
 #include "cli/FrameText.h"
 
-#include "cli/TelemetryReport.h"
+#include "support/TelemetryReport.h"
 
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/SectionTable.h"

@@ -5,9 +5,9 @@ set -euo pipefail
 
 packages=(
     cmake make g++ pkg-config
-    qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev qttools5-dev
+    qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev qttools5-dev libqt5charts5-dev libkf5archive-dev
     libqt5svg5 fonts-dejavu-core qttranslations5-l10n
-    python3
+    python3 dpkg-dev unzip
     clang libclang-rt-14-dev
 )
 packages+=("$@")

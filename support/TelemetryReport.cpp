@@ -1,4 +1,4 @@
-#include "cli/TelemetryReport.h"
+#include "support/TelemetryReport.h"
 
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/TelemetryText.h"

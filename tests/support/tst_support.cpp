@@ -1,0 +1,142 @@
+#include "support/SupportBundle.h"
+#include "support/TelemetryCsvWriter.h"
+#include "support/TelemetryHistory.h"
+#include "support/TelemetrySeries.h"
+
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/VantorConfiguration.h"
+
+#include <KZip>
+#include <QDateTime>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cmath>
+
+namespace {
+
+// Splits one CSV line, honouring quoted cells with doubled quotes.
+QStringList csvCells(const QString &line) {
+    QStringList cells{QString()};
+    bool quoted = false;
+    for (int i = 0; i < line.size(); ++i) {
+        const QChar c = line[i];
+        if (quoted && c == QLatin1Char('"') && i + 1 < line.size() && line[i + 1] == QLatin1Char('"'))
+            cells.last() += line[++i];
+        else if (c == QLatin1Char('"'))
+            quoted = !quoted;
+        else if (c == QLatin1Char(',') && !quoted)
+            cells << QString();
+        else
+            cells.last() += c;
+    }
+    return cells;
+}
+
+using Points = QVector<QPointF>;
+
+} // namespace
+
+class tst_Support : public QObject {
+    Q_OBJECT
+private slots:
+    void ring_data();
+    void ring();
+    void recording_parsesBackByKeys();
+    void bundle_holdsTheMembersAndNoPassword();
+};
+
+void tst_Support::ring_data() {
+    QTest::addColumn<int>("capacity");
+    QTest::addColumn<Points>("appended"); // x: time in ms, y: value
+    QTest::addColumn<Points>("kept");
+    QTest::newRow("one point a second")
+        << 4 << Points{{1000, 1}, {2000, 2}, {3000, 3}} << Points{{1000, 1}, {2000, 2}, {3000, 3}};
+    QTest::newRow("same second: the newest wins")
+        << 4 << Points{{1000, 1}, {1500, 2}, {1999, 3}, {2000, 4}} << Points{{1999, 3}, {2000, 4}};
+    QTest::newRow("full: the oldest make room")
+        << 3 << Points{{1000, 1}, {2000, 2}, {3000, 3}, {4000, 4}, {5000, 5}}
+        << Points{{3000, 3}, {4000, 4}, {5000, 5}};
+}
+
+void tst_Support::ring() {
+    QFETCH(int, capacity);
+    QFETCH(Points, appended);
+    QFETCH(Points, kept);
+    TelemetryHistory history(2, capacity, 1000);
+    for (const QPointF &p : appended)
+        history.add(qint64(p.x()), {p.y(), std::nan("")});
+    QCOMPARE(history.series(0).range(0, 10000), kept);
+    QCOMPARE(history.series(1).size(), 0);
+    QCOMPARE(history.firstTime(), qint64(kept.first().x()));
+    QCOMPARE(history.series(0).range(qint64(kept.last().x()), 10000), Points{kept.last()});
+}
+
+void tst_Support::recording_parsesBackByKeys() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("rec.csv"));
+    kd::ControlInfoConfiguration state;
+    kd::DeviceStateRecord device;
+    device.supplyVoltage = 12345;
+    QVERIFY(state.setRecord(kd::telemetry::DeviceState, 0, device.toBytes()));
+    const QDateTime start = QDateTime::fromSecsSinceEpoch(1800000000, Qt::OffsetFromUTC, 3 * 3600);
+
+    TelemetryCsvWriter writer;
+    QString error;
+    QVERIFY2(writer.open(path, &error), qPrintable(error));
+    QVERIFY(!QFile::exists(path)); // only a finished recording takes the name
+    for (int round = 0; round < 30; ++round)
+        QVERIFY(writer.writeRound(start.addSecs(round), TelemetrySeries::values(state)));
+    QVERIFY(writer.close(&error));
+
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 2 + 30);
+    const QStringList titles = csvCells(lines[0]), keys = csvCells(lines[1]);
+    QCOMPARE(titles.mid(0, 2), (QStringList{QStringLiteral("Время"), QStringLiteral("Питание, В")}));
+    QCOMPARE(keys.size(), TelemetrySeries::columns().size() + 1);
+    const QStringList row = csvCells(lines[2 + 29]);
+    QCOMPARE(row.size(), keys.size());
+    QCOMPARE(QDateTime::fromString(row[keys.indexOf(QStringLiteral("time"))], Qt::ISODate),
+             start.addSecs(29));
+    QCOMPARE(row[keys.indexOf(QStringLiteral("supply_v"))], QStringLiteral("12.35"));
+    QCOMPARE(row[keys.indexOf(QStringLiteral("speed_kmh"))], QString()); // not reported: an empty cell
+}
+
+void tst_Support::bundle_holdsTheMembersAndNoPassword() {
+    QTemporaryDir dir;
+    QSettings settings(dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    settings.setValue(QStringLiteral("loginSettings/passWord"), 246813);
+    settings.setValue(QStringLiteral("loginSettings/userPassword"), QStringLiteral("server-secret"));
+    settings.setValue(QStringLiteral("loginSettings/proxyPassword"), QStringLiteral("proxy-secret"));
+    settings.setValue(QStringLiteral("loginSettings/login"), QStringLiteral("engineer"));
+    const QString sessionPassword = QStringLiteral("97531");
+    // Text the log or the device may hold, passwords included, besides the masked frames.
+    kd::trafficLog(QStringLiteral("login 246813 server-secret proxy-secret 97531 ") +
+                   QString::fromLatin1(QByteArray::fromHex("1dc40300").toHex()));
+    VantorConfiguration cfg;
+
+    const QString path = dir.filePath(QStringLiteral("report.zip"));
+    QString error;
+    QVERIFY2(SupportBundle::write(
+                 path, SupportBundle::collect(cfg, QStringLiteral("tavrel-cfg"), settings, {sessionPassword}),
+                 &error),
+             qPrintable(error));
+
+    KZip zip(path);
+    QVERIFY(zip.open(QIODevice::ReadOnly));
+    const QStringList members = zip.directory()->entries();
+    for (const char *name : {"identity.json", "configuration.json", "telemetry.txt", "telemetry-raw.txt",
+                             "exchange.log", "about.txt", "settings.json"})
+        QVERIFY2(members.contains(QLatin1String(name)), name);
+    for (const QString &name : members) {
+        const QByteArray data = zip.directory()->file(name)->data();
+        for (const char *secret : {"246813", "server-secret", "proxy-secret", "97531", "1dc40300"})
+            QVERIFY2(!data.contains(secret), qPrintable(name + QLatin1Char(' ') + QLatin1String(secret)));
+    }
+    QVERIFY(zip.directory()->file(QStringLiteral("settings.json"))->data().contains("engineer"));
+}
+
+QTEST_GUILESS_MAIN(tst_Support)
+#include "tst_support.moc"
