@@ -11,7 +11,7 @@ export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
 export ASAN_OPTIONS  := detect_leaks=1
 export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
 
-.PHONY: deps build run test fuzz screenshots bench soak install clean
+.PHONY: deps build run test fuzz screenshots bench soak install package package-check clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -46,6 +46,15 @@ soak: build
 
 install: build
 	cmake --install $(BUILD)
+
+# The Debian package in $(BUILD); `sudo apt install ./$(BUILD)/tavrel-cfg_*.deb` installs it.
+package: build
+	cd $(BUILD) && cpack -G DEB
+
+# Looks inside the package and unpacks it into a throw-away root: not part of `make test` (it needs
+# the Release build).
+package-check: package
+	@bash scripts/package-check.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(BUILD_TEST) $(BUILD_FUZZ)

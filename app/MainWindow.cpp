@@ -15,6 +15,7 @@
 #include "app/SettingsPages.h"
 #include "app/SettinsDialog.h"
 #include "app/Skin.h"
+#include "app/TelemetryTools.h"
 #include "app/UpdateChecks.h"
 #include "app/loginDialog.h"
 #include "pages/ProgramUpdatePage.h"
@@ -67,6 +68,9 @@ MainWindow::MainWindow(const Options &options, QWidget *parent)
     m_configuration = new VantorConfiguration(this);
     setupSession();
     setupPages();
+    auto *telemetryTools = new TelemetryTools(this, m_configuration, m_telemetryTimer, m_prompter.get());
+    connect(m_session, &SessionController::telemetryDecoded, telemetryTools,
+            &TelemetryTools::telemetryDecoded);
     setupActions();
     m_updates = new UpdateChecks(this, m_prompter, [this]() -> qint64 {
         return isIdentified() && m_configuration->deviceInfo()

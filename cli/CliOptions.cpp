@@ -38,6 +38,7 @@ const QHash<QString, CommandInfo> &commands() {
         {QStringLiteral("fwinfo"), {CliOptions::Command::FwInfo, 0}},
         {QStringLiteral("flash"), {CliOptions::Command::Flash, 120000}},
         {QStringLiteral("batch"), {CliOptions::Command::Batch, 0}},
+        {QStringLiteral("bundle"), {CliOptions::Command::Bundle, 60000}},
         {QStringLiteral("help"), {CliOptions::Command::Help, 0}},
     };
     return table;
@@ -49,7 +50,8 @@ const QStringList &valueOptions() {
         QStringLiteral("--password"), QStringLiteral("--password-file"), QStringLiteral("--log"),
         QStringLiteral("--timeout"),  QStringLiteral("--output"),        QStringLiteral("-o"),
         QStringLiteral("--template"), QStringLiteral("--overrides"),     QStringLiteral("--flash"),
-        QStringLiteral("--ports"),    QStringLiteral("--report"),        QStringLiteral("--wait")};
+        QStringLiteral("--ports"),    QStringLiteral("--report"),        QStringLiteral("--wait"),
+        QStringLiteral("--csv")};
     return list;
 }
 
@@ -106,6 +108,7 @@ bool CliOptions::needsDevice() const {
     case Command::SetPassword:
     case Command::Flash:
     case Command::Batch:
+    case Command::Bundle:
         return true;
     case Command::Diff:
         return diffA == QLatin1String("device") || diffB == QLatin1String("device");
@@ -195,6 +198,9 @@ QString CliOptions::parse(const QStringList &argv) {
                 if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > 86400)
                     return QStringLiteral("время ожидания %1 не число секунд больше нуля").arg(quoted(value));
                 waitMs = qMax(1, int(std::lround(seconds * 1000)));
+            } else if (arg == QLatin1String("--csv")) {
+                csvFile = value;
+                commandFlags << arg;
             } else if (arg == QLatin1String("--output") || arg == QLatin1String("-o")) {
                 output = value;
                 outputGiven = true;
@@ -253,10 +259,12 @@ QString CliOptions::parse(const QStringList &argv) {
         allowedFlags << QStringLiteral("--json");
         break;
     case Command::Read:
+    case Command::Bundle:
         allowedFlags << QStringLiteral("-o");
         break;
     case Command::Telemetry:
-        allowedFlags << QStringLiteral("--once") << QStringLiteral("--watch") << QStringLiteral("--raw");
+        allowedFlags << QStringLiteral("--once") << QStringLiteral("--watch") << QStringLiteral("--raw")
+                     << QStringLiteral("--csv");
         break;
     case Command::Write:
     case Command::Restore:
@@ -303,8 +311,10 @@ QString CliOptions::parse(const QStringList &argv) {
     QString error;
     switch (command) {
     case Command::Read:
+    case Command::Bundle:
         if (!outputGiven || output.isEmpty())
-            return QStringLiteral("команде read нужен файл: read -o ФАЙЛ.json");
+            return command == Command::Read ? QStringLiteral("команде read нужен файл: read -o ФАЙЛ.json")
+                                            : QStringLiteral("команде bundle нужен файл: bundle -o ФАЙЛ.zip");
         file = output;
         error = expectArguments(0, QString());
         break;
@@ -431,8 +441,9 @@ QString CliOptions::usage() {
         "  restore СНИМОК [--dry-run] [--no-verify] [--force]\n"
         "                           вернуть прибору настройки из снимка\n"
         "  telemetry --once [--raw] состояние прибора (--raw: записи телеметрии в hex)\n"
-        "  telemetry --watch [--raw]\n"
+        "  telemetry --watch [--raw] [--csv ФАЙЛ.csv]\n"
         "                           состояние прибора раз в секунду до Ctrl+C\n"
+        "                           (--csv: строка значений за каждый опрос в файл)\n"
         "  reset                    сбросить настройки на заводские\n"
         "  clear-memory             очистить память\n"
         "  set-password N           сменить пароль прибора\n"
@@ -449,6 +460,8 @@ QString CliOptions::usage() {
         "\n"
         "  --wait С                 ждать появления прибора до С секунд\n"
         "  --reconnect              после reset и flash дождаться прибора и показать сведения о нем\n"
+        "  bundle -o ФАЙЛ.zip       отчет для поддержки: сведения, конфигурация, телеметрия,\n"
+        "                           журнал обмена и настройки программы без паролей\n"
         "\n"
         "Код завершения: 0 - выполнено, 1 - ошибка прибора или связи, 2 - неверный вызов,\n"
         "10 и больше - файл прошивки не читается (fwinfo, flash); batch - 0, только если все приборы\n"

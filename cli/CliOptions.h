@@ -23,6 +23,7 @@ struct CliOptions {
         FwInfo,
         Flash,
         Batch,
+        Bundle,
         Help,
         Version
     };
@@ -42,7 +43,8 @@ struct CliOptions {
     quint32 newPassword = 0;
     QString logFile;
     int timeoutMs = 0; // 0 = the command's own default
-    QString file;      // read -o FILE, write FILE, fwinfo/flash FILE
+    QString file;      // read/bundle -o FILE, write FILE, fwinfo/flash FILE
+    QString csvFile;   // telemetry --csv FILE
     QString decodeHex; // decode: the hex digits of the frame
 
     bool json = false;

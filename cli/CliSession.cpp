@@ -1,5 +1,6 @@
 #include "cli/CliSession.h"
 
+#include "cli/BundleCommand.h"
 #include "cli/ConfigurationCommands.h"
 #include "cli/ConfigurationSource.h"
 #include "cli/DeviceCommand.h"
@@ -243,7 +244,11 @@ void CliSession::startCommand() {
         break;
     case CliOptions::Command::Telemetry:
         command = new TelemetryCommand(m_session, m_configuration, deadline, m_options.watch, m_options.raw,
-                                       m_out, m_err, this);
+                                       m_out, m_err, this, m_options.csvFile);
+        break;
+    case CliOptions::Command::Bundle:
+        command = new BundleCommand(m_session, m_configuration, deadline, m_options.file,
+                                    m_options.hasPassword, m_options.password, m_out, m_err, this);
         break;
     case CliOptions::Command::Reset:
         command =

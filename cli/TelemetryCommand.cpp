@@ -1,6 +1,7 @@
 #include "cli/TelemetryCommand.h"
 
 #include "support/TelemetryReport.h"
+#include "support/TelemetrySeries.h"
 
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
@@ -12,11 +13,12 @@
 
 TelemetryCommand::TelemetryCommand(SessionController *session, VantorConfiguration *configuration,
                                    int deadlineMs, bool watch, bool raw, QTextStream &out, QTextStream &err,
-                                   QObject *parent)
+                                   QObject *parent, const QString &csvFile)
     : DeviceCommand(session, deadlineMs, out, err, parent)
     , m_configuration(configuration)
     , m_watch(watch)
-    , m_raw(raw) {}
+    , m_raw(raw)
+    , m_csvFile(csvFile) {}
 
 void TelemetryCommand::run() {
     m_roundStart.restart();
@@ -36,6 +38,14 @@ void TelemetryCommand::jobDone(const JobResult &result) {
         fail(QStringLiteral("нет телеметрии"));
         return;
     }
+    if (!m_csvFile.isEmpty()) {
+        QString error;
+        if (m_rounds == 0 && !m_csv.open(m_csvFile, &error)) {
+            fail(QStringLiteral("не удалось записать файл %1: %2").arg(m_csvFile, error));
+            return;
+        }
+        m_csv.writeRound(QDateTime::currentDateTime(), TelemetrySeries::values(*state));
+    }
     if (m_watch) {
         if (m_rounds > 0)
             out() << '\n';
@@ -47,6 +57,7 @@ void TelemetryCommand::jobDone(const JobResult &result) {
     out().flush();
     ++m_rounds;
     if (!m_watch) {
+        m_csv.close();
         finish(0);
         return;
     }

@@ -5,7 +5,8 @@ set -euo pipefail
 build=${1:-build}
 sim="$build/tools/devsim/tavrel-devsim"
 cli="$build/cli/tavrel-cli"
-for exe in "$build/bench/readwrite/bench-readwrite" "$build/bench/flash/bench-flash" "$build/bench/startup/bench_startup" "$build/bench/batch/bench-batch"; do
+for exe in "$build/bench/readwrite/bench-readwrite" "$build/bench/flash/bench-flash" "$build/bench/startup/bench_startup" \
+           "$build/bench/batch/bench-batch" "$build/bench/charts/bench_charts"; do
     [ -x "$exe" ] || { echo "bench: $exe is not built" >&2; exit 1; }
 done
 
@@ -20,3 +21,6 @@ QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "$build/bench/startup/bench_startu
 echo
 echo "== batch on 1, 4 and 16 trackers at 115200 baud (identify, read, write, read back)"
 "$build/bench/batch/bench-batch" --devsim "$sim" --cli "$cli"
+echo
+echo "== an hour of 1 s telemetry with the charts shown (injected clock)"
+QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "$build/bench/charts/bench_charts"

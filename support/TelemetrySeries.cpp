@@ -16,23 +16,25 @@ constexpr quint8 UnknownSignal = 99;
 QVector<Column> buildColumns() {
     const QString volts = QStringLiteral("В");
     QVector<Column> c{
-        {QStringLiteral("supply_v"), QStringLiteral("Питание"), volts, Group::Voltage, 2},
-        {QStringLiteral("battery_v"), QStringLiteral("Резервное питание"), volts, Group::Voltage, 2},
+        {QStringLiteral("supply_v"), QStringLiteral("Питание"), QStringLiteral("Питание"), volts,
+         Group::Voltage, 2},
+        {QStringLiteral("battery_v"), QStringLiteral("Резервное питание"), QStringLiteral("Резерв"), volts,
+         Group::Voltage, 2},
     };
     for (int i = 1; i <= AnalogInputs; ++i)
-        c.append({QStringLiteral("analog_%1_v").arg(i), QStringLiteral("Аналоговый вход %1").arg(i), volts,
-                  Group::Voltage, 2});
+        c.append({QStringLiteral("analog_%1_v").arg(i), QStringLiteral("Аналоговый вход %1").arg(i),
+                  QStringLiteral("Вход %1").arg(i), volts, Group::Voltage, 2});
     for (int i = 1; i <= Receivers; ++i)
         c.append({QStringLiteral("satellites_%1").arg(i), QStringLiteral("Спутники, приемник %1").arg(i),
-                  QString(), Group::Satellites, 0});
+                  QStringLiteral("Приемник %1").arg(i), QString(), Group::Satellites, 0});
     for (int i = 1; i <= Sims; ++i)
         c.append({QStringLiteral("gsm_signal_%1").arg(i), QStringLiteral("Сигнал GSM, SIM %1").arg(i),
-                  QStringLiteral("из 31"), Group::Signal, 0});
+                  QStringLiteral("SIM %1").arg(i), QString(), Group::Signal, 0});
     for (int i = 1; i <= kd::FuelSensorsRecord::Sensors; ++i)
-        c.append({QStringLiteral("fuel_%1").arg(i), QStringLiteral("Топливо, датчик %1").arg(i), QString(),
-                  Group::Fuel, 0});
-    c.append(
-        {QStringLiteral("speed_kmh"), QStringLiteral("Скорость"), QStringLiteral("км/ч"), Group::Speed, 1});
+        c.append({QStringLiteral("fuel_%1").arg(i), QStringLiteral("Топливо, датчик %1").arg(i),
+                  QStringLiteral("Датчик %1").arg(i), QString(), Group::Fuel, 0});
+    c.append({QStringLiteral("speed_kmh"), QStringLiteral("Скорость"), QStringLiteral("Скорость"),
+              QStringLiteral("км/ч"), Group::Speed, 1});
     return c;
 }
 

@@ -19,6 +19,7 @@ enum class Group { Voltage, Satellites, Signal, Fuel, Speed };
 struct Column {
     QString key;   // "supply_v", "satellites_1", ...
     QString title; // "Питание"
+    QString label; // short name within its group on a chart ("Приемник 1")
     QString unit;  // "В"; empty for counts and sensor units
     Group group;
     int decimals;

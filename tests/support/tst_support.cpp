@@ -1,6 +1,7 @@
 #include "support/SupportBundle.h"
 #include "support/TelemetryCsvWriter.h"
 #include "support/TelemetryHistory.h"
+#include "support/TelemetryRoundTracker.h"
 #include "support/TelemetrySeries.h"
 
 #include "Devices/ControlInfoConfiguration.h"
@@ -42,6 +43,8 @@ class tst_Support : public QObject {
 private slots:
     void ring_data();
     void ring();
+    void rounds_data();
+    void rounds();
     void recording_parsesBackByKeys();
     void bundle_holdsTheMembersAndNoPassword();
 };
@@ -70,6 +73,24 @@ void tst_Support::ring() {
     QCOMPARE(history.series(1).size(), 0);
     QCOMPARE(history.firstTime(), qint64(kept.first().x()));
     QCOMPARE(history.series(0).range(qint64(kept.last().x()), 10000), Points{kept.last()});
+}
+
+void tst_Support::rounds_data() {
+    QTest::addColumn<QString>("events"); // a kind that arrived, or "p" for the next poll
+    QTest::addColumn<int>("rounds");
+    QTest::newRow("the last kind closes each round") << "10 14 24 p 10 24 p" << 2;
+    QTest::newRow("the last kind lost: the next poll closes") << "10 14 p 10 24" << 2;
+    QTest::newRow("polls without answers are no rounds") << "p p 10 p p" << 1;
+}
+
+void tst_Support::rounds() {
+    QFETCH(QString, events);
+    QFETCH(int, rounds);
+    TelemetryRoundTracker tracker(kd::telemetry::GsmRegistration);
+    QSignalSpy complete(&tracker, &TelemetryRoundTracker::roundComplete);
+    for (const QString &e : events.split(QLatin1Char(' ')))
+        e == QLatin1String("p") ? tracker.pollStarted() : tracker.kindArrived(e.toInt());
+    QCOMPARE(complete.count(), rounds);
 }
 
 void tst_Support::recording_parsesBackByKeys() {
