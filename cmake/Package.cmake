@@ -5,6 +5,7 @@ install(FILES ${PROJECT_SOURCE_DIR}/packaging/99-tavrel-tracker.rules DESTINATIO
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tavrel-cfg)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_VENDOR "Tavrel")
 set(CPACK_PACKAGE_CONTACT "Tavrel support <support@tavrel.ru>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Configurator for Tavrel GPS/GSM vehicle trackers")
