@@ -22,7 +22,12 @@ rm -rf "$seeds"
 mkdir -p "$build/fuzz-findings"
 
 harnesses=("$@")
-[ ${#harnesses[@]} -gt 0 ] || harnesses=($(cd "$bin" && ls fuzz_* | sed 's/^fuzz_//'))
+# Only the harness programs: the build also leaves fuzz_*_autogen folders beside them.
+if [ ${#harnesses[@]} -eq 0 ]; then
+    for f in "$bin"/fuzz_*; do
+        [ -f "$f" ] && [ -x "$f" ] && harnesses+=("${f##*/fuzz_}")
+    done
+fi
 
 asan=detect_leaks=1:allocator_may_return_null=1
 # Qt's frames carry no frame pointers: the harnesses that hand input to Qt's JSON parser unwind their
