@@ -7,6 +7,7 @@
 //                                     picture of the window showing the charts.
 #include "app/MainWindow.h"
 #include "app/TelemetryTools.h"
+#include "bench/ResidentMemory.h"
 
 #include "pages/TelemetryChartsPage.h"
 
@@ -26,17 +27,6 @@
 namespace {
 
 constexpr qint64 LimitKiB = 80 * 1024;
-
-qint64 residentKiB() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
-}
 
 void showCharts(MainWindow &window) {
     auto *list = window.findChild<QListWidget *>(QStringLiteral("listWidget"));

@@ -4,6 +4,7 @@
 #include "app/AppSettings.h"
 #include "app/MainWindow.h"
 #include "app/Prompter.h"
+#include "bench/ResidentMemory.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
 
@@ -33,17 +34,6 @@ double msSinceProcessStart() {
     clock_gettime(CLOCK_BOOTTIME, &now);
     const double ticks = double(sysconf(_SC_CLK_TCK));
     return (now.tv_sec + now.tv_nsec / 1e9 - startTicks / ticks) * 1000.0;
-}
-
-qint64 residentKiB() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
-    }
-    return -1;
 }
 
 class Quiet : public Prompter {
