@@ -36,8 +36,11 @@ constexpr quint8 OperationMask = 0x7F;
 constexpr int GsmSims = 2; // the GSM writes cover SIM 1 and 2
 
 // The telemetry sub-codes in the order they are polled (0x0D is never asked for).
-constexpr quint8 kTelemetrySubCodes[] = {0x0A, 0x09, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11,
-                                         0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18};
+constexpr telemetry::Kind kTelemetrySubCodes[] = {
+    telemetry::DeviceState,  telemetry::Unnamed9,    telemetry::Clock,          telemetry::Unnamed12,
+    telemetry::NavReceivers, telemetry::Servers,     telemetry::NavSummary,     telemetry::AnalogInputs,
+    telemetry::LogicInputs,  telemetry::FuelSensors, telemetry::Unnamed20,      telemetry::StateWords21,
+    telemetry::StateWords22, telemetry::SimStates,   telemetry::GsmRegistration};
 
 SectionRequest read(quint8 type, quint8 code, int operation, const QString &label) {
     SectionRequest r;
@@ -178,7 +181,7 @@ QVector<SectionRequest> serverWrites(const Configuration *cfg) {
 
 QVector<SectionRequest> telemetryReads() {
     QVector<SectionRequest> reads;
-    for (quint8 subCode : kTelemetrySubCodes) {
+    for (int subCode : kTelemetrySubCodes) {
         reads << read(CommandType, ControlInfoConfiguration::AnswerCode, subCode,
                       QStringLiteral("телеметрия 0x%1").arg(subCode, 2, 16, QLatin1Char('0')));
     }
