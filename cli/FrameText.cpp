@@ -223,14 +223,14 @@ QStringList FrameText::explain(const QByteArray &frame) {
                                                                    : QString());
         if (e.parameter >= 0)
             lines << QStringLiteral("параметр: %1").arg(e.parameter);
-        if (e.operation >= 0 && (e.operation & proto::op::StatusBit) && e.body.size() >= 2) {
-            const quint16 status = quint16(quint8(e.body.at(0)) | (quint8(e.body.at(1)) << 8));
-            QString text = UNPParcer::statusText(status);
+        const std::optional<quint16> status = UNPParcer::statusOf(payload);
+        if (e.operation >= 0 && (e.operation & proto::op::StatusBit) && status) {
+            QString text = UNPParcer::statusText(*status);
             while (text.startsWith(QLatin1Char('.')))
                 text.remove(0, 1);
-            if (status == UNPParcer::PowerCycleNeeded)
+            if (*status == UNPParcer::PowerCycleNeeded)
                 text = QStringLiteral("нужно отключить питание прибора");
-            lines << QStringLiteral("статус: %1 (%2)").arg(status).arg(text);
+            lines << QStringLiteral("статус: %1 (%2)").arg(*status).arg(text);
         }
     }
     if (!e.body.isEmpty() && e.type != proto::ServerLoginPacketType)

@@ -6,36 +6,21 @@
 #include "cli/PortList.h"
 #include "cli/TrafficLogFile.h"
 
+#include "protocol/InterruptWatcher.h"
 #include "protocol/SerialConnection.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QTextCodec>
 #include <QTextStream>
 
 #include "cli/FirmwareCommands.h"
 #include "update/FirmwareImage.h"
 
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/socket.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 constexpr int ExitOk = 0;
 constexpr int ExitFailure = 1;
 constexpr int ExitUsage = 2;
-
-#ifdef Q_OS_UNIX
-int signalPipe[2] = {-1, -1};
-
-void onSignal(int) {
-    const char byte = 1;
-    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
-}
-#endif
 
 int listPorts(QTextStream &out) {
     SerialConnection serial;
@@ -64,35 +49,11 @@ int decode(const CliOptions &options, QTextStream &out, QTextStream &err) {
 template <class Command>
 int runUntilFinished(QCoreApplication &app, Command &command) {
     QObject::connect(&command, &Command::finished, &app, &QCoreApplication::exit, Qt::QueuedConnection);
-#ifdef Q_OS_UNIX
-    QSocketNotifier *notifier = nullptr;
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) == 0) {
-        notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(notifier, &QSocketNotifier::activated, &command, [&command] {
-            char byte = 0;
-            [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
-            command.interrupt();
-        });
-        struct sigaction action = {};
-        action.sa_handler = onSignal;
-        sigemptyset(&action.sa_mask);
-        action.sa_flags = SA_RESTART;
-        ::sigaction(SIGINT, &action, nullptr);
-        ::sigaction(SIGTERM, &action, nullptr);
-    }
-#endif
+    InterruptWatcher interrupts;
+    QObject::connect(&interrupts, &InterruptWatcher::interrupted, &command,
+                     [&command] { command.interrupt(); });
     command.start();
-    const int status = app.exec();
-#ifdef Q_OS_UNIX
-    ::signal(SIGINT, SIG_DFL);
-    ::signal(SIGTERM, SIG_DFL);
-    delete notifier;
-    if (signalPipe[0] >= 0) {
-        ::close(signalPipe[0]);
-        ::close(signalPipe[1]);
-    }
-#endif
-    return status;
+    return app.exec();
 }
 
 } // namespace

@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr quint8 StatusBit = 0x80;
 constexpr quint8 OperationMask = 0x7F;
 
 // Telemetry sub-codes: 1 is a bare notice, 2..8 carry nothing we know, 9..24 go to the record decoder.
@@ -64,7 +63,7 @@ void UNPParcer::parse(quint8 type, const QByteArray &payload) {
 void UNPParcer::parseConfigAnswer(const QByteArray &payload) {
     const quint8 code = kd::le::u8(payload, proto::Frame::CodeOffset);
     const quint8 operation = kd::le::u8(payload, proto::Frame::OperationOffset);
-    if (operation & StatusBit) {
+    if (operation & proto::op::StatusBit) {
         handleStatus(kd::le::u16(payload, proto::Frame::StatusOffset));
         return;
     }
@@ -111,6 +110,12 @@ void UNPParcer::parseCommandAnswer(const QByteArray &payload) {
         if (info && info->decode(payload))
             emit ControlTelemetry(operation);
     }
+}
+
+std::optional<quint16> UNPParcer::statusOf(const QByteArray &payload) {
+    if (!kd::le::has(payload, proto::Frame::StatusOffset, 2))
+        return std::nullopt;
+    return kd::le::u16(payload, proto::Frame::StatusOffset);
 }
 
 QString UNPParcer::statusText(quint16 status) {

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QPointer>
+#include <optional>
 
 class StatusNotifier;
 
@@ -40,6 +41,9 @@ public:
     void parse(quint8 type, const QByteArray &payload);
     void handleStatus(quint16 status);
 
+    // The 16-bit status behind the head of a status answer; nullopt when the payload is too short
+    // to hold one.
+    static std::optional<quint16> statusOf(const QByteArray &payload);
     // The log text of a status, empty for the power-cycle status (which is a box, not a log line).
     static QString statusText(quint16 status);
     static QString powerCycleText();

@@ -8,41 +8,20 @@
 
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
+#include "protocol/InterruptWatcher.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QTextStream>
 
 #include <csignal>
 #include <cstdio>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
-int signalPipe[2] = {-1, -1};
-
-void onSignal(int) {
-    const char c = 1;
-    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &c, 1);
-}
-
 // SIGINT and SIGTERM end the event loop normally, so that the state is saved and the link removed.
 void watchSignals(QCoreApplication *app) {
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0)
-        return;
-    auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, app);
-    QObject::connect(notifier, &QSocketNotifier::activated, app, [app] {
-        char c;
-        [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &c, 1);
-        app->quit();
-    });
-    struct sigaction sa {};
-    sa.sa_handler = onSignal;
-    sigemptyset(&sa.sa_mask);
-    sa.sa_flags = SA_RESTART;
-    ::sigaction(SIGINT, &sa, nullptr);
-    ::sigaction(SIGTERM, &sa, nullptr);
+    auto *interrupts = new InterruptWatcher(app);
+    QObject::connect(interrupts, &InterruptWatcher::interrupted, app, &QCoreApplication::quit);
     // A configurator that vanishes mid-write must not take the device with it.
     ::signal(SIGPIPE, SIG_IGN);
 }
