@@ -23,10 +23,7 @@ constexpr quint8 OperationMask = 0x7F;
 constexpr int StallMs = 250;
 
 quint16 statusOf(const QByteArray &payload) {
-    return payload.size() < proto::Frame::StatusOffset + 2
-               ? 0
-               : quint16(quint8(payload.at(proto::Frame::StatusOffset)) |
-                         (quint8(payload.at(proto::Frame::StatusOffset + 1)) << 8));
+    return UNPParcer::statusOf(payload).value_or(0);
 }
 
 QString statusLabel(quint16 status) {
