@@ -34,41 +34,6 @@ void store(Item *e, const QByteArray &r) {
 AgcConfigurationItem::AgcConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void AgcConfigurationItem::setEnabled(quint8 v) {
-    if (assign(m_enabled, v)) {
-        emit enabledChanged(v);
-        emit changed();
-    }
-}
-
-void AgcConfigurationItem::setThresholdLow(uint16_t v) {
-    if (assign(m_thresholdLow, v)) {
-        emit thresholdLowChanged(v);
-        emit changed();
-    }
-}
-
-void AgcConfigurationItem::setThresholdHigh(uint16_t v) {
-    if (assign(m_thresholdHigh, v)) {
-        emit thresholdHighChanged(v);
-        emit changed();
-    }
-}
-
-void AgcConfigurationItem::setSensitivity(uint16_t v) {
-    if (assign(m_sensitivity, v)) {
-        emit sensitivityChanged(v);
-        emit changed();
-    }
-}
-
-void AgcConfigurationItem::setAveraging(uint16_t v) {
-    if (assign(m_averaging, v)) {
-        emit averagingChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 AgcConfiguration::AgcConfiguration(int count, QObject *parent)

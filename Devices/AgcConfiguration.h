@@ -16,11 +16,15 @@ public:
     uint16_t sensitivity() const { return m_sensitivity; }
     uint16_t averaging() const { return m_averaging; }
 
-    void setEnabled(quint8 v);
-    void setThresholdLow(uint16_t v);
-    void setThresholdHigh(uint16_t v);
-    void setSensitivity(uint16_t v);
-    void setAveraging(uint16_t v);
+    void setEnabled(quint8 v) { setField(m_enabled, v, &AgcConfigurationItem::enabledChanged); }
+    void setThresholdLow(uint16_t v) {
+        setField(m_thresholdLow, v, &AgcConfigurationItem::thresholdLowChanged);
+    }
+    void setThresholdHigh(uint16_t v) {
+        setField(m_thresholdHigh, v, &AgcConfigurationItem::thresholdHighChanged);
+    }
+    void setSensitivity(uint16_t v) { setField(m_sensitivity, v, &AgcConfigurationItem::sensitivityChanged); }
+    void setAveraging(uint16_t v) { setField(m_averaging, v, &AgcConfigurationItem::averagingChanged); }
 
 signals:
     void thresholdLowChanged(uint16_t threshold);

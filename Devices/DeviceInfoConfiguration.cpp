@@ -18,55 +18,6 @@ constexpr int NameOffset = 4;
 DeviceInfoConfigurationItem::DeviceInfoConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void DeviceInfoConfigurationItem::setDeviceGroup(uint32_t v) {
-    if (assign(m_group, v)) {
-        emit DeviceGroupChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setDeviceType(uint32_t v) {
-    if (assign(m_type, v)) {
-        emit DeviceTypeChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setDeviceMod(uint32_t v) {
-    if (assign(m_mod, v)) {
-        emit DeviceModChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setSerialNumber(uint32_t v) {
-    if (assign(m_serial, v)) {
-        emit SerialNumberChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setVersion(uint32_t v) {
-    if (assign(m_version, v)) {
-        emit VersionChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setIMEI(const QString &v) {
-    if (assign(m_imei, v)) {
-        emit IMEIChanged(v);
-        emit changed();
-    }
-}
-
-void DeviceInfoConfigurationItem::setName(const QString &v) {
-    if (assign(m_name, v)) {
-        emit nameChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 DeviceInfoConfiguration::DeviceInfoConfiguration(int count, QObject *parent)

@@ -25,13 +25,17 @@ public:
     QString IMEI() const { return m_imei; }
     QString name() const { return m_name; } // the device's text information
 
-    void setDeviceGroup(uint32_t v);
-    void setDeviceType(uint32_t v);
-    void setDeviceMod(uint32_t v);
-    void setSerialNumber(uint32_t v);
-    void setVersion(uint32_t v);
-    void setIMEI(const QString &v);
-    void setName(const QString &v);
+    void setDeviceGroup(uint32_t v) {
+        setField(m_group, v, &DeviceInfoConfigurationItem::DeviceGroupChanged);
+    }
+    void setDeviceType(uint32_t v) { setField(m_type, v, &DeviceInfoConfigurationItem::DeviceTypeChanged); }
+    void setDeviceMod(uint32_t v) { setField(m_mod, v, &DeviceInfoConfigurationItem::DeviceModChanged); }
+    void setSerialNumber(uint32_t v) {
+        setField(m_serial, v, &DeviceInfoConfigurationItem::SerialNumberChanged);
+    }
+    void setVersion(uint32_t v) { setField(m_version, v, &DeviceInfoConfigurationItem::VersionChanged); }
+    void setIMEI(const QString &v) { setField(m_imei, v, &DeviceInfoConfigurationItem::IMEIChanged); }
+    void setName(const QString &v) { setField(m_name, v, &DeviceInfoConfigurationItem::nameChanged); }
 
 signals:
     void DeviceGroupChanged(uint32_t value);

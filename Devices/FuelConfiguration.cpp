@@ -12,27 +12,6 @@ constexpr int AveragingOffset = 20; // + 2t
 FuelConfigurationItem::FuelConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void FuelConfigurationItem::setAddr(quint8 v) {
-    if (assign(m_addr, v)) {
-        emit addrChanged(v);
-        emit changed();
-    }
-}
-
-void FuelConfigurationItem::setTank_num(quint8 v) {
-    if (assign(m_tankNum, v)) {
-        emit tank_numChanged(v);
-        emit changed();
-    }
-}
-
-void FuelConfigurationItem::setAveraging(quint16 v) {
-    if (assign(m_averaging, v)) {
-        emit averagingChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 namespace {

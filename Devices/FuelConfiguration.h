@@ -12,9 +12,9 @@ public:
     quint8 tank_num() const { return m_tankNum; }     // the tank the sensor measures
     quint16 averaging() const { return m_averaging; } // averaging of tank <element index>
 
-    void setAddr(quint8 v);
-    void setTank_num(quint8 v);
-    void setAveraging(quint16 v);
+    void setAddr(quint8 v) { setField(m_addr, v, &FuelConfigurationItem::addrChanged); }
+    void setTank_num(quint8 v) { setField(m_tankNum, v, &FuelConfigurationItem::tank_numChanged); }
+    void setAveraging(quint16 v) { setField(m_averaging, v, &FuelConfigurationItem::averagingChanged); }
 
 signals:
     void addrChanged(quint8 value);

@@ -45,48 +45,6 @@ void storeRoaming(Item *e, const QByteArray &r) {
 GSMConfigurationItem::GSMConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void GSMConfigurationItem::setApn(const QString &v) {
-    if (assign(m_apn, v)) {
-        emit apnChanged(v);
-        emit changed();
-    }
-}
-
-void GSMConfigurationItem::setApnUser(const QString &v) {
-    if (assign(m_apnUser, v)) {
-        emit apnUserChanged(v);
-        emit changed();
-    }
-}
-
-void GSMConfigurationItem::setApnPassword(const QString &v) {
-    if (assign(m_apnPassword, v)) {
-        emit apnPasswordChanged(v);
-        emit changed();
-    }
-}
-
-void GSMConfigurationItem::setForbidden(quint8 v) {
-    if (assign(m_forbidden, v)) {
-        emit forbiddenChanged(v);
-        emit changed();
-    }
-}
-
-void GSMConfigurationItem::setTimetableHi(quint64 v) {
-    if (assign(m_timetableHi, v)) {
-        emit timetableHiChanged(v);
-        emit changed();
-    }
-}
-
-void GSMConfigurationItem::setTimetableLow(quint64 v) {
-    if (assign(m_timetableLow, v)) {
-        emit timetableLowChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 GSMConfiguration::GSMConfiguration(int count, QObject *parent)

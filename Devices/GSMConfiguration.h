@@ -20,12 +20,16 @@ public:
     quint64 timetableHi() const { return m_timetableHi; }
     quint64 timetableLow() const { return m_timetableLow; }
 
-    void setApn(const QString &v);
-    void setApnUser(const QString &v);
-    void setApnPassword(const QString &v);
-    void setForbidden(quint8 v);
-    void setTimetableHi(quint64 v);
-    void setTimetableLow(quint64 v);
+    void setApn(const QString &v) { setField(m_apn, v, &GSMConfigurationItem::apnChanged); }
+    void setApnUser(const QString &v) { setField(m_apnUser, v, &GSMConfigurationItem::apnUserChanged); }
+    void setApnPassword(const QString &v) {
+        setField(m_apnPassword, v, &GSMConfigurationItem::apnPasswordChanged);
+    }
+    void setForbidden(quint8 v) { setField(m_forbidden, v, &GSMConfigurationItem::forbiddenChanged); }
+    void setTimetableHi(quint64 v) { setField(m_timetableHi, v, &GSMConfigurationItem::timetableHiChanged); }
+    void setTimetableLow(quint64 v) {
+        setField(m_timetableLow, v, &GSMConfigurationItem::timetableLowChanged);
+    }
 
 signals:
     void apnChanged(const QString &value);

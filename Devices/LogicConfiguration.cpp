@@ -12,13 +12,6 @@ constexpr quint8 MaxAnswerIndex = 1;
 LogicConfigurationItem::LogicConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void LogicConfigurationItem::setFunc(quint8 v) {
-    if (assign(m_func, v)) {
-        emit funcChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 LogicConfiguration::LogicConfiguration(int count, QObject *parent)

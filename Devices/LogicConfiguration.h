@@ -9,7 +9,7 @@ public:
     explicit LogicConfigurationItem(QObject *parent = nullptr);
 
     quint8 func() const { return m_func; }
-    void setFunc(quint8 v);
+    void setFunc(quint8 v) { setField(m_func, v, &LogicConfigurationItem::funcChanged); }
 
 signals:
     void funcChanged(quint8 value);

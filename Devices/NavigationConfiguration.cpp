@@ -19,55 +19,6 @@ constexpr quint8 PwrNavMask = 0x0F;
 NavigationConfigurationItem::NavigationConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void NavigationConfigurationItem::setDeltaCourse(quint8 v) {
-    if (assign(m_deltaCourse, v)) {
-        emit deltaCourseChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setDeltaSpeed(quint8 v) {
-    if (assign(m_deltaSpeed, v)) {
-        emit deltaSpeedChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setDriveTimeout(quint8 v) {
-    if (assign(m_driveTimeout, v)) {
-        emit driveTimeoutChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setDeltaDistance(quint8 v) {
-    if (assign(m_deltaDistance, v)) {
-        emit deltaDistanceChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setFreezeNav(quint8 v) {
-    if (assign(m_freezeNav, v)) {
-        emit freezeNavChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setPwrNav(quint8 v) {
-    if (assign(m_pwrNav, v)) {
-        emit pwrNavChanged(v);
-        emit changed();
-    }
-}
-
-void NavigationConfigurationItem::setFaultSpeed(quint8 v) {
-    if (assign(m_faultSpeed, v)) {
-        emit faultSpeedChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 namespace {

@@ -17,13 +17,23 @@ public:
     quint8 pwrNav() const { return m_pwrNav; }
     quint8 faultSpeed() const { return m_faultSpeed; }
 
-    void setDeltaCourse(quint8 v);
-    void setDeltaSpeed(quint8 v);
-    void setDriveTimeout(quint8 v);
-    void setDeltaDistance(quint8 v);
-    void setFreezeNav(quint8 v);
-    void setPwrNav(quint8 v);
-    void setFaultSpeed(quint8 v);
+    void setDeltaCourse(quint8 v) {
+        setField(m_deltaCourse, v, &NavigationConfigurationItem::deltaCourseChanged);
+    }
+    void setDeltaSpeed(quint8 v) {
+        setField(m_deltaSpeed, v, &NavigationConfigurationItem::deltaSpeedChanged);
+    }
+    void setDriveTimeout(quint8 v) {
+        setField(m_driveTimeout, v, &NavigationConfigurationItem::driveTimeoutChanged);
+    }
+    void setDeltaDistance(quint8 v) {
+        setField(m_deltaDistance, v, &NavigationConfigurationItem::deltaDistanceChanged);
+    }
+    void setFreezeNav(quint8 v) { setField(m_freezeNav, v, &NavigationConfigurationItem::freezeNavChanged); }
+    void setPwrNav(quint8 v) { setField(m_pwrNav, v, &NavigationConfigurationItem::pwrNavChanged); }
+    void setFaultSpeed(quint8 v) {
+        setField(m_faultSpeed, v, &NavigationConfigurationItem::faultSpeedChanged);
+    }
 
 signals:
     void deltaCourseChanged(quint8 value);

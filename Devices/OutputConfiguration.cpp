@@ -18,48 +18,6 @@ constexpr int StateOffset = 4;
 OutputConfigurationItem::OutputConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void OutputConfigurationItem::setOutNum(quint8 v) {
-    if (assign(m_outNum, v)) {
-        emit outNumChanged(v);
-        emit changed();
-    }
-}
-
-void OutputConfigurationItem::setHighCondition(quint8 v) {
-    if (assign(m_highCondition, v)) {
-        emit highConditionChanged(v);
-        emit changed();
-    }
-}
-
-void OutputConfigurationItem::setLowCondition(quint8 v) {
-    if (assign(m_lowCondition, v)) {
-        emit lowConditionChanged(v);
-        emit changed();
-    }
-}
-
-void OutputConfigurationItem::setReplayCounter(quint8 v) {
-    if (assign(m_replayCounter, v)) {
-        emit replayCounterChanged(v);
-        emit changed();
-    }
-}
-
-void OutputConfigurationItem::setNumberOfOutputs(quint8 v) {
-    if (assign(m_numberOfOutputs, v)) {
-        emit numberOfOutputsChanged(v);
-        emit changed();
-    }
-}
-
-void OutputConfigurationItem::setStates(const QVector<quint8> &v) {
-    if (assign(m_states, v)) {
-        emit statesChanged();
-        emit changed();
-    }
-}
-
 void OutputConfigurationItem::setState(int output, quint8 state) {
     if (output < 0)
         return;

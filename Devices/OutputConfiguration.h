@@ -16,12 +16,22 @@ public:
     quint8 numberOfOutputs() const { return m_numberOfOutputs; } // as reported by the device
     QVector<quint8> states() const { return m_states; }          // one byte per output, device order
 
-    void setOutNum(quint8 v);
-    void setHighCondition(quint8 v);
-    void setLowCondition(quint8 v);
-    void setReplayCounter(quint8 v);
-    void setNumberOfOutputs(quint8 v);
-    void setStates(const QVector<quint8> &v);
+    void setOutNum(quint8 v) { setField(m_outNum, v, &OutputConfigurationItem::outNumChanged); }
+    void setHighCondition(quint8 v) {
+        setField(m_highCondition, v, &OutputConfigurationItem::highConditionChanged);
+    }
+    void setLowCondition(quint8 v) {
+        setField(m_lowCondition, v, &OutputConfigurationItem::lowConditionChanged);
+    }
+    void setReplayCounter(quint8 v) {
+        setField(m_replayCounter, v, &OutputConfigurationItem::replayCounterChanged);
+    }
+    void setNumberOfOutputs(quint8 v) {
+        setField(m_numberOfOutputs, v, &OutputConfigurationItem::numberOfOutputsChanged);
+    }
+    void setStates(const QVector<quint8> &v) {
+        setField(m_states, v, &OutputConfigurationItem::statesChanged);
+    }
     void setState(int output, quint8 state); // grows the list when needed
 
 signals:

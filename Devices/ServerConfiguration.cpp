@@ -31,34 +31,6 @@ void store(Item *e, const QByteArray &r) {
 ServerConfigurationItem::ServerConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void ServerConfigurationItem::setEnable(quint8 v) {
-    if (assign(m_enable, v)) {
-        emit enableChanged(v);
-        emit changed();
-    }
-}
-
-void ServerConfigurationItem::setServer(const QString &v) {
-    if (assign(m_server, v)) {
-        emit serverChanged(v);
-        emit changed();
-    }
-}
-
-void ServerConfigurationItem::setPort(quint32 v) {
-    if (assign(m_port, v)) {
-        emit portChanged(v);
-        emit changed();
-    }
-}
-
-void ServerConfigurationItem::setProto(quint8 v) {
-    if (assign(m_proto, v)) {
-        emit protoChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 ServerConfiguration::ServerConfiguration(int count, QObject *parent)

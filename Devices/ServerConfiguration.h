@@ -17,10 +17,10 @@ public:
     quint32 port() const { return m_port; }
     quint8 proto() const { return m_proto; } // reporting protocol, see kd::ServerProtocol
 
-    void setEnable(quint8 v);
-    void setServer(const QString &v);
-    void setPort(quint32 v);
-    void setProto(quint8 v);
+    void setEnable(quint8 v) { setField(m_enable, v, &ServerConfigurationItem::enableChanged); }
+    void setServer(const QString &v) { setField(m_server, v, &ServerConfigurationItem::serverChanged); }
+    void setPort(quint32 v) { setField(m_port, v, &ServerConfigurationItem::portChanged); }
+    void setProto(quint8 v) { setField(m_proto, v, &ServerConfigurationItem::protoChanged); }
 
 signals:
     void enableChanged(quint8 value);

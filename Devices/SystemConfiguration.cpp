@@ -15,41 +15,6 @@ constexpr int OutCtrlShift = 5;
 SystemConfigurationItem::SystemConfigurationItem(QObject *parent)
     : kd::ConfigurationValue(parent) {}
 
-void SystemConfigurationItem::setParkingMin(quint8 v) {
-    if (assign(m_parkingMin, v)) {
-        emit parkingMinChanged(v);
-        emit changed();
-    }
-}
-
-void SystemConfigurationItem::setPwrMode(quint8 v) {
-    if (assign(m_pwrMode, v)) {
-        emit pwrModeChanged(v);
-        emit changed();
-    }
-}
-
-void SystemConfigurationItem::setGsens(quint8 v) {
-    if (assign(m_gsens, v)) {
-        emit gsensChanged(v);
-        emit changed();
-    }
-}
-
-void SystemConfigurationItem::setLowSpeed(quint8 v) {
-    if (assign(m_lowSpeed, v)) {
-        emit lowSpeedChanged(v);
-        emit changed();
-    }
-}
-
-void SystemConfigurationItem::setOutCtrl(quint8 v) {
-    if (assign(m_outCtrl, v)) {
-        emit OutCtrlChanged(v);
-        emit changed();
-    }
-}
-
 namespace kd {
 
 namespace {

@@ -14,11 +14,11 @@ public:
     quint8 lowSpeed() const { return m_lowSpeed; }
     quint8 OutCtrl() const { return m_outCtrl; }
 
-    void setParkingMin(quint8 v);
-    void setPwrMode(quint8 v);
-    void setGsens(quint8 v);
-    void setLowSpeed(quint8 v);
-    void setOutCtrl(quint8 v);
+    void setParkingMin(quint8 v) { setField(m_parkingMin, v, &SystemConfigurationItem::parkingMinChanged); }
+    void setPwrMode(quint8 v) { setField(m_pwrMode, v, &SystemConfigurationItem::pwrModeChanged); }
+    void setGsens(quint8 v) { setField(m_gsens, v, &SystemConfigurationItem::gsensChanged); }
+    void setLowSpeed(quint8 v) { setField(m_lowSpeed, v, &SystemConfigurationItem::lowSpeedChanged); }
+    void setOutCtrl(quint8 v) { setField(m_outCtrl, v, &SystemConfigurationItem::OutCtrlChanged); }
 
 signals:
     void parkingMinChanged(quint8 value);

@@ -30,6 +30,19 @@ protected:
         field = F(value);
         return true;
     }
+
+    // A field's setter: stores the value and, when it differed, emits the field's own signal (with the
+    // new value, or none) and then changed(). Every setter of the model is one call of this.
+    template <class Owner, class F, class V, class... Arg>
+    void setField(F &field, const V &value, void (Owner::*notify)(Arg...)) {
+        if (!assign(field, value))
+            return;
+        if constexpr (sizeof...(Arg) == 0)
+            emit(static_cast<Owner *>(this)->*notify)();
+        else
+            emit(static_cast<Owner *>(this)->*notify)(field);
+        emit changed();
+    }
 };
 
 // Abstract base of every section. A QObject, so that typed_item can check a down-cast through the
