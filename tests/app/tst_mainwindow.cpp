@@ -17,6 +17,7 @@
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
+#include "tests/support/FakeLink.h"
 #include "tests/update/BskBuilder.h"
 #include "update/ComponentInformation.h"
 #include "update/DeviceUpdater.h"
@@ -116,76 +117,6 @@ public:
     bool keepDeviceValues = false;
     QList<Call> calls;
 };
-
-// A link that records what is written and answers like a device that accepts every command.
-class FakeLink : public Connection {
-public:
-    using Connection::Connection;
-    // What the last link wrote, kept when the window drops it.
-    static QStringList lastHeads;
-    ~FakeLink() override { lastHeads = writeHeads(); }
-
-    bool open() override {
-        m_open = true;
-        emit connected();
-        return true;
-    }
-    void close() override { m_open = false; }
-    bool isOpen() const override { return m_open; }
-    int state() const override { return m_open ? Connected : Closed; }
-    qint64 write(const QByteArray &bytes) override {
-        written.append(bytes);
-        const QByteArray answer = silent ? QByteArray() : answerFor(bytes);
-        if (!answer.isEmpty())
-            QTimer::singleShot(0, this, [this, answer] { deliver(answer); });
-        return bytes.size();
-    }
-    QByteArray readAll() override {
-        const QByteArray bytes = m_in;
-        m_in.clear();
-        return bytes;
-    }
-    void deliver(const QByteArray &bytes) {
-        m_in += bytes;
-        emit readyRead();
-    }
-    void deliverPayload(quint8 type, const QByteArray &payload) {
-        deliver(proto::Frame::build(type, payload));
-    }
-    void raise(int group, int code) { emit error(group, code); }
-
-    // The write requests (type 6, code without bit 7) as "code op param" triples.
-    QStringList writeHeads() const {
-        QStringList heads;
-        for (const QByteArray &f : written) {
-            if (f.size() >= 10 && quint8(f[2]) == proto::ConfigPacketType && !(quint8(f[6]) & 0x80))
-                heads << QString::fromLatin1(f.mid(6, 3).toHex(' '));
-        }
-        return heads;
-    }
-
-    bool silent = false;
-    QList<QByteArray> written;
-    kd::DeviceInfoConfiguration identity;
-
-private:
-    QByteArray answerFor(const QByteArray &frame) {
-        if (frame.size() < 10)
-            return QByteArray();
-        const quint8 type = quint8(frame[2]);
-        const QByteArray head = frame.mid(6, 4);
-        if (type == proto::ConfigPacketType && quint8(head[0]) == 0x81)
-            return proto::Frame::build(type, identity.encodeAnswer(quint8(head[1])));
-        QByteArray status = head;
-        status[1] = char(quint8(head[1]) | 0x80);
-        return proto::Frame::build(type, status.append('\x01').append('\x00'));
-    }
-
-    QByteArray m_in;
-    bool m_open = false;
-};
-
-QStringList FakeLink::lastHeads;
 
 // A serial link that keeps every frame the window writes, for counting what went to the device.
 class RecordingSerial : public SerialConnection {
@@ -328,6 +259,7 @@ private:
     std::shared_ptr<ScriptedPrompter> m_prompter;
     QPointer<FakeLink> m_link;
     QPointer<RecordingSerial> m_serial;
+    QStringList m_lastHeads; // what the last fake link wrote, kept when the window drops it
     QTemporaryDir m_dir;
 };
 
@@ -357,6 +289,10 @@ std::unique_ptr<MainWindow> tst_MainWindow::makeWindow(bool connect, int respons
     o.responseIntervalMs = responseMs;
     o.linkFactory = [this](int) {
         auto *link = new FakeLink;
+        link->fault = FakeLink::NoFault;
+        link->opened = false;
+        link->announceOpen = true;
+        link->keepWriteHeads = &m_lastHeads;
         link->identity.setName(QStringLiteral("Fake tracker"));
         link->identity.setIMEI(QStringLiteral("863071014478127"));
         link->identity.setVersion(918);
@@ -571,13 +507,13 @@ void tst_MainWindow::silentDevice() {
     auto w = makeWindow(false, 20);
     w->reconnect();
     QTRY_VERIFY(m_link);
-    m_link->silent = true;
+    m_link->fault = FakeLink::Silent;
     QTRY_VERIFY(w->waitDialog()); // the identity request waits unanswered
     QTest::qWait(120);
     QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
     m_prompter->calls.clear();
     if (answerComes) {
-        m_link->silent = false;
+        m_link->fault = FakeLink::NoFault;
         m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
         QTRY_VERIFY(!w->waitDialog());
         QVERIFY(m_prompter->calls.isEmpty());
@@ -1060,7 +996,7 @@ void tst_MainWindow::leavingModifiedPage() {
     }
     QVERIFY(!page->isModified());
     QCOMPARE(fieldValue(input), yes ? value : before);
-    const auto written = [this] { return m_link ? m_link->writeHeads() : FakeLink::lastHeads; };
+    const auto written = [this] { return m_link ? m_link->writeHeads() : m_lastHeads; };
     QTRY_COMPARE(written().size(), heads.size());
     QTest::qWait(20);
     QCOMPARE(written(), heads);

@@ -56,37 +56,6 @@ void tst_TelemetryText::text_data() {
     // The degree sign is followed by the Cyrillic capital Es.
     row("temperatures", T::temperatures(-5, 31), "-5 / 31\xC2\xB0\xD0\xA1");
 
-    kd::NavReceiverRecord fix;
-    fix.day = 9;
-    fix.month = 3;
-    fix.year = 26;
-    fix.hours = 7;
-    fix.minutes = 5;
-    fix.seconds = 1;
-    fix.fixMode = 3;
-    fix.latDegrees = 55;
-    fix.latMinutes = 4512345; // 45.12345'
-    fix.lonDegrees = 37;
-    fix.lonFlags = kd::NavReceiverRecord::HemisphereBit;
-    fix.lonMinutes = 600000;
-    fix.hdop = 80;
-    fix.vdop = 125;
-    fix.pdop = 1500;
-    fix.speed = 605;
-    fix.course = 1800;
-    const auto r = kd::NavReceiverRecord::fromBytes(fix.toBytes());
-    row("record fix time", T::fixDateTime(r), "09.03.26 07:05:01");
-    row("record latitude", T::latitude(r), "55° 45.12345");
-    row("record western longitude", T::longitude(r), "-37° 6.00000");
-    row("record speed", T::speed(r), "60.5 км/ч");
-    row("record course", T::course(r), "180.0°");
-    row("record dilution", T::dilution(r), "0.80 / 1.25 / 15.00");
-    fix.fixMode = 1;
-    const auto noFix = kd::NavReceiverRecord::fromBytes(fix.toBytes());
-    row("no fix: time is a dash", T::fixDateTime(noFix), "-");
-    row("no fix: latitude is a dash", T::latitude(noFix), "-");
-    row("no fix: speed is a dash", T::speed(noFix), "-");
-    row("no fix: course is a dash", T::course(noFix), "-");
     const auto shortRecord = kd::NavReceiverRecord::fromBytes(QByteArray::fromHex("0102"));
     row("short record: longitude is a dash", T::longitude(shortRecord), "-");
     row("short record: zero dilution", T::dilution(shortRecord), "0.00 / 0.00 / 0.00");

@@ -36,13 +36,13 @@ void tst_TelemetryReport::navReceiver_data() {
     fix.day = 5, fix.month = 3, fix.year = 24, fix.hours = 14, fix.minutes = 7, fix.seconds = 9;
     fix.fixQuality = 2, fix.fixMode = 3, fix.satellites = 9;
     fix.latDegrees = 55, fix.latFlags = kd::NavReceiverRecord::HemisphereBit, fix.latMinutes = 4512340;
-    fix.lonDegrees = 7, fix.lonMinutes = 3712000;
+    fix.lonDegrees = 7, fix.lonFlags = kd::NavReceiverRecord::HemisphereBit, fix.lonMinutes = 3712000;
     fix.hdop = 85, fix.vdop = 120, fix.pdop = 145, fix.speed = 523, fix.course = 1805;
     // The minutes' precision is the state page's choice.
-    QTest::newRow("3D fix, southern hemisphere")
+    QTest::newRow("3D fix, south-western hemisphere")
         << fix.toBytes()
         << "Навигационный приемник 2\n  Фиксация: 3D, 9 спутн.\n  Режим: 3D режим\n"
-           "  Дата и время: 05.03.24 14:07:09\nre:  Широта: -55° 45\\.12340*\nre:  Долгота: 07° 37\\.120*\n"
+           "  Дата и время: 05.03.24 14:07:09\nre:  Широта: -55° 45\\.12340*\nre:  Долгота: -07° 37\\.120*\n"
            "  Качество: Дифференциальный\n  HDOP / VDOP / PDOP: 0.85 / 1.20 / 1.45\n"
            "  Скорость: 52.3 км/ч\n  Курс: 180.5°";
     kd::NavReceiverRecord lost = fix;

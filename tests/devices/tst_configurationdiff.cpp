@@ -2,7 +2,7 @@
 #include "Devices/ConfigurationFile.h"
 #include "Devices/ConfigurationFileCheck.h"
 #include "Devices/SnapshotStore.h"
-#include "tests/devices/ConfigurationSample.h"
+#include "tests/support/ConfigurationSample.h"
 
 #include <QJsonDocument>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "Devices/ConfigurationFile.h"
 #include "Devices/ConfigurationOverrides.h"
-#include "tests/devices/ConfigurationSample.h"
+#include "tests/support/ConfigurationSample.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,5 +1,5 @@
 #include "Devices/ControlInfoConfiguration.h"
-#include "tests/devices/ConfigurationSample.h"
+#include "tests/support/ConfigurationSample.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,6 +1,6 @@
-#include "tests/protocol/FakeLink.h"
-#include "tests/protocol/LogCapture.h"
-#include "tests/protocol/SectionsFixture.h"
+#include "tests/support/FakeLink.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/SectionsFixture.h"
 
 #include "protocol/Device.h"
 #include "protocol/UNPParcer.h"

@@ -1,5 +1,5 @@
-#include "tests/protocol/FakeLink.h"
-#include "tests/protocol/SectionsFixture.h"
+#include "tests/support/FakeLink.h"
+#include "tests/support/SectionsFixture.h"
 
 #include "protocol/Device.h"
 #include "protocol/DeviceWorkflows.h"

@@ -1,6 +1,6 @@
-#include "tests/protocol/LogCapture.h"
+#include "tests/support/LogCapture.h"
 
-#include "tests/protocol/FakeLink.h"
+#include "tests/support/FakeLink.h"
 
 #include "Devices/VantorConfiguration.h"
 #include "protocol/ConnectionWatcher.h"

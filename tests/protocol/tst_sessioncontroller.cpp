@@ -1,8 +1,8 @@
 // The session's state machine against a scripted device behind a fake link: every row starts a session,
 // lets the device behave as the row says and compares what the session reported, in order.
 #include "protocol/SessionController.h"
-#include "tests/protocol/FakeLink.h"
-#include "tests/protocol/SectionsFixture.h"
+#include "tests/support/FakeLink.h"
+#include "tests/support/SectionsFixture.h"
 
 #include "protocol/Frame.h"
 #include "protocol/UNPParcer.h"

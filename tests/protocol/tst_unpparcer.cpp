@@ -1,5 +1,5 @@
-#include "tests/protocol/LogCapture.h"
-#include "tests/protocol/SectionsFixture.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/SectionsFixture.h"
 
 #include "protocol/Frame.h"
 #include "protocol/StatusNotifier.h"

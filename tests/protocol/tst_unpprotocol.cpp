@@ -1,4 +1,4 @@
-#include "tests/protocol/SectionsFixture.h"
+#include "tests/support/SectionsFixture.h"
 
 #include "protocol/UNPProtocol.h"
 

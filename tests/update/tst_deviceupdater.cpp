@@ -1,5 +1,5 @@
 #include "tests/update/BskBuilder.h"
-#include "tests/update/FakeLink.h"
+#include "tests/support/FakeLink.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 #include "update/UpdateCrc.h"

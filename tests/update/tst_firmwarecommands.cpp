@@ -1,7 +1,7 @@
 #include "cli/FirmwareCommands.h"
 #include "protocol/SessionController.h"
 #include "tests/update/BskBuilder.h"
-#include "tests/update/FakeLink.h"
+#include "tests/support/FakeLink.h"
 #include "tools/devsim/BootLoader.h"
 #include "update/DeviceUpdater.h"
 
@@ -104,7 +104,7 @@ private slots:
             QTimer::singleShot(0, &loader, [&loader, bytes] { loader.receive(bytes); });
         });
         connect(&loader, &BootLoader::send, link, [link](const QByteArray &bytes) {
-            QTimer::singleShot(0, link, [link, bytes] { link->deliver(bytes); });
+            link->deliverLater(bytes);
         });
 
         QString errText;

@@ -1,12 +1,17 @@
+#include "app/ConnectionToServerDialog.h"
 #include "app/ConnectionWaitDlg.h"
+#include "app/WaitMessageDlg.h"
 
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QMovie>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
 
-class tst_ConnectionWaitDlg : public QObject {
+// The boxes the window shows while it waits for a device: they end only as the user or the device decides.
+class tst_WaitDialogs : public QObject {
     Q_OBJECT
 
 private slots:
@@ -64,7 +69,30 @@ private slots:
         }
         QVERIFY(shown > 0);
     }
+
+    void rebootWaitClosesAfterTenStepsAndATick() {
+        WaitMessageDlg dialog(nullptr, 5);
+        QSignalSpy steps(dialog.progressBar(), &QProgressBar::valueChanged);
+        QSignalSpy finished(&dialog, &QDialog::finished);
+        QVERIFY(!dialog.timer()->isActive());
+        QElapsedTimer clock;
+        clock.start();
+        dialog.show();
+        QTRY_COMPARE(finished.count(), 1);
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(steps.count(), 10);
+        QVERIFY(clock.elapsed() >= 11 * 5); // closed on the eleventh tick
+    }
+
+    // The server wait cannot be closed or put aside by the user.
+    void serverWaitHasOnlyATitleBar() {
+        const Qt::WindowFlags flags = ConnectionToServerDialog().windowFlags();
+        QVERIFY(flags & Qt::CustomizeWindowHint && flags & Qt::WindowTitleHint &&
+                flags & Qt::WindowStaysOnBottomHint);
+        QVERIFY(!(flags & (Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint |
+                           Qt::WindowContextHelpButtonHint)));
+    }
 };
 
-QTEST_MAIN(tst_ConnectionWaitDlg)
-#include "tst_connectionwaitdlg.moc"
+QTEST_MAIN(tst_WaitDialogs)
+#include "tst_waitdialogs.moc"

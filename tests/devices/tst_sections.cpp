@@ -1,0 +1,872 @@
+#include "Devices/AgcConfiguration.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
+#include "Devices/FuelConfiguration.h"
+#include "Devices/GSMConfiguration.h"
+#include "Devices/LogicConfiguration.h"
+#include "Devices/NavigationConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+#include "Devices/ServerConfiguration.h"
+#include "Devices/SystemConfiguration.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using kd::AgcConfiguration;
+using kd::ControlInfoConfiguration;
+using kd::DeviceInfoConfiguration;
+using kd::FuelConfiguration;
+using kd::GSMConfiguration;
+using kd::LogicConfiguration;
+using kd::NavigationConfiguration;
+using kd::OutputConfiguration;
+using kd::ServerConfiguration;
+using kd::SystemConfiguration;
+
+namespace {
+
+// enabled low high sensitivity averaging of each channel
+QString describe(const AgcConfiguration &s) {
+    QStringList parts;
+    for (int i = 0; i < s.count(); ++i) {
+        const AgcConfigurationItem *e = s.element(i);
+        parts << QStringLiteral("%1 %2 %3 %4 %5")
+                     .arg(e->enabled())
+                     .arg(e->thresholdLow())
+                     .arg(e->thresholdHigh())
+                     .arg(e->sensitivity())
+                     .arg(e->averaging());
+    }
+    return parts.join(QLatin1String(" / "));
+}
+
+QStringList ownSignals(const QMetaObject &mo) {
+    QStringList own;
+    for (int i = mo.methodOffset(); i < mo.methodCount(); ++i) {
+        if (mo.method(i).methodType() == QMetaMethod::Signal)
+            own << QString::fromLatin1(mo.method(i).methodSignature());
+    }
+    return own;
+}
+
+// A telemetry answer of `kind` whose data bytes count up from 1, so every record is recognisable.
+QByteArray answer(int byte1, int dataLength, int code = 0x82) {
+    QByteArray p = QByteArray::fromHex("00 00 00 00");
+    p[0] = char(code);
+    p[1] = char(byte1);
+    for (int i = 0; i < dataLength; ++i)
+        p.append(char(i + 1));
+    return p;
+}
+
+// group type mod serial version imei | name
+QString describe(const DeviceInfoConfiguration &s) {
+    return QStringLiteral("%1 %2 %3 %4 %5 %6 | %7")
+        .arg(s.DeviceGroup())
+        .arg(s.DeviceType())
+        .arg(s.DeviceMod())
+        .arg(s.SerialNumber())
+        .arg(s.Version())
+        .arg(s.IMEI(), s.name());
+}
+
+// group 1, type 3, mod 2, serial 100234, version 918, 12 unread bytes
+const QByteArray kIdentity = QByteArray::fromHex("81 01 00 00 01000000 03000000 02000000 8a870100 96030000"
+                                                 "ffffffffffffffffffffffff");
+const QString kOldIdentity = QStringLiteral("9 9 9 9 9 old | old");
+
+// addr/tank_num/averaging of each of the eight elements
+QString describe(const FuelConfiguration &s) {
+    QStringList parts;
+    for (int i = 0; i < s.count(); ++i) {
+        const FuelConfigurationItem *e = s.element(i);
+        parts << QStringLiteral("%1/%2/%3").arg(e->addr()).arg(e->tank_num()).arg(e->averaging());
+    }
+    return parts.join(QLatin1Char(' '));
+}
+
+const QByteArray kBody = QByteArray::fromHex("01 00 02 01 03 01 04 02 05 02 06 03 07 03 08 04"
+                                             "0a 00 14 00 1e 00 28 00 00 01");
+
+// apn|user|password|forbidden|hi|low, words in hex
+QString describe(const GSMConfigurationItem *e) {
+    return QStringLiteral("%1|%2|%3|%4|%5|%6")
+        .arg(e->apn(), e->apnUser(), e->apnPassword())
+        .arg(e->forbidden())
+        .arg(e->timetableHi(), 0, 16)
+        .arg(e->timetableLow(), 0, 16);
+}
+
+QByteArray field(const QByteArray &text) {
+    return text + QByteArray(32 - text.size(), '\0');
+}
+
+const QByteArray kRoaming1 = QByteArray::fromHex("01 00 0102030405060708 1112131415161718");
+const QByteArray kRoaming2 = QByteArray::fromHex("fe 00 a1a2a3a4a5a6a7a8 b1b2b3b4b5b6b7b8");
+const QString kOldSim = QStringLiteral("old|old|old|1|5|6");
+
+// deltaCourse, deltaSpeed, driveTimeout, deltaDistance | freezeNav, pwrNav, faultSpeed
+QString describe(const NavigationConfigurationItem *e) {
+    return QStringLiteral("%1 %2 %3 %4 | %5 %6 %7")
+        .arg(e->deltaCourse())
+        .arg(e->deltaSpeed())
+        .arg(e->driveTimeout())
+        .arg(e->deltaDistance())
+        .arg(e->freezeNav())
+        .arg(e->pwrNav())
+        .arg(e->faultSpeed());
+}
+
+// In the order describe() prints them.
+void set(NavigationConfigurationItem *e, const QList<int> &v) {
+    e->setDeltaCourse(quint8(v[0]));
+    e->setDeltaSpeed(quint8(v[1]));
+    e->setDriveTimeout(quint8(v[2]));
+    e->setDeltaDistance(quint8(v[3]));
+    e->setFreezeNav(quint8(v[4]));
+    e->setPwrNav(quint8(v[5]));
+    e->setFaultSpeed(quint8(v[6]));
+}
+
+QString states(const OutputConfigurationItem *e) {
+    QStringList parts;
+    for (quint8 s : e->states())
+        parts << QString::number(s);
+    return parts.join(QLatin1Char(' '));
+}
+
+QString describe(const ServerConfigurationItem *e) {
+    return QStringLiteral("%1|%2|%3|%4").arg(e->enable()).arg(e->server()).arg(e->port()).arg(e->proto());
+}
+
+// enable, address, port (LE), proto
+QByteArray record(const QByteArray &enable, const QByteArray &text, const QByteArray &portAndProto) {
+    return QByteArray::fromHex(enable) + field(text) + QByteArray::fromHex(portAndProto);
+}
+
+// parkingMin pwrMode gsens lowSpeed outCtrl
+QString describe(const SystemConfigurationItem *e) {
+    return QStringLiteral("%1 %2 %3 %4 %5")
+        .arg(e->parkingMin())
+        .arg(e->pwrMode())
+        .arg(e->gsens())
+        .arg(e->lowSpeed())
+        .arg(e->OutCtrl());
+}
+
+} // namespace
+
+// The sections' codecs: every answer a section decodes and every write it encodes, as hex vectors.
+class tst_Sections : public QObject {
+    Q_OBJECT
+
+private slots:
+    void agc_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+
+        const QByteArray head = QByteArray::fromHex("8c 02 00 00");
+        const QByteArray r0 = QByteArray::fromHex("01 00 e8 03 d0 07 0a 00 05 00");
+        const QByteArray r1 = QByteArray::fromHex("fe 00 01 00 02 00 03 00 04 00");
+        const QByteArray r2 = QByteArray::fromHex("03 ff ff ff 00 80 01 01 00 00");
+        const QString old = QStringLiteral("1 9 9 9 9 / 1 9 9 9 9 / 1 9 9 9 9");
+
+        QTest::newRow("three records set three channels")
+            << head + r0 + r1 + r2 << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 65535 32768 257 0";
+        QTest::newRow("25 bytes set channels 0 and 1 only")
+            << head + r0 + r1 + r2.left(1) << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 9 9 9 9";
+        QTest::newRow("a fourth record is skipped")
+            << head + r0 + r1 + r2 + r0 << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 65535 32768 257 0";
+        QTest::newRow("another kind changes nothing") << QByteArray::fromHex("8c 01 00 00") + r0 << old;
+        QTest::newRow("status answer changes nothing") << QByteArray::fromHex("8c 82 00 00") + r0 << old;
+    }
+
+    void agc_decode() {
+        QFETCH(QByteArray, payload);
+        AgcConfiguration s(3);
+        for (int i = 0; i < 3; ++i) {
+            s.element(i)->setEnabled(1);
+            s.element(i)->setThresholdLow(9);
+            s.element(i)->setThresholdHigh(9);
+            s.element(i)->setSensitivity(9);
+            s.element(i)->setAveraging(9);
+        }
+        s.decode(payload);
+        QTEST(describe(s), "expected");
+    }
+
+    void agc_decode_logsAndAnnouncesEveryChannel() {
+        AgcConfiguration s(3);
+        for (const char *n : {"0", "1"})
+            QTest::ignoreMessage(
+                QtDebugMsg,
+                QRegularExpression(QStringLiteral("^\\d+ Прочитано 8c 02 00 00 Конфигурация ADC\\[%1$")
+                                       .arg(QLatin1String(n))));
+        QSignalSpy filled(&s, &AgcConfiguration::DeviceInfoFilled);
+        QSignalSpy channelFilled(&s, &AgcConfiguration::DeviceInfoChanged);
+        s.decode(QByteArray::fromHex("8c 02 00 00") + QByteArray(20, '\0'));
+        QCOMPARE(filled.count(), 1);
+        QCOMPARE(channelFilled.count(), 2);
+        QCOMPARE(channelFilled.at(1).at(0).toUInt(), 1u);
+    }
+
+    // The four value signals and the filled signal come first, in the order connections by index rely on.
+    void agc_signals_keepTheirOrder() {
+        QCOMPARE(ownSignals(AgcConfigurationItem::staticMetaObject),
+                 QStringList({"thresholdLowChanged(uint16_t)", "thresholdHighChanged(uint16_t)",
+                              "sensitivityChanged(uint16_t)", "averagingChanged(uint16_t)",
+                              "DeviceInfoFilled()", "enabledChanged(uchar)"}));
+        QCOMPARE(ownSignals(AgcConfiguration::staticMetaObject),
+                 QStringList({"agcChannelHighThresholdChanged(uint32_t,uint32_t)",
+                              "agcChannelLowThresholdChanged(uint32_t,uint32_t)",
+                              "agcChannelAveragingChanged(uint32_t,uint32_t)",
+                              "agcChannelSensitivityChanged(uint32_t,uint32_t)",
+                              "DeviceInfoChanged(uint32_t)", "agcChannelEnabledChanged(uint32_t,uint32_t)"}));
+    }
+
+    void agc_elementSignals_areReemittedWithTheChannel_data() {
+        QTest::addColumn<int>("channel");
+        QTest::addColumn<QByteArray>("elementSignal");
+        QTest::addColumn<QByteArray>("sectionSignal");
+        QTest::newRow("high threshold of the third channel")
+            << 2 << QByteArray("thresholdHighChanged")
+            << QByteArray(SIGNAL(agcChannelHighThresholdChanged(uint32_t, uint32_t)));
+        QTest::newRow("low threshold of the first channel")
+            << 0 << QByteArray("thresholdLowChanged")
+            << QByteArray(SIGNAL(agcChannelLowThresholdChanged(uint32_t, uint32_t)));
+        QTest::newRow("averaging of the second channel")
+            << 1 << QByteArray("averagingChanged")
+            << QByteArray(SIGNAL(agcChannelAveragingChanged(uint32_t, uint32_t)));
+        QTest::newRow("sensitivity of the third channel")
+            << 2 << QByteArray("sensitivityChanged")
+            << QByteArray(SIGNAL(agcChannelSensitivityChanged(uint32_t, uint32_t)));
+    }
+
+    void agc_elementSignals_areReemittedWithTheChannel() {
+        QFETCH(int, channel);
+        QFETCH(QByteArray, elementSignal);
+        QFETCH(QByteArray, sectionSignal);
+        AgcConfiguration s(3);
+        QSignalSpy spy(&s, sectionSignal.constData());
+        // Emitted directly, as a page's widget mapping may do, not only through the setters.
+        QVERIFY(QMetaObject::invokeMethod(s.element(channel), elementSignal.constData(),
+                                          Q_ARG(uint16_t, uint16_t(65535))));
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0), QVariantList({uint(channel), 65535u}));
+    }
+
+    void agc_encode_masksEnabledToItsLowestBit() {
+        AgcConfiguration s(3);
+        AgcConfigurationItem *e = s.element(2);
+        e->setEnabled(2);
+        e->setThresholdLow(1000);
+        e->setThresholdHigh(2000);
+        e->setSensitivity(10);
+        e->setAveraging(5);
+        QCOMPARE(s.encode(2).toHex(' '), QByteArray("0c 02 02 00 00 00 e8 03 d0 07 0a 00 05 00"));
+        e->setEnabled(1);
+        QCOMPARE(s.encode(2).toHex(' '), QByteArray("0c 02 02 00 01 00 e8 03 d0 07 0a 00 05 00"));
+        QVERIFY(s.encode(3).isEmpty());
+    }
+
+    void controlInfo_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<bool>("announce");
+        QTest::addColumn<int>("stored"); // records received, from index 0
+
+        QTest::newRow("kind 18 of 30 bytes stores records 0 and 1, drops the third")
+            << answer(18, 30) << 18 << true << 2;
+        QTest::newRow("kind 14 of 37 bytes stores nothing but is announced")
+            << answer(14, 37) << 14 << true << 0;
+        QTest::newRow("kind 23 of 6 bytes stores three SIM states") << answer(23, 6) << 23 << true << 3;
+        QTest::newRow("0x8E in byte 1 is kind 14") << answer(0x8e, 38) << 14 << true << 1;
+        QTest::newRow("kind 15 of 192 bytes keeps three servers") << answer(15, 192) << 15 << true << 3;
+        QTest::newRow("kind 24 of 72 bytes stores two SIMs") << answer(24, 72) << 24 << true << 2;
+        QTest::newRow("kind 10 of 71 bytes stores nothing") << answer(10, 71) << 10 << true << 0;
+        QTest::newRow("kind 11 of 12 bytes keeps the first record") << answer(11, 12) << 11 << true << 1;
+        QTest::newRow("kind 21 of 16 bytes keeps the first record") << answer(21, 16) << 21 << true << 1;
+        QTest::newRow("kind 22 of exactly 8 bytes") << answer(22, 8) << 22 << true << 1;
+        QTest::newRow("kind 22 of 9 bytes is dropped") << answer(22, 9) << 22 << false << 0;
+        QTest::newRow("kind 22 of 7 bytes is dropped") << answer(22, 7) << 22 << false << 0;
+        QTest::newRow("kind 9 is announced, not stored") << answer(9, 20) << 9 << true << 0;
+        QTest::newRow("kind 1 is announced") << answer(1, 20) << 1 << true << 0;
+        QTest::newRow("kind 5 is only logged") << answer(5, 20) << 5 << false << 0;
+        QTest::newRow("kind 25 is ignored") << answer(25, 20) << 25 << false << 0;
+        QTest::newRow("another code is ignored") << answer(14, 38, 0x83) << 14 << false << 0;
+    }
+
+    void controlInfo_decode() {
+        QFETCH(QByteArray, payload);
+        QFETCH(int, kind);
+        QFETCH(int, stored);
+        ControlInfoConfiguration s(1);
+        QSignalSpy changed(&s, &ControlInfoConfiguration::changed);
+
+        QTEST(s.decode(payload), "announce");
+
+        const int size = ControlInfoConfiguration::recordSize(kind);
+        for (int n = 0; n < ControlInfoConfiguration::recordsKept(kind); ++n) {
+            QCOMPARE(s.value()->received(kind, n), n < stored);
+            const QByteArray expected = n < stored ? payload.mid(4 + n * size, size) : QByteArray(size, '\0');
+            QCOMPARE(s.record(kind, n).toHex(), expected.toHex());
+        }
+        QCOMPARE(changed.count(), stored);
+    }
+
+    void controlInfo_decode_logsTheLabel_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("kind 3") << answer(3, 0) << "....телеметрия????";
+        QTest::newRow("kind 17 says outputs") << answer(17, 10) << "....телеметрия аналоговых выходов";
+        QTest::newRow("kind 18 says outputs") << answer(18, 10) << "....телеметрия цифровых выходов";
+    }
+
+    void controlInfo_decode_logsTheLabel() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, label);
+        ControlInfoConfiguration s(1);
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression("^\\d+ " + QRegularExpression::escape(label) + "$"));
+        s.decode(payload);
+    }
+
+    void controlInfo_typedReads_outsideTheKeptRangeAreEmpty() {
+        ControlInfoConfiguration s(1);
+        s.decode(answer(14, 3 * 38));
+        s.decode(answer(18, 2 * 10));
+        s.decode(answer(23, 3 * 2));
+        QVERIFY(s.navReceiver(2).has_value());
+        QVERIFY(!s.navReceiver(3).has_value());
+        QVERIFY(!s.logicInput(2).has_value());
+        QCOMPARE(s.simState(2)->state, quint16(0x0605));
+        QVERIFY(!s.simState(3).has_value());
+        QVERIFY(!s.serverState(0).has_value()); // nothing received yet
+        QVERIFY(s.record(9, 0).isEmpty());
+    }
+
+    void deviceInfo_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<bool>("filled");
+
+        QTest::newRow("identity with a terminated IMEI")
+            << kIdentity + "863071014478127" + QByteArray(1, '\0') + "junk"
+            << "1 3 2 100234 918 863071014478127 | old" << true;
+        QTest::newRow("IMEI filling the body without a zero stops at the end")
+            << kIdentity + "8630710144"
+            << "1 3 2 100234 918 8630710144 | old" << true;
+        QTest::newRow("identity without IMEI bytes keeps the IMEI")
+            << kIdentity << "1 3 2 100234 918 old | old" << true;
+        QTest::newRow("short identity sets only whole fields")
+            << kIdentity.left(14) << "1 3 9 9 9 old | old" << true;
+        QTest::newRow("text information")
+            << QByteArray::fromHex("81 02 00 00") + "Vantor micro" + QByteArray(1, '\0')
+            << "9 9 9 9 9 old | Vantor micro" << true;
+        QTest::newRow("text without a zero stops at the end") << QByteArray::fromHex("81 02 00 00") + "Vantor"
+                                                              << "9 9 9 9 9 old | Vantor" << true;
+        QTest::newRow("bit 7 of byte 1 changes nothing")
+            << QByteArray::fromHex("81 81 00 00 01 00") << kOldIdentity << false;
+        QTest::newRow("another kind changes nothing")
+            << QByteArray::fromHex("81 03 00 00") + kIdentity.mid(4) << kOldIdentity << false;
+        QTest::newRow("another code changes nothing")
+            << QByteArray::fromHex("91") + kIdentity.mid(1) << kOldIdentity << false;
+    }
+
+    void deviceInfo_decode() {
+        QFETCH(QByteArray, payload);
+        DeviceInfoConfiguration s(1);
+        s.setDeviceGroup(9);
+        s.setDeviceType(9);
+        s.setDeviceMod(9);
+        s.setSerialNumber(9);
+        s.setVersion(9);
+        s.setIMEI(QStringLiteral("old"));
+        s.setName(QStringLiteral("old"));
+        QSignalSpy filled(&s, &DeviceInfoConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(describe(s), "expected");
+        QTEST(filled.count() == 1, "filled");
+    }
+
+    void deviceInfo_decode_setsVersionFirstAndIMEILast() {
+        DeviceInfoConfiguration s(1);
+        QStringList order;
+        connect(&s, &DeviceInfoConfiguration::VersionChanged, this, [&] { order << "Version"; });
+        connect(&s, &DeviceInfoConfiguration::DeviceGroupChanged, this, [&] { order << "DeviceGroup"; });
+        connect(&s, &DeviceInfoConfiguration::IMEIChanged, this, [&] { order << "IMEI"; });
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression("^\\d+ Прочитано 81 01 00 00 <Информация о приборе>$"));
+        s.decode(kIdentity + "1");
+        QCOMPARE(order, QStringList({"Version", "DeviceGroup", "IMEI"}));
+    }
+
+    void deviceInfo_identityAnswer_hasTheFixedLayout() {
+        DeviceInfoConfiguration device(1);
+        device.setDeviceGroup(1);
+        device.setDeviceType(3);
+        device.setDeviceMod(2);
+        device.setSerialNumber(100234);
+        device.setVersion(918);
+        device.setIMEI(QStringLiteral("12"));
+        QCOMPARE(device.encodeAnswer(1).toHex(' '),
+                 QByteArray::fromHex("81 01 00 00 01000000 03000000 02000000 8a870100 96030000"
+                                     "000000000000000000000000 31 32 00")
+                     .toHex(' '));
+        QVERIFY(device.encodeAnswer(3).isEmpty());
+    }
+
+    void fuel_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<bool>("filled");
+
+        const QByteArray head = QByteArray::fromHex("88 01 00 00");
+        QTest::newRow("full body; tanks 5 to 7 keep their averaging")
+            << head + kBody << "1/0/10 2/1/20 3/1/30 4/2/40 5/2/256 6/3/9 7/3/9 8/4/9" << true;
+        QTest::newRow("short body decodes only whole fields")
+            << head + kBody.left(17) << "1/0/9 2/1/9 3/1/9 4/2/9 5/2/9 6/3/9 7/3/9 8/4/9" << true;
+        QTest::newRow("body cut inside the first averaging")
+            << head + kBody.left(3) << "1/0/9 2/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9" << true;
+        QTest::newRow("another kind changes nothing")
+            << QByteArray::fromHex("88 02 00 00") + kBody << "9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9"
+            << false;
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("88 81 00 00 01 00") << "9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9 9/9/9"
+            << false;
+    }
+
+    void fuel_decode() {
+        QFETCH(QByteArray, payload);
+        FuelConfiguration s(8);
+        for (int i = 0; i < 8; ++i) {
+            s.element(i)->setAddr(9);
+            s.element(i)->setTank_num(9);
+            s.element(i)->setAveraging(9);
+        }
+        QSignalSpy filled(&s, &FuelConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(describe(s), "expected");
+        QTEST(filled.count() == 1, "filled");
+    }
+
+    void fuel_encode_data() {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QByteArray>("expected");
+
+        QTest::newRow("eight sensors") << 8 << QByteArray::fromHex("08 01 00 00") + kBody;
+        QTest::newRow("three sensors still send 26 bytes")
+            << 3
+            << QByteArray::fromHex("08 01 00 00 01 00 02 01 03 01 00 00 00 00 00 00 00 00 00 00"
+                                   "0a 00 14 00 1e 00 00 00 00 00");
+    }
+
+    void fuel_encode() {
+        QFETCH(int, count);
+        QFETCH(QByteArray, expected);
+        FuelConfiguration s(count);
+        const quint8 tanks[] = {0, 1, 1, 2, 2, 3, 3, 4};
+        const quint16 averaging[] = {10, 20, 30, 40, 256, 60, 70, 80}; // 60..80 never reach the device
+        for (int i = 0; i < count; ++i) {
+            s.element(i)->setAddr(quint8(i + 1));
+            s.element(i)->setTank_num(tanks[i]);
+            s.element(i)->setAveraging(averaging[i]);
+        }
+
+        QCOMPARE(s.encode().toHex(' '), expected.toHex(' '));
+    }
+
+    void gsm_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("sim0");
+        QTest::addColumn<QString>("sim1");
+        QTest::addColumn<bool>("filled");
+
+        const QByteArray access = QByteArray::fromHex("84 03 00 00");
+        const QByteArray roaming = QByteArray::fromHex("84 04 00 00");
+        const QByteArray rec1 = field("internet.mts.ru") + field("mts") + field("mts");
+        const QByteArray rec2 = field("internet.beeline.ru") + field("beeline") + field("");
+
+        QTest::newRow("roaming 36 data bytes sets both SIMs")
+            << roaming + kRoaming1 + kRoaming2 << "old|old|old|1|1817161514131211|807060504030201"
+            << "old|old|old|0|b8b7b6b5b4b3b2b1|a8a7a6a5a4a3a2a1" << true;
+        QTest::newRow("roaming 35 data bytes sets only the first SIM")
+            << roaming + kRoaming1 + kRoaming2.left(17) << "old|old|old|1|1817161514131211|807060504030201"
+            << kOldSim << true;
+        QTest::newRow("roaming record for a third SIM is skipped")
+            << roaming + kRoaming1 + kRoaming2 + kRoaming1 << "old|old|old|1|1817161514131211|807060504030201"
+            << "old|old|old|0|b8b7b6b5b4b3b2b1|a8a7a6a5a4a3a2a1" << true;
+        QTest::newRow("access 192 data bytes sets both SIMs")
+            << access + rec1 + rec2 << "internet.mts.ru|mts|mts|1|5|6"
+            << "internet.beeline.ru|beeline||1|5|6" << true;
+        QTest::newRow("access 191 data bytes sets only the first SIM")
+            << access + rec1 + rec2.left(95) << "internet.mts.ru|mts|mts|1|5|6" << kOldSim << true;
+        QTest::newRow("apn of 32 characters without a terminating zero")
+            << access + QByteArray(32, 'a') + field("u") + field("p")
+            << QString(32, QLatin1Char('a')) + "|u|p|1|5|6" << kOldSim << true;
+        QTest::newRow("another block changes nothing")
+            << QByteArray::fromHex("84 05 00 00") + kRoaming1 << kOldSim << kOldSim << false;
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("84 84 00 00") + kRoaming1 << kOldSim << kOldSim << false;
+        QTest::newRow("another code changes nothing")
+            << QByteArray::fromHex("83 04 00 00") + kRoaming1 << kOldSim << kOldSim << false;
+    }
+
+    void gsm_decode() {
+        QFETCH(QByteArray, payload);
+        GSMConfiguration s(2);
+        for (int i = 0; i < 2; ++i) {
+            GSMConfigurationItem *e = s.element(i);
+            e->setApn(QStringLiteral("old"));
+            e->setApnUser(QStringLiteral("old"));
+            e->setApnPassword(QStringLiteral("old"));
+            e->setForbidden(1);
+            e->setTimetableHi(5);
+            e->setTimetableLow(6);
+        }
+        QSignalSpy filled(&s, &GSMConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(describe(s.element(0)), "sim0");
+        QTEST(describe(s.element(1)), "sim1");
+        QTEST(filled.count() == 1, "filled");
+    }
+
+    void gsm_encodeAccess_data() {
+        QTest::addColumn<int>("sim");
+        QTest::addColumn<QString>("apn"); // user "u", password "pw"
+        QTest::addColumn<QByteArray>("expected");
+        const QByteArray tail = field("u") + field("pw");
+        QTest::newRow("second SIM, short texts zero-padded")
+            << 1 << "apn" << QByteArray::fromHex("04 03 01 00") + field("apn") + tail;
+        QTest::newRow("apn of exactly 32 characters fills the field")
+            << 0 << QString(32, QLatin1Char('x'))
+            << QByteArray::fromHex("04 03 00 00") + QByteArray(32, 'x') + tail;
+        QTest::newRow("Cyrillic character is sent as 0")
+            << 0 << QStringLiteral("aпb")
+            << QByteArray::fromHex("04 03 00 00") + field(QByteArray("a\0b", 3)) + tail;
+        QTest::newRow("SIM outside the section gives nothing") << 2 << "apn" << QByteArray();
+    }
+
+    void gsm_encodeAccess() {
+        QFETCH(int, sim);
+        QFETCH(QString, apn);
+        GSMConfiguration s(2);
+        if (GSMConfigurationItem *e = s.element(sim)) {
+            e->setApn(apn);
+            e->setApnUser(QStringLiteral("u"));
+            e->setApnPassword(QStringLiteral("pw"));
+        }
+        QTEST(s.encodeAccess(sim), "expected");
+    }
+
+    void gsm_encodeRoaming_sendsTheLowWordFirstAndForbiddenAsOneBit() {
+        GSMConfiguration s(2);
+        s.element(0)->setForbidden(1);
+        s.element(0)->setTimetableHi(Q_UINT64_C(0x1817161514131211));
+        s.element(0)->setTimetableLow(Q_UINT64_C(0x0807060504030201));
+        s.element(1)->setForbidden(2);
+        s.element(1)->setTimetableLow(Q_UINT64_C(0xffffffffffffffff));
+        QCOMPARE(s.encodeRoaming(0).toHex(' '), (QByteArray::fromHex("04 04 00 00") + kRoaming1).toHex(' '));
+        QCOMPARE(s.encodeRoaming(1).toHex(' '),
+                 QByteArray("04 04 01 00 00 00 ff ff ff ff ff ff ff ff 00 00 00 00 00 00 00 00"));
+        QVERIFY(s.encodeRoaming(2).isEmpty());
+    }
+
+    void logic_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("func0");
+        QTest::addColumn<int>("func1");
+        QTest::addColumn<QString>("loggedHead"); // empty: nothing decoded
+
+        QTest::newRow("two records") << QByteArray::fromHex("8d 02 00 00 03 00 07 00") << 3 << 7
+                                     << "8d 02 00 00";
+        QTest::newRow("index byte 5 is clamped to 1, records still start at input 0")
+            << QByteArray::fromHex("8d 02 05 00 03 00 07 00") << 3 << 7 << "8d 02 01 00";
+        QTest::newRow("index byte 1 stays 1")
+            << QByteArray::fromHex("8d 02 01 00 04 00") << 4 << 9 << "8d 02 01 00";
+        QTest::newRow("odd byte is no record")
+            << QByteArray::fromHex("8d 02 00 00 04 00 05") << 4 << 9 << "8d 02 00 00";
+        QTest::newRow("a third record is skipped")
+            << QByteArray::fromHex("8d 02 00 00 01 00 02 00 03 00") << 1 << 2 << "8d 02 00 00";
+        QTest::newRow("another kind changes nothing")
+            << QByteArray::fromHex("8d 01 00 00 01 00 02 00") << 9 << 9 << "";
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("8d 82 00 00 01 00") << 9 << 9 << "";
+    }
+
+    void logic_decode() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, loggedHead);
+        LogicConfiguration s(2);
+        s.element(0)->setFunc(9);
+        s.element(1)->setFunc(9);
+        if (!loggedHead.isEmpty()) {
+            QTest::ignoreMessage(QtDebugMsg,
+                                 QRegularExpression(QStringLiteral("^\\d+ Прочитано %1 "
+                                                                   "Конфигурация LogicInputs\\[0$")
+                                                        .arg(loggedHead)));
+        }
+        QSignalSpy filled(&s, &LogicConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(int(s.element(0)->func()), "func0");
+        QTEST(int(s.element(1)->func()), "func1");
+        QCOMPARE(filled.count(), loggedHead.isEmpty() ? 0 : 1);
+    }
+
+    void logic_encode_sendsTheInputIndexInByte2() {
+        LogicConfiguration s(2);
+        s.element(0)->setFunc(42);
+        s.element(1)->setFunc(42);
+        QCOMPARE(s.encode(0).toHex(' '), QByteArray("0d 02 00 00 2a 00"));
+        QCOMPARE(s.encode(1).toHex(' '), QByteArray("0d 02 01 00 2a 00"));
+        QVERIFY(s.encode(2).isEmpty());
+    }
+
+    void logic_funcChange_isReemittedWithTheInput() {
+        LogicConfiguration s(2);
+        QSignalSpy spy(&s, &LogicConfiguration::funcChanged);
+        s.element(1)->setFunc(3);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toInt(), 1);
+    }
+
+    void navigation_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<bool>("filled");
+
+        QTest::newRow("motion answer leaves the parking fields")
+            << QByteArray::fromHex("83 02 00 00 0a 14 1e 28 ff ff") << "10 20 30 40 | 0 5 96" << true;
+        QTest::newRow("parking answer FF FF gives freezeNav 1 and pwrNav 15")
+            << QByteArray::fromHex("83 03 00 00 ff ff 07 ff") << "91 92 93 94 | 1 15 7" << true;
+        QTest::newRow("parking answer keeps only bit 0 and the low nibble")
+            << QByteArray::fromHex("83 03 00 00 fe f0 00 00") << "91 92 93 94 | 0 0 0" << true;
+        QTest::newRow("another block changes nothing")
+            << QByteArray::fromHex("83 04 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
+        QTest::newRow("bit 7 of byte 1 set changes nothing")
+            << QByteArray::fromHex("83 82 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
+        QTest::newRow("another code changes nothing")
+            << QByteArray::fromHex("84 02 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
+        QTest::newRow("short parking answer decodes the bytes it holds")
+            << QByteArray::fromHex("83 03 00 00 01") << "91 92 93 94 | 1 5 96" << true;
+    }
+
+    void navigation_decode() {
+        QFETCH(QByteArray, payload);
+        NavigationConfiguration s(1);
+        set(s.value(), {91, 92, 93, 94, 0, 5, 96});
+        QSignalSpy filled(&s, &NavigationConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(describe(s.value()), "expected");
+        QTEST(filled.count() == 1, "filled");
+    }
+
+    void navigation_encode_data() {
+        QTest::addColumn<QList<int>>("fields");
+        QTest::addColumn<QByteArray>("motion");
+        QTest::addColumn<QByteArray>("parking");
+        QTest::newRow("plain values")
+            << QList<int>{1, 2, 3, 4, 1, 7, 200} << QByteArray::fromHex("03 02 00 00 01 02 03 04 00 00")
+            << QByteArray::fromHex("03 03 00 00 01 07 c8 00");
+        QTest::newRow("pwrNav 16 sends 0, freezeNav 3 sends 1")
+            << QList<int>{0, 0, 0, 0, 3, 16, 0} << QByteArray::fromHex("03 02 00 00 00 00 00 00 00 00")
+            << QByteArray::fromHex("03 03 00 00 01 00 00 00");
+        QTest::newRow("pwrNav 31 keeps the low nibble")
+            << QList<int>{255, 255, 255, 255, 2, 31, 255}
+            << QByteArray::fromHex("03 02 00 00 ff ff ff ff 00 00")
+            << QByteArray::fromHex("03 03 00 00 00 0f ff 00");
+    }
+
+    void navigation_encode() {
+        QFETCH(QList<int>, fields);
+        NavigationConfiguration s(1);
+        set(s.value(), fields);
+        QTEST(s.encodeMotion(), "motion");
+        QTEST(s.encodeParking(), "parking");
+    }
+
+    void output_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("numberOfOutputs");
+        QTest::addColumn<QString>("states");
+
+        QTest::newRow("7 data bytes give 3 outputs")
+            << QByteArray::fromHex("8e 01 00 00 01 00 00 00 01 00 ff") << 3 << "1 0 1";
+        QTest::newRow("no data, no outputs") << QByteArray::fromHex("8e 01 00 00") << 0 << "";
+        QTest::newRow("second byte of each record is not a state")
+            << QByteArray::fromHex("8e 01 00 00 00 01 02 03") << 2 << "0 2";
+        QTest::newRow("257 outputs count as 1 in 8 bits")
+            << QByteArray::fromHex("8e 01 00 00") + QByteArray(2 * 257, '\1') << 1
+            << QStringLiteral("1 ").repeated(257).trimmed();
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("8e 81 00 00 01 00") << 7 << "5";
+        QTest::newRow("another code changes nothing") << QByteArray::fromHex("8d 01 00 00 01 00") << 7 << "5";
+    }
+
+    void output_decode() {
+        QFETCH(QByteArray, payload);
+        OutputConfiguration s(1);
+        s.value()->setNumberOfOutputs(7);
+        s.value()->setStates({5});
+
+        s.decode(payload);
+
+        QTEST(int(s.value()->numberOfOutputs()), "numberOfOutputs");
+        QTEST(states(s.value()), "states");
+    }
+
+    void output_encodeParameters_takesTheHeadFromTheCallerAndLeavesOutTheCount() {
+        OutputConfiguration s(1);
+        s.value()->setOutNum(2);
+        s.value()->setHighCondition(100);
+        s.value()->setLowCondition(10);
+        s.value()->setReplayCounter(3);
+        s.value()->setNumberOfOutputs(4);
+        QCOMPARE(s.encodeParameters(0x02, 0x0a).toHex(' '), QByteArray("02 0a 00 00 02 64 0a 03"));
+    }
+
+    void output_encodeStates_data() {
+        QTest::addColumn<QByteArray>("states");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("missing states are 0")
+            << QByteArray::fromHex("01 00") << QByteArray::fromHex("01 00 00 00");
+        QTest::newRow("states beyond four are dropped")
+            << QByteArray::fromHex("01 01 00 01 01") << QByteArray::fromHex("01 01 00 01");
+        QTest::newRow("no states") << QByteArray() << QByteArray::fromHex("00 00 00 00");
+    }
+
+    void output_encodeStates() {
+        QFETCH(QByteArray, states);
+        OutputConfiguration s(1);
+        s.value()->setStates(QVector<quint8>(states.begin(), states.end()));
+        QTEST(s.encodeStates(), "expected");
+    }
+
+    void server_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+
+        const QByteArray head = QByteArray::fromHex("90 01 00 00");
+        QTest::newRow("one record") << head + record("01", "gps.tavrel.ru", "4e 52 00 00 01")
+                                    << "1|gps.tavrel.ru|21070|1";
+        QTest::newRow("enable takes bit 0 only")
+            << head + record("fe", "10.0.0.1", "ff ff ff ff 07") << "0|10.0.0.1|4294967295|7";
+        QTest::newRow("address of 32 characters has no zero")
+            << head + record("01", QByteArray(32, 'h'), "01 00 00 00 00")
+            << "1|" + QString(32, QLatin1Char('h')) + "|1|0";
+        QTest::newRow("a second record is skipped")
+            << head + record("01", "a", "02 00 00 00 00") + record("01", "b", "03 00 00 00 00") << "1|a|2|0";
+        QTest::newRow("37 data bytes hold no record")
+            << head + record("01", "a", "02 00 00 00 00").left(37) << "1|old|9|9";
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("90 81 00 00") + record("00", "a", "02 00 00 00 00") << "1|old|9|9";
+    }
+
+    void server_decode() {
+        QFETCH(QByteArray, payload);
+        ServerConfiguration s(1);
+        s.value()->setEnable(1);
+        s.value()->setServer(QStringLiteral("old"));
+        s.value()->setPort(9);
+        s.value()->setProto(9);
+
+        s.decode(payload);
+
+        QTEST(describe(s.value()), "expected");
+    }
+
+    void server_encode_masksEnableAndSendsCyrillicAsZero() {
+        ServerConfiguration s(1);
+        s.value()->setEnable(1);
+        s.value()->setServer(QStringLiteral("gps.tavrel.ru"));
+        s.value()->setPort(21070);
+        s.value()->setProto(1);
+        QCOMPARE(s.encode(0).toHex(' '),
+                 (QByteArray::fromHex("10 01 00 00") + record("01", "gps.tavrel.ru", "4e 52 00 00 01"))
+                     .toHex(' '));
+        s.value()->setEnable(2);
+        s.value()->setServer(QStringLiteral("сервер"));
+        s.value()->setPort(0x01020304u);
+        s.value()->setProto(0);
+        QCOMPARE(s.encode(0).toHex(' '),
+                 (QByteArray::fromHex("10 01 00 00") + record("00", QByteArray(6, '\0'), "04 03 02 01 00"))
+                     .toHex(' '));
+        QVERIFY(s.encode(1).isEmpty());
+    }
+
+    void system_decode_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<bool>("filled");
+
+        QTest::newRow("byte 6 = 3F gives gsens 15 and both flags")
+            << QByteArray::fromHex("91 01 00 00 0a 02 3f 00") << "10 2 15 1 1" << true;
+        QTest::newRow("byte 6 = C0 gives all three zero")
+            << QByteArray::fromHex("91 01 00 00 0a 02 c0 00") << "10 2 0 0 0" << true;
+        QTest::newRow("reserved byte 7 is ignored")
+            << QByteArray::fromHex("91 01 00 00 01 02 13 ff") << "1 2 3 1 0" << true;
+        QTest::newRow("answer of another code changes nothing")
+            << QByteArray::fromHex("90 01 00 00 0a 02 3f 00") << "99 98 9 1 0" << false;
+        QTest::newRow("status answer changes nothing")
+            << QByteArray::fromHex("91 81 00 00 01 00 3f 00") << "99 98 9 1 0" << false;
+        QTest::newRow("short body decodes only the bytes it holds")
+            << QByteArray::fromHex("91 01 00 00 05") << "5 98 9 1 0" << true;
+        QTest::newRow("head only changes nothing but is a read")
+            << QByteArray::fromHex("91 01 00 00") << "99 98 9 1 0" << true;
+        QTest::newRow("one byte changes nothing") << QByteArray::fromHex("91") << "99 98 9 1 0" << false;
+    }
+
+    void system_decode() {
+        QFETCH(QByteArray, payload);
+        SystemConfiguration s(1);
+        SystemConfigurationItem *e = s.value();
+        e->setParkingMin(99);
+        e->setPwrMode(98);
+        e->setGsens(9);
+        e->setLowSpeed(1);
+        QSignalSpy filled(&s, &SystemConfiguration::DeviceInfoFilled);
+
+        s.decode(payload);
+
+        QTEST(describe(e), "expected");
+        QTEST(filled.count() == 1, "filled");
+    }
+
+    void system_encode_data() {
+        QTest::addColumn<QList<int>>("fields"); // as describe() prints them
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("all zero") << QList<int>{0, 0, 0, 0, 0}
+                                  << QByteArray::fromHex("11 01 00 00 00 00 00 00");
+        QTest::newRow("gsens 17 puts 1 in the low nibble")
+            << QList<int>{0, 0, 17, 0, 0} << QByteArray::fromHex("11 01 00 00 00 00 01 00");
+        QTest::newRow("flags are written as their lowest bit")
+            << QList<int>{5, 6, 15, 2, 3} << QByteArray::fromHex("11 01 00 00 05 06 2f 00");
+        QTest::newRow("everything set")
+            << QList<int>{255, 255, 15, 1, 1} << QByteArray::fromHex("11 01 00 00 ff ff 3f 00");
+    }
+
+    void system_encode() {
+        QFETCH(QList<int>, fields);
+        SystemConfiguration s(1);
+        s.value()->setParkingMin(quint8(fields[0]));
+        s.value()->setPwrMode(quint8(fields[1]));
+        s.value()->setGsens(quint8(fields[2]));
+        s.value()->setLowSpeed(quint8(fields[3]));
+        s.value()->setOutCtrl(quint8(fields[4]));
+
+        QTEST(s.encode(), "expected");
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Sections)
+#include "tst_sections.moc"
