@@ -1,8 +1,5 @@
 // Runs the real tavrel-devsim over a pseudo-terminal and talks to it through the protocol library.
-#include "Devices/ByteOrder.h"
 #include "Devices/DeviceInfoConfiguration.h"
-#include "Devices/GSMConfiguration.h"
-#include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Device.h"
 #include "protocol/DeviceWorkflows.h"
@@ -83,16 +80,6 @@ struct Session {
         opened = link->open();
     }
 
-    // Status of the last status answer to a request with this code, or -1.
-    int statusOf(quint8 code) const {
-        for (int i = answers.size() - 1; i >= 0; --i) {
-            const QByteArray &p = answers.at(i);
-            if (kd::le::u8(p, 0) == code && (kd::le::u8(p, 1) & 0x80))
-                return kd::le::u16(p, 4);
-        }
-        return -1;
-    }
-
     // Plays the boot loader's other side: every loader message, decoded, goes to onMessage.
     void streamFirmware(std::function<void(const Message &)> onMessage) {
         auto pending = std::make_shared<QByteArray>();
@@ -119,7 +106,6 @@ private slots:
     void initTestCase();
     void identityOverPtySurvivesAReopen();
     void answersNobodyReadDoNotGreetTheNextSession();
-    void writeIsStoredAndReadBackUntilResetAnswersPowerCycle();
     void hangUpEndsTheProgramAndRemovesTheLink();
     void firmwareUpdateHandsTheLineToTheBootLoader();
     void pagePacketReachesTheLoaderAtTheLineRate();
@@ -175,43 +161,6 @@ void tst_Devsim::answersNobodyReadDoNotGreetTheNextSession() {
     QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
     QCOMPARE(s.answers.size(), 2);
     QCOMPARE(s.answers.first().left(2), QByteArray::fromHex("8101"));
-}
-
-void tst_Devsim::writeIsStoredAndReadBackUntilResetAnswersPowerCycle() {
-    DevsimProcess sim;
-    QVERIFY(sim.start({"--pty", "--state", m_dir.filePath("write.json")}));
-    Session s(sim.address());
-    QVERIFY(s.opened);
-    s.config.system()->value()->setParkingMin(41);
-    s.config.gsm()->element(0)->setApn(QStringLiteral("written.apn"));
-    s.config.gsm()->element(0)->setTimetableLow(0x1122334455667788ull);
-    s.workflows.writeSystem();
-    QTRY_COMPARE_WITH_TIMEOUT(s.statusOf(0x11), 1, 5000);
-    s.workflows.writeGsm();
-    QTRY_COMPARE_WITH_TIMEOUT(s.answers.size(), 5, 5000);
-    const QByteArrayList heads{"048300000100", "048301000100", "048400000100", "048401000100"};
-    for (int i = 0; i < heads.size(); ++i)
-        QCOMPARE(s.answers.at(i + 1).toHex(), heads.at(i));
-    QCOMPARE(sim.stop(), 0);
-
-    // The state survives the program: a new device reads it back.
-    DevsimProcess again;
-    QVERIFY(again.start({"--pty", "--state", m_dir.filePath("write.json")}));
-    Session t(again.address());
-    QVERIFY(t.opened);
-    t.workflows.readAll();
-    QTRY_VERIFY_WITH_TIMEOUT(t.sections.contains(0x8E), 8000);
-    QCOMPARE(int(t.config.system()->value()->parkingMin()), 41);
-    QCOMPARE(t.config.gsm()->element(0)->apn(), QStringLiteral("written.apn"));
-    QCOMPARE(t.config.gsm()->element(0)->timetableLow(), 0x1122334455667788ull);
-
-    // A reset is answered with "power cycle" and brings the factory values back.
-    t.workflows.resetSettings();
-    QTRY_COMPARE_WITH_TIMEOUT(t.statusOf(0x01), 6, 5000);
-    t.sections.clear();
-    t.workflows.readAll();
-    QTRY_VERIFY_WITH_TIMEOUT(t.sections.contains(0x8E), 8000);
-    QCOMPARE(int(t.config.system()->value()->parkingMin()), 5);
 }
 
 void tst_Devsim::hangUpEndsTheProgramAndRemovesTheLink() {

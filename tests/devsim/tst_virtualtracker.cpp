@@ -177,6 +177,9 @@ void tst_VirtualTracker::stateRoundTripsEverything() {
     QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 33);
     QCOMPARE(c.configuration()->outputs()->value()->states().size(), 2);
     QVERIFY(!c.password());
+    // A reset asks for a power cycle and brings the factory values back.
+    QCOMPARE(ask(c, 7, hex("010300000000")).status(), int(UNPParcer::PowerCycleNeeded));
+    QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 5);
 }
 
 QTEST_GUILESS_MAIN(tst_VirtualTracker)

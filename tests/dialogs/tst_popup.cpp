@@ -38,7 +38,6 @@ private slots:
         QVERIFY(popup.isVisible());
         QVERIFY(popup.getPopupOpacity() < 0.7f);
         auto *animation = popup.findChild<QPropertyAnimation *>();
-        QCOMPARE(animation->propertyName(), QByteArray("popupOpacity"));
         QCOMPARE(animation->duration(), fadeIn);
 
         struct Step {

@@ -1,9 +1,26 @@
 #include "pages/RoamingTimetable.h"
+#include "pages/RoamingTimetableGrid.h"
+#include "pages/roumingShedulerDialog.h"
 
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalSpy>
 #include <QtTest>
 
+// The timetable's words, the painted grid and the dialog around it.
 class tst_RoamingTimetable : public QObject {
     Q_OBJECT
+
+private:
+    static void mouse(QWidget *w, QEvent::Type type, const QPoint &pos) {
+        const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+        const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+        QMouseEvent e(type, pos, w->mapToGlobal(pos), button, held, Qt::NoModifier);
+        QApplication::sendEvent(w, &e);
+    }
+    static void press(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseButtonPress, pos); }
+    static void drag(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseMove, pos); }
+    static void release(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseButtonRelease, pos); }
 
 private slots:
     void slotToWordsAndBack_data() {
@@ -77,6 +94,79 @@ private slots:
         t.setAll(on);
         QCOMPARE(t.low(), low);
         QCOMPARE(t.high(), high);
+    }
+
+    void cellAt_mapsEveryCellBack() {
+        RoamingTimetableGrid grid;
+        for (int d = 0; d < RoamingTimetable::Days; ++d) {
+            for (int s = 0; s < RoamingTimetable::SlotsPerDay; ++s)
+                QCOMPARE(grid.cellAt(grid.cellRect(d, s).center()), qMakePair(d, s));
+        }
+        QCOMPARE(grid.cellAt(QPoint(0, 0)), qMakePair(-1, -1));
+        const QRect last = grid.cellRect(6, 15);
+        QCOMPARE(grid.cellAt(last.bottomRight() + QPoint(2, 2)), qMakePair(-1, -1));
+    }
+
+    void pressAndDrag_data() {
+        QTest::addColumn<quint64>("lowBefore");
+        QTest::addColumn<quint64>("lowAfter");
+        QTest::newRow("drag over empty cells sets them") << quint64(0) << quint64(0x1E);
+        QTest::newRow("drag from a set cell clears") << quint64(0xFF) << quint64(0xE1);
+        // The first cell decides: set cells met later stay set.
+        QTest::newRow("mixed row painted on") << quint64(0x08) << quint64(0x1E);
+    }
+    void pressAndDrag() {
+        QFETCH(quint64, lowBefore);
+        QFETCH(quint64, lowAfter);
+        RoamingTimetableGrid grid;
+        grid.setTimetable(RoamingTimetable(lowBefore, 0));
+        QSignalSpy spy(&grid, &RoamingTimetableGrid::timetableChanged);
+
+        // Monday, slots 1 to 4, passing slot 2 twice.
+        press(&grid, grid.cellRect(0, 1).center());
+        drag(&grid, grid.cellRect(0, 2).center());
+        drag(&grid, grid.cellRect(0, 2).topLeft() + QPoint(1, 1));
+        drag(&grid, grid.cellRect(0, 3).center());
+        drag(&grid, grid.cellRect(0, 4).center());
+        release(&grid, grid.cellRect(0, 4).center());
+        drag(&grid, grid.cellRect(0, 5).center()); // after release: no painting
+
+        QCOMPARE(grid.timetable().low(), lowAfter);
+        QCOMPARE(grid.timetable().high(), quint64(0));
+        QVERIFY(spy.count() >= 1);
+    }
+
+    void dialog_clearAndMarkAllKeepReservedBits() {
+        roumingShedulerDialog dialog(RoamingTimetable(0x5, 0xF000000000000000), 1);
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Расписание роуминга SIM 2")); // the SIM counts from 1
+        QPushButton *all = nullptr, *none = nullptr;
+        for (QPushButton *b : dialog.findChildren<QPushButton *>()) {
+            if (b->text() == QStringLiteral("Отметить все"))
+                all = b;
+            if (b->text() == QStringLiteral("Очистить"))
+                none = b;
+        }
+        QVERIFY(all && none);
+        none->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(0, 0xF000000000000000));
+        all->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(~quint64(0), 0xF000FFFFFFFFFFFF));
+    }
+
+    // Each slot's start is written centred over its column; the last one ("22:30") is wider than a
+    // column and must still lie inside the widget.
+    void slotLabels_fitInsideTheWidget() {
+        RoamingTimetableGrid grid;
+        const int last = RoamingTimetable::SlotsPerDay - 1;
+        for (int slot : {0, last}) {
+            const QRect cell = grid.cellRect(0, slot);
+            const int half =
+                (grid.fontMetrics().horizontalAdvance(RoamingTimetable::slotStart(slot)) + 1) / 2;
+            const int centre = cell.left() + cell.width() / 2;
+            QVERIFY2(centre + half <= grid.sizeHint().width(),
+                     qPrintable(QStringLiteral("%1 > %2").arg(centre + half).arg(grid.sizeHint().width())));
+            QVERIFY(centre - half >= 0);
+        }
     }
 };
 

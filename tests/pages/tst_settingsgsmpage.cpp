@@ -1,3 +1,4 @@
+#include "pages/GsmProfileDialog.h"
 #include "pages/SettingsGSMPage.h"
 #include "tests/pages/PageSession.h"
 
@@ -205,6 +206,15 @@ private slots:
         QCOMPARE(page.sim(1).password->text(), QStringLiteral("wp"));
         QCOMPARE(page.sim(0).apn->text(), QString());
         QVERIFY(page.isModified());
+    }
+
+    void profileDialog_typedValuesMakeTheProfile() {
+        GsmProfileDialog dialog;
+        typeText(dialog.nameEdit(), QStringLiteral("Дом"));
+        typeText(dialog.apnEdit(), QStringLiteral("inтernet")); // the Cyrillic т is refused
+        typeText(dialog.userEdit(), QStringLiteral("u"));
+        typeText(dialog.passwordEdit(), QStringLiteral("p"));
+        QCOMPARE(dialog.profile(), (GsmProfile{QStringLiteral("Дом"), "inernet", "u", "p"}));
     }
 };
 
