@@ -1,4 +1,5 @@
 #include "cli/CliOptions.h"
+#include "cli/PortList.h"
 #include "cli/TrafficLogFile.h"
 
 #include <QtTest>
@@ -10,6 +11,7 @@ private slots:
     void parse_validLines_data();
     void parse_validLines();
     void trafficLog_rotatesAtItsSizeLimit();
+    void portList_oneTabSeparatedLinePerPort();
 };
 
 void tst_CliOptions::parse_validLines_data() {
@@ -107,6 +109,19 @@ void tst_CliOptions::trafficLog_rotatesAtItsSizeLimit() {
     QCOMPARE(text(path + ".1"),
              QByteArray(30, 'g') + '\n' + QByteArray(30, 'h') + '\n' + QByteArray(30, 'i') + '\n');
     QCOMPARE(QDir(dir.path()).count(), 4u); // ".", "..", the log and one older part
+}
+
+// The blanks of a port that does not report a field are SerialConnection::record's.
+void tst_CliOptions::portList_oneTabSeparatedLinePerPort() {
+    SerialPortDescription port;
+    port.portName = QStringLiteral("ttyACM0");
+    port.description = QStringLiteral("Vantor micro");
+    port.hasVendorIdentifier = true;
+    port.vendorIdentifier = 0x2226;
+    port.hasProductIdentifier = true;
+    port.productIdentifier = 0x0013;
+    QCOMPARE(portRecordLine(SerialConnection::record(port)),
+             QStringLiteral("ttyACM0\tVantor micro\t - \t13\t2226"));
 }
 
 QTEST_GUILESS_MAIN(tst_CliOptions)

@@ -2,7 +2,6 @@
 #include "app/loginSettings.h"
 
 #include <QCheckBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -34,18 +33,6 @@ private slots:
         loginSettings stored(nullptr, &store);
         QCOMPARE(stored.portEdit()->text(), QStringLiteral("5000"));
         QCOMPARE(stored.timeoutBox()->value(), 40);
-    }
-
-    void formTextsAreShown() {
-        AppSettings store(m_raw);
-        loginSettings dialog(nullptr, &store);
-        QStringList texts{dialog.logSaveBox()->text()};
-        for (const QLabel *label : dialog.findChildren<QLabel *>())
-            texts << label->text();
-        for (const char *text :
-             {"Таймаут для операций с переопросом (с)", "Сетевой путь размещения обновлений конфигуратора",
-              "Сохранять лог работы прибора в файл?"})
-            QVERIFY2(texts.contains(QString::fromUtf8(text)), text);
     }
 
     void acceptWritesItsFourKeysRejectNone_data() {
