@@ -11,7 +11,7 @@ export LSAN_OPTIONS  := suppressions=$(SUPP):print_suppressions=0
 export ASAN_OPTIONS  := detect_leaks=1
 export UBSAN_OPTIONS := print_stacktrace=1:halt_on_error=1
 
-.PHONY: deps build run test fuzz screenshots bench soak install package package-check clean
+.PHONY: deps build run test fuzz screenshots bench soak install package package-check package-install-check clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -55,6 +55,10 @@ package: build
 # the Release build).
 package-check: package
 	@bash scripts/package-check.sh $(BUILD)
+
+# Installs the package into a fresh minimal Debian 12 root (mmdebstrap; root and the network needed).
+package-install-check: package
+	@bash scripts/package-install-check.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(BUILD_TEST) $(BUILD_FUZZ)
