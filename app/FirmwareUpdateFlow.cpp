@@ -56,8 +56,8 @@ void FirmwareUpdateFlow::complete() {
     connect(wait, &QDialog::finished, this, [this] {
         m_page->appendProgress(QStringLiteral("Обновление завершено."));
         m_page->finishUpdate();
-        // The device starts its new firmware: identify it again.
-        m_session->readIdentity();
+        // The device starts its new firmware: connect again once it answers.
+        emit restarting();
     });
     wait->open();
 }

@@ -11,7 +11,7 @@ class QWidget;
 class SessionController;
 
 // The device firmware update as the window runs it: the firmware page, the session switched into the
-// boot loader on the same link, the reboot wait box afterwards and a new identification.
+// boot loader on the same link, the reboot wait box afterwards, then the wait for the device to answer.
 class FirmwareUpdateFlow : public QObject {
     Q_OBJECT
 public:
@@ -24,6 +24,8 @@ public:
 signals:
     // The transfer started (true) or ended (false): the window holds everything else still meanwhile.
     void runningChanged(bool running);
+    // The transfer is over and the device starts its new firmware.
+    void restarting();
 
 private:
     void start();

@@ -5,6 +5,7 @@
 #include "Devices/OutputConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
+#include "app/AutoConnect.h"
 #include "app/ConfigurationFiles.h"
 #include "app/ConnectionIndicators.h"
 #include "app/ConnectionWaitDlg.h"
@@ -153,6 +154,7 @@ void MainWindow::setupSession() {
         });
     }
     connect(m_session, &SessionController::stateChanged, this, &MainWindow::render);
+    m_autoConnect = new AutoConnect(m_session, m_indicators, this);
     connect(m_session, &SessionController::identified, this, [this] {
         m_statePage->showIdentity();
         m_updates->deviceIdentified();
@@ -194,6 +196,7 @@ void MainWindow::setupPages() {
                                         [this] { return m_files->lastDir(); });
     connect(m_firmware, &FirmwareUpdateFlow::runningChanged, this,
             [this](bool running) { setDeviceControlsEnabled(!running); });
+    connect(m_firmware, &FirmwareUpdateFlow::restarting, m_autoConnect, &AutoConnect::expectRestart);
 }
 
 SettingsPageBase *MainWindow::settingsPage(int row) const {
@@ -332,6 +335,7 @@ void MainWindow::reconnect() {
     if (m_options.responseIntervalMs > 0)
         settings.responseIntervalMs = m_options.responseIntervalMs;
     m_session->connectDevice(settings);
+    m_autoConnect->apply(settings);
 }
 
 void MainWindow::setConnectionType(int type) {
@@ -360,8 +364,9 @@ void MainWindow::onLinkFailed(const LinkFailure &failure) {
         m_telemetryTimer->stop();
         m_indicators->showTypeOff();
     }
-    // No device plugged in: the state button says so already.
-    const QString text = failure.error == LinkError::NoDevice ? QString() : linkErrorText(failure);
+    // No device plugged in: the state button says so already; a restarting device fails a few tries.
+    const bool quiet = failure.error == LinkError::NoDevice || m_autoConnect->isWaiting();
+    const QString text = quiet ? QString() : linkErrorText(failure);
     if (!text.isEmpty())
         m_prompter->warning(this, QString::fromUtf8(LinkErrorTitle), text);
 }

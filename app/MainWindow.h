@@ -10,6 +10,7 @@
 #include <memory>
 
 class Connection;
+class AutoConnect;
 class ConfigurationFiles;
 class SafeWrites;
 class ConnectionIndicators;
@@ -93,6 +94,7 @@ public:
     QList<SettingsPageBase *> settingsPages() const;
     // The waiting dialog of a silent device or of the server; null when none is shown.
     ConnectionWaitDlg *waitDialog() const;
+    AutoConnect *autoConnect() const { return m_autoConnect; }
     bool isIdentified() const;
 
     // Reads the stored theme and applies its style sheet to the whole application.
@@ -165,6 +167,7 @@ private:
     bool m_askingPassword = false;
     std::function<void()> m_afterJob;
     ConnectionIndicators *m_indicators = nullptr;
+    AutoConnect *m_autoConnect = nullptr;
 
     SettingsStatePage *m_statePage = nullptr;
     SettingsPages *m_pages = nullptr;

@@ -4,6 +4,7 @@
 #include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
+#include "app/AutoConnect.h"
 #include "app/ConnectionWaitDlg.h"
 #include "app/MainWindow.h"
 #include "app/Prompter.h"
@@ -539,7 +540,8 @@ void tst_MainWindow::virtualTracker_data() {
         << "startup-password" << QStringList{"--password", "1234"} << "";
     QTest::newRow("wrong then right password")
         << "wrong-password" << QStringList{"--password", "1234"} << wrong;
-    QTest::newRow("tracker killed mid-session, reconnect to a new one") << "killed" << QStringList() << "*";
+    QTest::newRow("tracker stopped and started on its link again reconnects by itself")
+        << "stopped" << QStringList() << "*";
     QTest::newRow("hang-up during read-all") << "hangup" << QStringList{"--hangup-after", "4"} << "*";
     QTest::newRow("blocked device")
         << "blocked" << QStringList{"--blocked"}
@@ -596,18 +598,28 @@ void tst_MainWindow::virtualTracker() {
         QCOMPARE(w.session()->state(), State::Ready);
         return;
     }
-    if (flow == QLatin1String("killed")) {
-        sim.kill();
+    if (flow == QLatin1String("stopped")) {
+        w.autoConnect()->watcher()->setInterval(50);
+        sim.terminate();
         QTRY_VERIFY_WITH_TIMEOUT(w.session()->state() == State::Lost && !warnings().isEmpty(), 15000);
         QCOMPARE(warnings(), QStringList{QStringLiteral("Прибор был отключен")});
         QCOMPARE(w.connectionStateButton()->text(), NoDevice);
         QVERIFY(!enabled(w, "readButton"));
+        // The port is seen gone before the tracker comes back (starting it blocks the event loop).
+        QTRY_VERIFY(w.autoConnect()->watcher()->ports()->ports().isEmpty());
         QProcess next;
         QVERIFY(startSim(next, {QStringLiteral("--pty"), QStringLiteral("--link"), o.portName})
                     .startsWith(QLatin1String("/dev/")));
-        w.reconnect();
         QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(), Tracker, 5000);
         QTRY_COMPARE(w.session()->state(), State::Ready);
+        // A factory reset: the window waits for the device and is back by itself, no box left open.
+        QSignalSpy back(w.autoConnect()->watcher(), &ConnectionWatcher::waitingFinished);
+        w.on_action_ResetSettings_triggered();
+        QTRY_COMPARE_WITH_TIMEOUT(back.count(), 1, 5000);
+        QVERIFY(back.first().first().toBool());
+        QTRY_COMPARE(w.session()->state(), State::Ready);
+        QVERIFY(!w.waitDialog());
+        QCOMPARE(warnings().size(), 1);
         return;
     }
     m_prompter->answers = {true};
