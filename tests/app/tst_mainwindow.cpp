@@ -18,6 +18,7 @@
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
+#include "tests/support/DevsimProcess.h"
 #include "tests/support/FakeLink.h"
 #include "tests/update/BskBuilder.h"
 #include "update/ComponentInformation.h"
@@ -183,14 +184,6 @@ void setFieldValue(QWidget *w, const QString &value) {
     }
 }
 
-// Starts the virtual tracker; returns the first line it prints (its pseudo-terminal).
-QString startSim(QProcess &sim, const QStringList &args) {
-    sim.start(QStringLiteral(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim"), args);
-    if (!sim.waitForStarted() || !sim.waitForReadyRead(5000))
-        return QString();
-    return QString::fromLocal8Bit(sim.readLine()).trimmed();
-}
-
 // Shows a page (and, on the data-transfer row, one of its tabs) and finds a field on it.
 QWidget *shownField(MainWindow *w, int row, int tab, const QString &field) {
     w->showPage(row);
@@ -251,9 +244,9 @@ private:
     std::unique_ptr<MainWindow> identified(bool stopTelemetry = true);
     // Options for a window on a virtual tracker started with `args`, reached through a link named after
     // the test row; its serial link lands in m_serial. The port name is empty if the tracker did not start.
-    MainWindow::Options trackerOptions(QProcess &sim, const QStringList &args);
+    MainWindow::Options trackerOptions(DevsimProcess &sim, const QStringList &args);
     // A window on such a tracker, identified; null on failure.
-    std::unique_ptr<MainWindow> onTracker(QProcess &sim, const QStringList &args);
+    std::unique_ptr<MainWindow> onTracker(DevsimProcess &sim, const QStringList &args);
     // Read all, answered Yes; true once every section has come and the job has ended.
     bool readEverything(MainWindow &w);
 
@@ -315,13 +308,13 @@ std::unique_ptr<MainWindow> tst_MainWindow::identified(bool stopTelemetry) {
     return w;
 }
 
-MainWindow::Options tst_MainWindow::trackerOptions(QProcess &sim, const QStringList &args) {
+MainWindow::Options tst_MainWindow::trackerOptions(DevsimProcess &sim, const QStringList &args) {
     const QString link =
         m_dir.filePath(QStringLiteral("tracker-%1").arg(QTest::currentDataTag()).remove(QLatin1Char(' ')));
     MainWindow::Options o = options();
     o.responseIntervalMs = 300;
-    if (startSim(sim, QStringList{QStringLiteral("--pty"), QStringLiteral("--link"), link} + args)
-            .startsWith(QLatin1String("/dev/")))
+    if (sim.start(QStringList{QStringLiteral("--pty"), QStringLiteral("--link"), link} + args) &&
+        sim.address().startsWith(QLatin1String("/dev/")))
         o.portName = link;
     o.linkFactory = [this, link](int) {
         m_serial = new RecordingSerial(link);
@@ -330,7 +323,7 @@ MainWindow::Options tst_MainWindow::trackerOptions(QProcess &sim, const QStringL
     return o;
 }
 
-std::unique_ptr<MainWindow> tst_MainWindow::onTracker(QProcess &sim, const QStringList &args) {
+std::unique_ptr<MainWindow> tst_MainWindow::onTracker(DevsimProcess &sim, const QStringList &args) {
     const MainWindow::Options o = trackerOptions(sim, args);
     if (o.portName.isEmpty())
         return nullptr;
@@ -558,7 +551,7 @@ void tst_MainWindow::virtualTracker() {
     QFETCH(QString, message);
     using State = SessionController::State;
     const auto warnings = [this] { return m_prompter->of(QStringLiteral("warning")); };
-    QProcess sim;
+    DevsimProcess sim;
     MainWindow::Options o = trackerOptions(sim, args);
     QVERIFY(!o.portName.isEmpty());
     if (flow == QLatin1String("startup-password"))
@@ -600,16 +593,15 @@ void tst_MainWindow::virtualTracker() {
     }
     if (flow == QLatin1String("stopped")) {
         w.autoConnect()->watcher()->setInterval(50);
-        sim.terminate();
+        sim.process().terminate();
         QTRY_VERIFY_WITH_TIMEOUT(w.session()->state() == State::Lost && !warnings().isEmpty(), 15000);
         QCOMPARE(warnings(), QStringList{QStringLiteral("Прибор был отключен")});
         QCOMPARE(w.connectionStateButton()->text(), NoDevice);
         QVERIFY(!enabled(w, "readButton"));
-        // The port is seen gone before the tracker comes back (starting it blocks the event loop).
+        // The port is seen gone before the tracker comes back.
         QTRY_VERIFY(w.autoConnect()->watcher()->ports()->ports().isEmpty());
-        QProcess next;
-        QVERIFY(startSim(next, {QStringLiteral("--pty"), QStringLiteral("--link"), o.portName})
-                    .startsWith(QLatin1String("/dev/")));
+        DevsimProcess next;
+        QVERIFY(next.start({QStringLiteral("--pty"), QStringLiteral("--link"), o.portName}));
         QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(), Tracker, 5000);
         QTRY_COMPARE(w.session()->state(), State::Ready);
         // A factory reset: the window waits for the device and is back by itself, no box left open.
@@ -848,7 +840,7 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
     QFETCH(int, tab);
     QFETCH(QString, field);
     QFETCH(QString, value);
-    QProcess sim;
+    DevsimProcess sim;
     auto tracker = onTracker(sim, {});
     QVERIFY(tracker);
     MainWindow &w = *tracker;
@@ -883,7 +875,7 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
 // the tracker's values on request, a snapshot goes into the history first, and the read-back catches a
 // tracker that confirms a write it ignores.
 void tst_MainWindow::virtualDevice_fileRoundTripPreviewSnapshotAndVerify() {
-    QProcess sim;
+    DevsimProcess sim;
     auto tracker = onTracker(sim, {QStringLiteral("--ignore-writes"), QStringLiteral("SystemConfiguration")});
     QVERIFY(tracker);
     MainWindow &w = *tracker;

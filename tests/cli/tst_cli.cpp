@@ -1,6 +1,7 @@
 // The terminal tool end to end: every case runs the real tavrel-cli binary against the virtual tracker
 // (a pseudo-terminal or its configuration-server stand-in on 127.0.0.1) and checks exit status, stdout,
 // stderr and the files it writes.
+#include "tests/support/DevsimProcess.h"
 #include "tests/update/BskBuilder.h"
 
 #include <QJsonArray>
@@ -23,36 +24,17 @@ const QString DeviceImei = QStringLiteral("863071014478127");
 enum Transport { Pty, Tcp };
 const QByteArray Fifo = QByteArrayLiteral("<fifo>");
 
-// One virtual tracker for the length of a test case; SIGTERM makes it save its --state file.
-class Devsim {
-public:
-    ~Devsim() { stop(); }
-    void stop() {
-        m_process.terminate();
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(5000))
-            m_process.kill(), m_process.waitForFinished(2000);
-    }
+// One virtual tracker per test case, on a pseudo-terminal or on its configuration-server stand-in.
+struct Devsim : DevsimProcess {
     bool start(Transport transport, const QStringList &extra = {}) {
-        m_transport = transport;
-        m_process.start(DevsimBinary,
-                        (transport == Pty ? QStringList{"--pty"} : QStringList{"--tcp", "0"}) + extra);
-        QElapsedTimer waited;
-        waited.start();
-        while (m_process.waitForStarted(5000) && !m_process.canReadLine() && waited.elapsed() < 5000)
-            m_process.waitForReadyRead(100);
-        m_endpoint = QString::fromLocal8Bit(m_process.readLine()).trimmed();
-        return !m_endpoint.isEmpty();
+        return DevsimProcess::start((transport == Pty ? QStringList{"--pty"} : QStringList{"--tcp", "0"}) +
+                                    extra);
     }
     // Arguments that point tavrel-cli at this tracker.
     QStringList link() const {
-        return m_transport == Pty ? QStringList{"--port", m_endpoint}
-                                  : QStringList{"--remote", m_endpoint, "--imei", DeviceImei};
+        return address().startsWith('/') ? QStringList{"--port", address()}
+                                         : QStringList{"--remote", address(), "--imei", DeviceImei};
     }
-
-private:
-    QProcess m_process;
-    Transport m_transport = Pty;
-    QString m_endpoint;
 };
 
 struct Result {

@@ -1,4 +1,6 @@
 // Runs the real tavrel-devsim over a pseudo-terminal and talks to it through the protocol library.
+#include "tests/support/DevsimProcess.h"
+
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Device.h"
@@ -12,7 +14,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <memory>
@@ -21,42 +22,6 @@
 using namespace UpdateChannel;
 
 namespace {
-
-const QString devsimPath = QStringLiteral(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim");
-
-// The program under test; stopped with SIGTERM (as a user would) when the test ends.
-class DevsimProcess {
-public:
-    ~DevsimProcess() { stop(); }
-
-    bool start(const QStringList &args) {
-        m_process.start(devsimPath, args);
-        if (!QTest::qWaitFor(
-                [this] { return m_process.canReadLine() || m_process.state() == QProcess::NotRunning; },
-                5000))
-            return false;
-        m_address = QString::fromLocal8Bit(m_process.readLine()).trimmed();
-        return !m_address.isEmpty();
-    }
-
-    // SIGTERM, then the exit code (-1 if it had to be killed).
-    int stop() {
-        if (m_process.state() != QProcess::NotRunning)
-            ::kill(pid_t(m_process.processId()), SIGTERM);
-        if (!m_process.waitForFinished(3000) && m_process.state() != QProcess::NotRunning) {
-            m_process.kill();
-            m_process.waitForFinished(1000);
-        }
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-
-    QString address() const { return m_address; }
-    QProcess &process() { return m_process; }
-
-private:
-    QProcess m_process;
-    QString m_address;
-};
 
 // A configurator session on the protocol library: configuration, device, workflows, and what came back.
 struct Session {
@@ -115,7 +80,7 @@ private:
 };
 
 void tst_Devsim::initTestCase() {
-    QVERIFY2(QFileInfo::exists(devsimPath), qPrintable(devsimPath));
+    QVERIFY(QFileInfo::exists(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim"));
     // The exchange log of every session would drown the test's own lines.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false\ntavrel.*.debug=false"));
     QVERIFY(m_dir.isValid());
