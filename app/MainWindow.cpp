@@ -18,6 +18,7 @@
 #include "app/Skin.h"
 #include "app/TelemetryTools.h"
 #include "app/UpdateChecks.h"
+#include "app/WindowActions.h"
 #include "app/loginDialog.h"
 #include "pages/ProgramUpdatePage.h"
 #include "pages/SettingsStatePage.h"
@@ -26,7 +27,6 @@
 #include "protocol/TrafficLog.h"
 #include "ui_MainWindow.h"
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
@@ -39,7 +39,6 @@ namespace {
 using State = SessionController::State;
 
 const char *const LinkErrorTitle = "Ошибка подключения";
-const char *const NotOffered = "Прибор не поддерживает эту команду";
 
 } // namespace
 
@@ -72,12 +71,12 @@ MainWindow::MainWindow(const Options &options, QWidget *parent)
     auto *telemetryTools = new TelemetryTools(this, m_configuration, m_telemetryTimer, m_prompter.get());
     connect(m_session, &SessionController::telemetryDecoded, telemetryTools,
             &TelemetryTools::telemetryDecoded);
-    setupActions();
     m_updates = new UpdateChecks(this, m_prompter, [this]() -> qint64 {
         return isIdentified() && m_configuration->deviceInfo()
                    ? qint64(m_configuration->deviceInfo()->Version())
                    : -1;
     });
+    m_actions = new WindowActions(this, ui.get(), m_updates, m_safe);
     connect(m_updates, &UpdateChecks::newFirmwareAvailable, this, &MainWindow::on_needUpdFirmware);
     if (m_options.updateCheckAtStart)
         m_updates->checkDevice(false);
@@ -207,49 +206,6 @@ QList<SettingsPageBase *> MainWindow::settingsPages() const {
     return m_pages->all();
 }
 
-// The one place where the menus and buttons meet their handlers.
-void MainWindow::setupActions() {
-    auto *group = new QActionGroup(this);
-    group->setExclusive(true);
-    group->addAction(ui->action_LocalControl);
-    group->addAction(ui->action_RemoteControl);
-    connect(ui->action_LocalControl, &QAction::triggered, this,
-            [this] { setConnectionType(LocalConnection); });
-    connect(ui->action_RemoteControl, &QAction::triggered, this,
-            [this] { setConnectionType(RemoteConnection); });
-
-    // The device firmware has no command for these; they stay visible so the user learns why.
-    for (QAction *a : {ui->action_Reboot, ui->action_ReadStatistics}) {
-        a->setEnabled(false);
-        a->setToolTip(QString::fromUtf8(NotOffered));
-        a->setStatusTip(QString::fromUtf8(NotOffered));
-    }
-    // A menu shows an action's tool tip only when asked to.
-    ui->menuDevice->setToolTipsVisible(true);
-
-    connect(ui->action_ReadCfg, &QAction::triggered, this, &MainWindow::readAll);
-    connect(ui->action_WriteCfg, &QAction::triggered, this, &MainWindow::writeAll);
-    connect(ui->readButton, &QPushButton::clicked, this, &MainWindow::readAll);
-    connect(ui->writeButton, &QPushButton::clicked, this, &MainWindow::writeAll);
-    connect(ui->applyButton, &QPushButton::clicked, this, &MainWindow::applyCurrentPage);
-    connect(ui->action_Reconnect, &QAction::triggered, this, &MainWindow::reconnect);
-    connect(ui->connectButton, &QPushButton::clicked, this, &MainWindow::reconnect);
-    connect(ui->action_UpdateFirmware, &QAction::triggered, this, [this] { showPage(FirmwarePage); });
-    connect(ui->action_UpdateDevice, &QAction::triggered, this, [this] { showPage(FirmwarePage); });
-    connect(ui->action_CheckUpdates, &QAction::triggered, this, [this] {
-        m_updates->checkProgram();
-        m_updates->checkDevice(true);
-    });
-    connect(ui->action_CheckProgramUpdates, &QAction::triggered, this, [this] { m_updates->checkProgram(); });
-    connect(ui->action_CheckDeviceUpdates, &QAction::triggered, this,
-            [this] { m_updates->checkDevice(true); });
-    connect(ui->action_SoftwareVersion, &QAction::triggered, this, [this] { m_updates->showVersions(); });
-    connect(ui->action_About, &QAction::triggered, this, [this] { m_updates->showAbout(); });
-    ui->menuDevice->addSeparator();
-    ui->menuDevice->addAction(QStringLiteral("История изменений…"), this, [this] { m_safe->showHistory(); });
-    ui->menuDevice->addAction(QStringLiteral("Сравнить…"), this, [this] { m_safe->showCompare(); });
-}
-
 void MainWindow::render() {
     const State state = m_session->state();
     const bool remote = m_connectionType == RemoteConnection;
@@ -290,18 +246,11 @@ void MainWindow::render() {
 }
 
 void MainWindow::updateDeviceActions() {
-    const bool ready = m_session->state() == State::Ready && !m_updating;
-    for (QAction *a :
-         {ui->action_ReadCfg, ui->action_WriteCfg, ui->action_ClearMemory, ui->action_ResetSettings})
-        a->setEnabled(ready);
-    ui->readButton->setEnabled(ready);
-    ui->writeButton->setEnabled(ready);
-    SettingsPageBase *shown = settingsPage(ui->listWidget->currentRow());
-    ui->applyButton->setEnabled(ready && shown && shown->holdsValues());
-    ui->applyButton->setToolTip(!shown ? QStringLiteral("На этой странице нет настроек прибора")
-                                : !shown->holdsValues() ? QStringLiteral("На странице нет значений прибора")
-                                : ready ? QString()
-                                        : QStringLiteral("Прибор не подключен"));
+    // The pages and the session report before the actions exist; the constructor renders once after.
+    if (!m_actions)
+        return;
+    m_actions->setReady(m_session->state() == State::Ready && !m_updating,
+                        settingsPage(ui->listWidget->currentRow()));
 }
 
 void MainWindow::updateOutputsPage() {
@@ -578,10 +527,6 @@ void MainWindow::on_needUpdFirmware() {
 
 void MainWindow::setDeviceControlsEnabled(bool on) {
     m_updating = !on;
-    for (QAction *a : {ui->action_Reconnect, ui->action_LocalControl, ui->action_RemoteControl,
-                       ui->action_CreateNewCfg, ui->action_OpenCfgFromFile, ui->actionSettings})
-        a->setEnabled(on);
-    ui->connectButton->setEnabled(on);
-    ui->listWidget->setEnabled(on);
+    m_actions->setControlsEnabled(on);
     render();
 }

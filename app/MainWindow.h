@@ -26,6 +26,7 @@ class SettingsPageBase;
 class SettingsPages;
 class SettingsStatePage;
 class UpdateChecks;
+class WindowActions;
 class VantorConfiguration;
 
 namespace Ui {
@@ -127,7 +128,6 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void setupActions();
     void setupPages();
     void setupSession();
 
@@ -174,6 +174,7 @@ private:
     FirmwareUpdateFlow *m_firmware = nullptr;
     int m_currentRow = DevicePage;
     UpdateChecks *m_updates = nullptr;
+    WindowActions *m_actions = nullptr;
     std::unique_ptr<ConfigurationFiles> m_files;
     SafeWrites *m_safe = nullptr;
 };
