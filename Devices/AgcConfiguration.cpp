@@ -76,25 +76,16 @@ void AgcConfiguration::decode(const QByteArray &payload) {
 }
 
 QByteArray AgcConfiguration::encode(int channel) const {
-    const AgcConfigurationItem *e = element(channel);
-    if (!e)
-        return QByteArray();
-    return codec::head(Code, Block, quint8(channel), 0) + record(e);
+    return codec::encodeRecord(*this, Code, Block, channel, record);
 }
 
 QByteArray AgcConfiguration::encodeAnswer() const {
-    QByteArray b = codec::head(AnswerCode, Block, 0, 0);
-    for (int i = 0; i < count(); ++i) {
-        if (const AgcConfigurationItem *e = element(i))
-            b += record(e);
-    }
-    return b;
+    return codec::encodeRecords(*this, AnswerCode, Block, record);
 }
 
 bool AgcConfiguration::decodeWrite(const QByteArray &writePayload) {
     AgcConfigurationItem *e = element(le::u8(writePayload, 2));
-    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
-        !le::has(writePayload, 0, codec::HeadSize + RecordSize))
+    if (!e || !codec::isWrite(writePayload, Code, Block, RecordSize))
         return false;
     store(e, writePayload.mid(codec::HeadSize));
     return true;

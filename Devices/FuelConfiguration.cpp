@@ -68,8 +68,7 @@ QByteArray FuelConfiguration::encodeAnswer() const {
 }
 
 bool FuelConfiguration::decodeWrite(const QByteArray &writePayload) {
-    if (!value() || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
-        !le::has(writePayload, 0, codec::HeadSize + BodySize))
+    if (!value() || !codec::isWrite(writePayload, Code, Block, BodySize))
         return false;
     storeBody(this, writePayload);
     return true;

@@ -61,8 +61,7 @@ QByteArray LogicConfiguration::encodeAnswer() const {
 
 bool LogicConfiguration::decodeWrite(const QByteArray &writePayload) {
     LogicConfigurationItem *e = element(le::u8(writePayload, IndexOffset));
-    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
-        !le::has(writePayload, 0, codec::HeadSize + RecordSize))
+    if (!e || !codec::isWrite(writePayload, Code, Block, RecordSize))
         return false;
     e->setFunc(le::u8(writePayload, codec::HeadSize + FuncOffset));
     return true;

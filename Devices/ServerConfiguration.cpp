@@ -49,25 +49,16 @@ void ServerConfiguration::decode(const QByteArray &payload) {
 }
 
 QByteArray ServerConfiguration::encode(int index) const {
-    const ServerConfigurationItem *e = element(index);
-    if (!e)
-        return QByteArray();
-    return codec::head(Code, Block, quint8(index), 0) + record(e);
+    return codec::encodeRecord(*this, Code, Block, index, record);
 }
 
 QByteArray ServerConfiguration::encodeAnswer() const {
-    QByteArray b = codec::head(AnswerCode, Block, 0, 0);
-    for (int i = 0; i < count(); ++i) {
-        if (const ServerConfigurationItem *e = element(i))
-            b += record(e);
-    }
-    return b;
+    return codec::encodeRecords(*this, AnswerCode, Block, record);
 }
 
 bool ServerConfiguration::decodeWrite(const QByteArray &writePayload) {
     ServerConfigurationItem *e = element(le::u8(writePayload, 2));
-    if (!e || le::u8(writePayload, 0) != Code || le::u8(writePayload, 1) != Block ||
-        !le::has(writePayload, 0, codec::HeadSize + RecordSize))
+    if (!e || !codec::isWrite(writePayload, Code, Block, RecordSize))
         return false;
     store(e, writePayload.mid(codec::HeadSize));
     return true;

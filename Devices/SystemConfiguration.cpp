@@ -64,8 +64,7 @@ QByteArray SystemConfiguration::encodeAnswer() const {
 
 bool SystemConfiguration::decodeWrite(const QByteArray &writePayload) {
     SystemConfigurationItem *e = value();
-    if (!e || !le::has(writePayload, 0, codec::HeadSize + BodySize) || le::u8(writePayload, 0) != Code ||
-        le::u8(writePayload, 1) != Block)
+    if (!e || !codec::isWrite(writePayload, Code, Block, BodySize))
         return false;
     storeBody(e, writePayload);
     return true;

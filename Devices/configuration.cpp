@@ -99,6 +99,11 @@ bool isAnswer(const QByteArray &payload, quint8 code, int operation) {
     return operation < 0 || op == operation;
 }
 
+bool isWrite(const QByteArray &payload, quint8 code, quint8 block, int bodySize) {
+    return payload.size() >= HeadSize + bodySize && quint8(payload.at(0)) == code &&
+           quint8(payload.at(1)) == block;
+}
+
 int recordCount(const QByteArray &payload, int recordSize) {
     const int data = payload.size() - HeadSize;
     return (data > 0 && recordSize > 0) ? data / recordSize : 0;
