@@ -151,10 +151,9 @@ void BatchDevice::onIdentity() {
     emit identified(m_row.imei);
     if (m_step == Step::Done)
         return;
-    if (m_plan.hasOverrides && !m_plan.overrides.contains(m_row.imei)) {
-        fail(QStringLiteral("IMEI нет в таблице значений"));
-        return;
-    }
+    // A tracker the table does not list still gets the template; its row says it got nothing of its own.
+    if (m_plan.hasOverrides && !m_plan.overrides.contains(m_row.imei))
+        m_row.note = QStringLiteral("только шаблон: IMEI нет в таблице значений");
     m_step = Step::ReadBefore;
     m_session->readAll();
 }

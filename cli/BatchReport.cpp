@@ -28,7 +28,9 @@ QString checkText(BatchRow::Check check) {
 } // namespace
 
 QString BatchRow::resultText() const {
-    return passed ? QStringLiteral("успешно") : QStringLiteral("ошибка: %1").arg(failure);
+    if (!passed)
+        return QStringLiteral("ошибка: %1").arg(failure);
+    return note.isEmpty() ? QStringLiteral("успешно") : QStringLiteral("успешно (%1)").arg(note);
 }
 
 QString BatchRow::line() const {

@@ -16,6 +16,7 @@ struct BatchRow {
     QString firmwareAfter;
     bool passed = false;
     QString failure;      // why it did not pass
+    QString note;         // said beside a pass
     QStringList differed; // the sections whose values the device held other than the target
     Check verification = Check::NotDone;
 
