@@ -204,6 +204,8 @@ const QString Connected = QStringLiteral("Подключен прибор: Fake 
 const QString NoDevice = QStringLiteral("Нет подключенных приборов");
 const QString Tracker = QStringLiteral("Подключен прибор: Vantor micro");
 const QString LinkWarning = QStringLiteral("warning|Ошибка подключения|");
+// What the last fake link wrote, kept when the window drops it; static, as a link may outlive the test.
+QStringList lastHeads;
 
 } // namespace
 
@@ -253,7 +255,6 @@ private:
     std::shared_ptr<ScriptedPrompter> m_prompter;
     QPointer<FakeLink> m_link;
     QPointer<RecordingSerial> m_serial;
-    QStringList m_lastHeads; // what the last fake link wrote, kept when the window drops it
     QTemporaryDir m_dir;
 };
 
@@ -286,7 +287,7 @@ std::unique_ptr<MainWindow> tst_MainWindow::makeWindow(bool connect, int respons
         link->fault = FakeLink::NoFault;
         link->opened = false;
         link->announceOpen = true;
-        link->keepWriteHeads = &m_lastHeads;
+        link->keepWriteHeads = &lastHeads;
         link->identity.setName(QStringLiteral("Fake tracker"));
         link->identity.setIMEI(QStringLiteral("863071014478127"));
         link->identity.setVersion(918);
@@ -1000,7 +1001,7 @@ void tst_MainWindow::leavingModifiedPage() {
     }
     QVERIFY(!page->isModified());
     QCOMPARE(fieldValue(input), yes ? value : before);
-    const auto written = [this] { return m_link ? m_link->writeHeads() : m_lastHeads; };
+    const auto written = [this] { return m_link ? m_link->writeHeads() : lastHeads; };
     QTRY_COMPARE(written().size(), heads.size());
     QTest::qWait(20);
     QCOMPARE(written(), heads);
