@@ -1,4 +1,5 @@
 #include "Devices/AgcConfiguration.h"
+#include "Devices/ConfigurationFields.h"
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/FuelConfiguration.h"
@@ -6,8 +7,11 @@
 #include "Devices/LogicConfiguration.h"
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
+#include "Devices/SectionKeys.h"
+#include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
 #include "Devices/SystemConfiguration.h"
+#include "Devices/VantorConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -24,21 +28,6 @@ using kd::ServerConfiguration;
 using kd::SystemConfiguration;
 
 namespace {
-
-// enabled low high sensitivity averaging of each channel
-QString describe(const AgcConfiguration &s) {
-    QStringList parts;
-    for (int i = 0; i < s.count(); ++i) {
-        const AgcConfigurationItem *e = s.element(i);
-        parts << QStringLiteral("%1 %2 %3 %4 %5")
-                     .arg(e->enabled())
-                     .arg(e->thresholdLow())
-                     .arg(e->thresholdHigh())
-                     .arg(e->sensitivity())
-                     .arg(e->averaging());
-    }
-    return parts.join(QLatin1String(" / "));
-}
 
 QStringList ownSignals(const QMetaObject &mo) {
     QStringList own;
@@ -59,21 +48,9 @@ QByteArray answer(int byte1, int dataLength, int code = 0x82) {
     return p;
 }
 
-// group type mod serial version imei | name
-QString describe(const DeviceInfoConfiguration &s) {
-    return QStringLiteral("%1 %2 %3 %4 %5 %6 | %7")
-        .arg(s.DeviceGroup())
-        .arg(s.DeviceType())
-        .arg(s.DeviceMod())
-        .arg(s.SerialNumber())
-        .arg(s.Version())
-        .arg(s.IMEI(), s.name());
-}
-
 // group 1, type 3, mod 2, serial 100234, version 918, 12 unread bytes
 const QByteArray kIdentity = QByteArray::fromHex("81 01 00 00 01000000 03000000 02000000 8a870100 96030000"
                                                  "ffffffffffffffffffffffff");
-const QString kOldIdentity = QStringLiteral("9 9 9 9 9 old | old");
 
 // addr/tank_num/averaging of each of the eight elements
 QString describe(const FuelConfiguration &s) {
@@ -88,36 +65,14 @@ QString describe(const FuelConfiguration &s) {
 const QByteArray kBody = QByteArray::fromHex("01 00 02 01 03 01 04 02 05 02 06 03 07 03 08 04"
                                              "0a 00 14 00 1e 00 28 00 00 01");
 
-// apn|user|password|forbidden|hi|low, words in hex
-QString describe(const GSMConfigurationItem *e) {
-    return QStringLiteral("%1|%2|%3|%4|%5|%6")
-        .arg(e->apn(), e->apnUser(), e->apnPassword())
-        .arg(e->forbidden())
-        .arg(e->timetableHi(), 0, 16)
-        .arg(e->timetableLow(), 0, 16);
-}
-
 QByteArray field(const QByteArray &text) {
     return text + QByteArray(32 - text.size(), '\0');
 }
 
 const QByteArray kRoaming1 = QByteArray::fromHex("01 00 0102030405060708 1112131415161718");
 const QByteArray kRoaming2 = QByteArray::fromHex("fe 00 a1a2a3a4a5a6a7a8 b1b2b3b4b5b6b7b8");
-const QString kOldSim = QStringLiteral("old|old|old|1|5|6");
 
-// deltaCourse, deltaSpeed, driveTimeout, deltaDistance | freezeNav, pwrNav, faultSpeed
-QString describe(const NavigationConfigurationItem *e) {
-    return QStringLiteral("%1 %2 %3 %4 | %5 %6 %7")
-        .arg(e->deltaCourse())
-        .arg(e->deltaSpeed())
-        .arg(e->driveTimeout())
-        .arg(e->deltaDistance())
-        .arg(e->freezeNav())
-        .arg(e->pwrNav())
-        .arg(e->faultSpeed());
-}
-
-// In the order describe() prints them.
+// deltaCourse, deltaSpeed, driveTimeout, deltaDistance, freezeNav, pwrNav, faultSpeed
 void set(NavigationConfigurationItem *e, const QList<int> &v) {
     e->setDeltaCourse(quint8(v[0]));
     e->setDeltaSpeed(quint8(v[1]));
@@ -135,24 +90,42 @@ QString states(const OutputConfigurationItem *e) {
     return parts.join(QLatin1Char(' '));
 }
 
-QString describe(const ServerConfigurationItem *e) {
-    return QStringLiteral("%1|%2|%3|%4").arg(e->enable()).arg(e->server()).arg(e->port()).arg(e->proto());
-}
-
 // enable, address, port (LE), proto
 QByteArray record(const QByteArray &enable, const QByteArray &text, const QByteArray &portAndProto) {
     return QByteArray::fromHex(enable) + field(text) + QByteArray::fromHex(portAndProto);
 }
 
-// parkingMin pwrMode gsens lowSpeed outCtrl
-QString describe(const SystemConfigurationItem *e) {
-    return QStringLiteral("%1 %2 %3 %4 %5")
-        .arg(e->parkingMin())
-        .arg(e->pwrMode())
-        .arg(e->gsens())
-        .arg(e->lowSpeed())
-        .arg(e->OutCtrl());
+// The values of section `key` in the order of the field table: an element's values divided by blanks, the
+// elements by " / ".
+QString fieldsOf(const VantorConfiguration &cfg, const QString &key) {
+    QMap<int, QStringList> elements;
+    for (const kd::ConfigField &f : kd::configurationFields()) {
+        if (f.section == key)
+            elements[f.element] << f.rawValue(cfg).toString();
+    }
+    QStringList out;
+    for (const QStringList &e : elements)
+        out << e.join(QLatin1Char(' '));
+    return out.join(QLatin1String(" / "));
 }
+
+void setFields(VantorConfiguration &cfg, const QString &key, const QString &values) {
+    const QStringList elements = values.split(QLatin1String(" / "));
+    QMap<int, int> next;
+    for (const kd::ConfigField &f : kd::configurationFields()) {
+        if (f.section == key)
+            f.assign(cfg, elements.value(f.element).split(QLatin1Char(' ')).value(next[f.element]++));
+    }
+}
+
+// What each section holds before a decode, in the form fieldsOf() gives.
+const QString kOldTimetable = QStringLiteral("00000000000000050000000000000006"); // high word 5, low 6
+const QString kOldSim = "old old old 1 " + kOldTimetable;
+const QHash<QString, QString> kBefore = {
+    {kd::keys::MainDeviceInfo, "old 9 9 9 9 9 old"},      {kd::keys::System, "99 98 9 1 0"},
+    {kd::keys::Navigation, "91 92 93 94 0 5 96"},         {kd::keys::Server, "1 old 9 9"},
+    {kd::keys::Agc, "1 9 9 9 9 / 1 9 9 9 9 / 1 9 9 9 9"}, {kd::keys::Gsm, kOldSim + " / " + kOldSim},
+};
 
 } // namespace
 
@@ -161,38 +134,125 @@ class tst_Sections : public QObject {
     Q_OBJECT
 
 private slots:
-    void agc_decode_data() {
+    // One answer decoded into the section of the whole-device configuration; "expected" is what the
+    // section then holds (empty: what it held before), "filled" whether it counts as read (-1: not checked).
+    void decode_data() {
+        QTest::addColumn<QString>("key");
         QTest::addColumn<QByteArray>("payload");
         QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("filled");
+        const auto row = [](const char *name, const char *key, const QByteArray &payload,
+                            const QString &expected, int filled = -1) {
+            QTest::addRow("%s: %s", key, name) << QString::fromLatin1(key) << payload << expected << filled;
+        };
+        using namespace kd::keys;
+        const auto hex = [](const char *text) { return QByteArray::fromHex(text); };
 
-        const QByteArray head = QByteArray::fromHex("8c 02 00 00");
-        const QByteArray r0 = QByteArray::fromHex("01 00 e8 03 d0 07 0a 00 05 00");
-        const QByteArray r1 = QByteArray::fromHex("fe 00 01 00 02 00 03 00 04 00");
-        const QByteArray r2 = QByteArray::fromHex("03 ff ff ff 00 80 01 01 00 00");
-        const QString old = QStringLiteral("1 9 9 9 9 / 1 9 9 9 9 / 1 9 9 9 9");
+        row("identity with a terminated IMEI", MainDeviceInfo,
+            kIdentity + "863071014478127" + QByteArray(1, '\0') + "junk",
+            "old 918 1 3 2 100234 863071014478127", 1);
+        row("IMEI filling the body without a zero stops at the end", MainDeviceInfo, kIdentity + "8630710144",
+            "old 918 1 3 2 100234 8630710144", 1);
+        row("identity without IMEI bytes keeps the IMEI", MainDeviceInfo, kIdentity,
+            "old 918 1 3 2 100234 old", 1);
+        row("short identity sets only whole fields", MainDeviceInfo, kIdentity.left(14), "old 9 1 3 9 9 old",
+            1);
+        row("text information", MainDeviceInfo, hex("81 02 00 00") + "Vantor micro" + QByteArray(1, '\0'),
+            "Vantor micro 9 9 9 9 9 old", 1);
+        row("text without a zero stops at the end", MainDeviceInfo, hex("81 02 00 00") + "Vantor",
+            "Vantor 9 9 9 9 9 old", 1);
+        row("bit 7 of byte 1 changes nothing", MainDeviceInfo, hex("81 81 00 00 01 00"), "", 0);
+        row("another kind changes nothing", MainDeviceInfo, hex("81 03 00 00") + kIdentity.mid(4), "", 0);
+        row("another code changes nothing", MainDeviceInfo, hex("91") + kIdentity.mid(1), "", 0);
 
-        QTest::newRow("three records set three channels")
-            << head + r0 + r1 + r2 << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 65535 32768 257 0";
-        QTest::newRow("25 bytes set channels 0 and 1 only")
-            << head + r0 + r1 + r2.left(1) << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 9 9 9 9";
-        QTest::newRow("a fourth record is skipped")
-            << head + r0 + r1 + r2 + r0 << "1 1000 2000 10 5 / 0 1 2 3 4 / 1 65535 32768 257 0";
-        QTest::newRow("another kind changes nothing") << QByteArray::fromHex("8c 01 00 00") + r0 << old;
-        QTest::newRow("status answer changes nothing") << QByteArray::fromHex("8c 82 00 00") + r0 << old;
+        row("byte 6 = 3F gives gsens 15 and both flags", System, hex("91 01 00 00 0a 02 3f 00"),
+            "10 2 15 1 1", 1);
+        row("byte 6 = C0 gives all three zero", System, hex("91 01 00 00 0a 02 c0 00"), "10 2 0 0 0", 1);
+        row("reserved byte 7 is ignored", System, hex("91 01 00 00 01 02 13 ff"), "1 2 3 1 0", 1);
+        row("answer of another code changes nothing", System, hex("90 01 00 00 0a 02 3f 00"), "", 0);
+        row("status answer changes nothing", System, hex("91 81 00 00 01 00 3f 00"), "", 0);
+        row("short body decodes only the bytes it holds", System, hex("91 01 00 00 05"), "5 98 9 1 0", 1);
+        row("head only changes nothing but is a read", System, hex("91 01 00 00"), "", 1);
+        row("one byte changes nothing", System, hex("91"), "", 0);
+
+        row("motion answer leaves the parking fields", Navigation, hex("83 02 00 00 0a 14 1e 28 ff ff"),
+            "10 20 30 40 0 5 96", 1);
+        row("parking answer FF FF gives freezeNav 1 and pwrNav 15", Navigation,
+            hex("83 03 00 00 ff ff 07 ff"), "91 92 93 94 1 15 7", 1);
+        row("parking answer keeps only bit 0 and the low nibble", Navigation, hex("83 03 00 00 fe f0 00 00"),
+            "91 92 93 94 0 0 0", 1);
+        row("another block changes nothing", Navigation, hex("83 04 00 00 01 02 03 04 05 06"), "", 0);
+        row("bit 7 of byte 1 set changes nothing", Navigation, hex("83 82 00 00 01 02 03 04 05 06"), "", 0);
+        row("another code changes nothing", Navigation, hex("84 02 00 00 01 02 03 04 05 06"), "", 0);
+        row("short parking answer decodes the bytes it holds", Navigation, hex("83 03 00 00 01"),
+            "91 92 93 94 1 5 96", 1);
+
+        const QByteArray server = hex("90 01 00 00");
+        row("one record", Server, server + record("01", "gps.tavrel.ru", "4e 52 00 00 01"),
+            "1 gps.tavrel.ru 21070 1");
+        row("enable takes bit 0 only", Server, server + record("fe", "10.0.0.1", "ff ff ff ff 07"),
+            "0 10.0.0.1 4294967295 7");
+        row("address of 32 characters has no zero", Server,
+            server + record("01", QByteArray(32, 'h'), "01 00 00 00 00"),
+            "1 " + QString(32, QLatin1Char('h')) + " 1 0");
+        row("a second record is skipped", Server,
+            server + record("01", "a", "02 00 00 00 00") + record("01", "b", "03 00 00 00 00"), "1 a 2 0");
+        row("37 data bytes hold no record", Server, server + record("01", "a", "02 00 00 00 00").left(37),
+            "");
+        row("status answer changes nothing", Server, hex("90 81 00 00") + record("00", "a", "02 00 00 00 00"),
+            "");
+
+        const QByteArray agc = hex("8c 02 00 00");
+        const QByteArray r0 = hex("01 00 e8 03 d0 07 0a 00 05 00");
+        const QByteArray r1 = hex("fe 00 01 00 02 00 03 00 04 00");
+        const QByteArray r2 = hex("03 ff ff ff 00 80 01 01 00 00");
+        const QString three = QStringLiteral("1 1000 2000 10 5 / 0 1 2 3 4 / 1 65535 32768 257 0");
+        row("three records set three channels", Agc, agc + r0 + r1 + r2, three);
+        row("25 bytes set channels 0 and 1 only", Agc, agc + r0 + r1 + r2.left(1),
+            "1 1000 2000 10 5 / 0 1 2 3 4 / 1 9 9 9 9");
+        row("a fourth record is skipped", Agc, agc + r0 + r1 + r2 + r0, three);
+        row("another kind changes nothing", Agc, hex("8c 01 00 00") + r0, "");
+        row("status answer changes nothing", Agc, hex("8c 82 00 00") + r0, "");
+
+        const QByteArray access = hex("84 03 00 00"), roaming = hex("84 04 00 00");
+        const QByteArray rec1 = field("internet.mts.ru") + field("mts") + field("mts");
+        const QByteArray rec2 = field("internet.beeline.ru") + field("beeline") + field("");
+        const QString roamed1 = "old old old 1 18171615141312110807060504030201";
+        const QString roamed2 = "old old old 0 b8b7b6b5b4b3b2b1a8a7a6a5a4a3a2a1";
+        const QString mts = "internet.mts.ru mts mts 1 " + kOldTimetable;
+        row("roaming 36 data bytes sets both SIMs", Gsm, roaming + kRoaming1 + kRoaming2,
+            roamed1 + " / " + roamed2, 1);
+        row("roaming 35 data bytes sets only the first SIM", Gsm, roaming + kRoaming1 + kRoaming2.left(17),
+            roamed1 + " / " + kOldSim, 1);
+        row("roaming record for a third SIM is skipped", Gsm, roaming + kRoaming1 + kRoaming2 + kRoaming1,
+            roamed1 + " / " + roamed2, 1);
+        row("access 192 data bytes sets both SIMs", Gsm, access + rec1 + rec2,
+            mts + " / internet.beeline.ru beeline  1 " + kOldTimetable, 1);
+        row("access 191 data bytes sets only the first SIM", Gsm, access + rec1 + rec2.left(95),
+            mts + " / " + kOldSim, 1);
+        row("apn of 32 characters without a terminating zero", Gsm,
+            access + QByteArray(32, 'a') + field("u") + field("p"),
+            QString(32, QLatin1Char('a')) + " u p 1 " + kOldTimetable + " / " + kOldSim, 1);
+        row("another block changes nothing", Gsm, hex("84 05 00 00") + kRoaming1, "", 0);
+        row("status answer changes nothing", Gsm, hex("84 84 00 00") + kRoaming1, "", 0);
+        row("another code changes nothing", Gsm, hex("83 04 00 00") + kRoaming1, "", 0);
     }
 
-    void agc_decode() {
+    void decode() {
+        QFETCH(QString, key);
         QFETCH(QByteArray, payload);
-        AgcConfiguration s(3);
-        for (int i = 0; i < 3; ++i) {
-            s.element(i)->setEnabled(1);
-            s.element(i)->setThresholdLow(9);
-            s.element(i)->setThresholdHigh(9);
-            s.element(i)->setSensitivity(9);
-            s.element(i)->setAveraging(9);
-        }
-        s.decode(payload);
-        QTEST(describe(s), "expected");
+        QFETCH(QString, expected);
+        QFETCH(int, filled);
+        VantorConfiguration cfg;
+        setFields(cfg, key, kBefore.value(key));
+        QCOMPARE(fieldsOf(cfg, key), kBefore.value(key));
+        QSignalSpy read(cfg.item(key), &kd::IConfigurationItem::DeviceInfoFilled);
+
+        QVERIFY(kd::sectionByKey(key)->decode(&cfg, payload));
+
+        QCOMPARE(fieldsOf(cfg, key), expected.isEmpty() ? kBefore.value(key) : expected);
+        if (filled >= 0)
+            QCOMPARE(read.count(), filled);
     }
 
     void agc_decode_logsAndAnnouncesEveryChannel() {
@@ -345,52 +405,6 @@ private slots:
         QVERIFY(s.record(9, 0).isEmpty());
     }
 
-    void deviceInfo_decode_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<bool>("filled");
-
-        QTest::newRow("identity with a terminated IMEI")
-            << kIdentity + "863071014478127" + QByteArray(1, '\0') + "junk"
-            << "1 3 2 100234 918 863071014478127 | old" << true;
-        QTest::newRow("IMEI filling the body without a zero stops at the end")
-            << kIdentity + "8630710144"
-            << "1 3 2 100234 918 8630710144 | old" << true;
-        QTest::newRow("identity without IMEI bytes keeps the IMEI")
-            << kIdentity << "1 3 2 100234 918 old | old" << true;
-        QTest::newRow("short identity sets only whole fields")
-            << kIdentity.left(14) << "1 3 9 9 9 old | old" << true;
-        QTest::newRow("text information")
-            << QByteArray::fromHex("81 02 00 00") + "Vantor micro" + QByteArray(1, '\0')
-            << "9 9 9 9 9 old | Vantor micro" << true;
-        QTest::newRow("text without a zero stops at the end") << QByteArray::fromHex("81 02 00 00") + "Vantor"
-                                                              << "9 9 9 9 9 old | Vantor" << true;
-        QTest::newRow("bit 7 of byte 1 changes nothing")
-            << QByteArray::fromHex("81 81 00 00 01 00") << kOldIdentity << false;
-        QTest::newRow("another kind changes nothing")
-            << QByteArray::fromHex("81 03 00 00") + kIdentity.mid(4) << kOldIdentity << false;
-        QTest::newRow("another code changes nothing")
-            << QByteArray::fromHex("91") + kIdentity.mid(1) << kOldIdentity << false;
-    }
-
-    void deviceInfo_decode() {
-        QFETCH(QByteArray, payload);
-        DeviceInfoConfiguration s(1);
-        s.setDeviceGroup(9);
-        s.setDeviceType(9);
-        s.setDeviceMod(9);
-        s.setSerialNumber(9);
-        s.setVersion(9);
-        s.setIMEI(QStringLiteral("old"));
-        s.setName(QStringLiteral("old"));
-        QSignalSpy filled(&s, &DeviceInfoConfiguration::DeviceInfoFilled);
-
-        s.decode(payload);
-
-        QTEST(describe(s), "expected");
-        QTEST(filled.count() == 1, "filled");
-    }
-
     void deviceInfo_decode_setsVersionFirstAndIMEILast() {
         DeviceInfoConfiguration s(1);
         QStringList order;
@@ -478,63 +492,6 @@ private slots:
         }
 
         QCOMPARE(s.encode().toHex(' '), expected.toHex(' '));
-    }
-
-    void gsm_decode_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("sim0");
-        QTest::addColumn<QString>("sim1");
-        QTest::addColumn<bool>("filled");
-
-        const QByteArray access = QByteArray::fromHex("84 03 00 00");
-        const QByteArray roaming = QByteArray::fromHex("84 04 00 00");
-        const QByteArray rec1 = field("internet.mts.ru") + field("mts") + field("mts");
-        const QByteArray rec2 = field("internet.beeline.ru") + field("beeline") + field("");
-
-        QTest::newRow("roaming 36 data bytes sets both SIMs")
-            << roaming + kRoaming1 + kRoaming2 << "old|old|old|1|1817161514131211|807060504030201"
-            << "old|old|old|0|b8b7b6b5b4b3b2b1|a8a7a6a5a4a3a2a1" << true;
-        QTest::newRow("roaming 35 data bytes sets only the first SIM")
-            << roaming + kRoaming1 + kRoaming2.left(17) << "old|old|old|1|1817161514131211|807060504030201"
-            << kOldSim << true;
-        QTest::newRow("roaming record for a third SIM is skipped")
-            << roaming + kRoaming1 + kRoaming2 + kRoaming1 << "old|old|old|1|1817161514131211|807060504030201"
-            << "old|old|old|0|b8b7b6b5b4b3b2b1|a8a7a6a5a4a3a2a1" << true;
-        QTest::newRow("access 192 data bytes sets both SIMs")
-            << access + rec1 + rec2 << "internet.mts.ru|mts|mts|1|5|6"
-            << "internet.beeline.ru|beeline||1|5|6" << true;
-        QTest::newRow("access 191 data bytes sets only the first SIM")
-            << access + rec1 + rec2.left(95) << "internet.mts.ru|mts|mts|1|5|6" << kOldSim << true;
-        QTest::newRow("apn of 32 characters without a terminating zero")
-            << access + QByteArray(32, 'a') + field("u") + field("p")
-            << QString(32, QLatin1Char('a')) + "|u|p|1|5|6" << kOldSim << true;
-        QTest::newRow("another block changes nothing")
-            << QByteArray::fromHex("84 05 00 00") + kRoaming1 << kOldSim << kOldSim << false;
-        QTest::newRow("status answer changes nothing")
-            << QByteArray::fromHex("84 84 00 00") + kRoaming1 << kOldSim << kOldSim << false;
-        QTest::newRow("another code changes nothing")
-            << QByteArray::fromHex("83 04 00 00") + kRoaming1 << kOldSim << kOldSim << false;
-    }
-
-    void gsm_decode() {
-        QFETCH(QByteArray, payload);
-        GSMConfiguration s(2);
-        for (int i = 0; i < 2; ++i) {
-            GSMConfigurationItem *e = s.element(i);
-            e->setApn(QStringLiteral("old"));
-            e->setApnUser(QStringLiteral("old"));
-            e->setApnPassword(QStringLiteral("old"));
-            e->setForbidden(1);
-            e->setTimetableHi(5);
-            e->setTimetableLow(6);
-        }
-        QSignalSpy filled(&s, &GSMConfiguration::DeviceInfoFilled);
-
-        s.decode(payload);
-
-        QTEST(describe(s.element(0)), "sim0");
-        QTEST(describe(s.element(1)), "sim1");
-        QTEST(filled.count() == 1, "filled");
     }
 
     void gsm_encodeAccess_data() {
@@ -638,39 +595,6 @@ private slots:
         QCOMPARE(spy.at(0).at(0).toInt(), 1);
     }
 
-    void navigation_decode_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<bool>("filled");
-
-        QTest::newRow("motion answer leaves the parking fields")
-            << QByteArray::fromHex("83 02 00 00 0a 14 1e 28 ff ff") << "10 20 30 40 | 0 5 96" << true;
-        QTest::newRow("parking answer FF FF gives freezeNav 1 and pwrNav 15")
-            << QByteArray::fromHex("83 03 00 00 ff ff 07 ff") << "91 92 93 94 | 1 15 7" << true;
-        QTest::newRow("parking answer keeps only bit 0 and the low nibble")
-            << QByteArray::fromHex("83 03 00 00 fe f0 00 00") << "91 92 93 94 | 0 0 0" << true;
-        QTest::newRow("another block changes nothing")
-            << QByteArray::fromHex("83 04 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
-        QTest::newRow("bit 7 of byte 1 set changes nothing")
-            << QByteArray::fromHex("83 82 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
-        QTest::newRow("another code changes nothing")
-            << QByteArray::fromHex("84 02 00 00 01 02 03 04 05 06") << "91 92 93 94 | 0 5 96" << false;
-        QTest::newRow("short parking answer decodes the bytes it holds")
-            << QByteArray::fromHex("83 03 00 00 01") << "91 92 93 94 | 1 5 96" << true;
-    }
-
-    void navigation_decode() {
-        QFETCH(QByteArray, payload);
-        NavigationConfiguration s(1);
-        set(s.value(), {91, 92, 93, 94, 0, 5, 96});
-        QSignalSpy filled(&s, &NavigationConfiguration::DeviceInfoFilled);
-
-        s.decode(payload);
-
-        QTEST(describe(s.value()), "expected");
-        QTEST(filled.count() == 1, "filled");
-    }
-
     void navigation_encode_data() {
         QTest::addColumn<QList<int>>("fields");
         QTest::addColumn<QByteArray>("motion");
@@ -752,39 +676,6 @@ private slots:
         QTEST(s.encodeStates(), "expected");
     }
 
-    void server_decode_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("expected");
-
-        const QByteArray head = QByteArray::fromHex("90 01 00 00");
-        QTest::newRow("one record") << head + record("01", "gps.tavrel.ru", "4e 52 00 00 01")
-                                    << "1|gps.tavrel.ru|21070|1";
-        QTest::newRow("enable takes bit 0 only")
-            << head + record("fe", "10.0.0.1", "ff ff ff ff 07") << "0|10.0.0.1|4294967295|7";
-        QTest::newRow("address of 32 characters has no zero")
-            << head + record("01", QByteArray(32, 'h'), "01 00 00 00 00")
-            << "1|" + QString(32, QLatin1Char('h')) + "|1|0";
-        QTest::newRow("a second record is skipped")
-            << head + record("01", "a", "02 00 00 00 00") + record("01", "b", "03 00 00 00 00") << "1|a|2|0";
-        QTest::newRow("37 data bytes hold no record")
-            << head + record("01", "a", "02 00 00 00 00").left(37) << "1|old|9|9";
-        QTest::newRow("status answer changes nothing")
-            << QByteArray::fromHex("90 81 00 00") + record("00", "a", "02 00 00 00 00") << "1|old|9|9";
-    }
-
-    void server_decode() {
-        QFETCH(QByteArray, payload);
-        ServerConfiguration s(1);
-        s.value()->setEnable(1);
-        s.value()->setServer(QStringLiteral("old"));
-        s.value()->setPort(9);
-        s.value()->setProto(9);
-
-        s.decode(payload);
-
-        QTEST(describe(s.value()), "expected");
-    }
-
     void server_encode_masksEnableAndSendsCyrillicAsZero() {
         ServerConfiguration s(1);
         s.value()->setEnable(1);
@@ -802,44 +693,6 @@ private slots:
                  (QByteArray::fromHex("10 01 00 00") + record("00", QByteArray(6, '\0'), "04 03 02 01 00"))
                      .toHex(' '));
         QVERIFY(s.encode(1).isEmpty());
-    }
-
-    void system_decode_data() {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<bool>("filled");
-
-        QTest::newRow("byte 6 = 3F gives gsens 15 and both flags")
-            << QByteArray::fromHex("91 01 00 00 0a 02 3f 00") << "10 2 15 1 1" << true;
-        QTest::newRow("byte 6 = C0 gives all three zero")
-            << QByteArray::fromHex("91 01 00 00 0a 02 c0 00") << "10 2 0 0 0" << true;
-        QTest::newRow("reserved byte 7 is ignored")
-            << QByteArray::fromHex("91 01 00 00 01 02 13 ff") << "1 2 3 1 0" << true;
-        QTest::newRow("answer of another code changes nothing")
-            << QByteArray::fromHex("90 01 00 00 0a 02 3f 00") << "99 98 9 1 0" << false;
-        QTest::newRow("status answer changes nothing")
-            << QByteArray::fromHex("91 81 00 00 01 00 3f 00") << "99 98 9 1 0" << false;
-        QTest::newRow("short body decodes only the bytes it holds")
-            << QByteArray::fromHex("91 01 00 00 05") << "5 98 9 1 0" << true;
-        QTest::newRow("head only changes nothing but is a read")
-            << QByteArray::fromHex("91 01 00 00") << "99 98 9 1 0" << true;
-        QTest::newRow("one byte changes nothing") << QByteArray::fromHex("91") << "99 98 9 1 0" << false;
-    }
-
-    void system_decode() {
-        QFETCH(QByteArray, payload);
-        SystemConfiguration s(1);
-        SystemConfigurationItem *e = s.value();
-        e->setParkingMin(99);
-        e->setPwrMode(98);
-        e->setGsens(9);
-        e->setLowSpeed(1);
-        QSignalSpy filled(&s, &SystemConfiguration::DeviceInfoFilled);
-
-        s.decode(payload);
-
-        QTEST(describe(e), "expected");
-        QTEST(filled.count() == 1, "filled");
     }
 
     void system_encode_data() {
