@@ -72,17 +72,6 @@ QByteArray field(const QByteArray &text) {
 const QByteArray kRoaming1 = QByteArray::fromHex("01 00 0102030405060708 1112131415161718");
 const QByteArray kRoaming2 = QByteArray::fromHex("fe 00 a1a2a3a4a5a6a7a8 b1b2b3b4b5b6b7b8");
 
-// deltaCourse, deltaSpeed, driveTimeout, deltaDistance, freezeNav, pwrNav, faultSpeed
-void set(NavigationConfigurationItem *e, const QList<int> &v) {
-    e->setDeltaCourse(quint8(v[0]));
-    e->setDeltaSpeed(quint8(v[1]));
-    e->setDriveTimeout(quint8(v[2]));
-    e->setDeltaDistance(quint8(v[3]));
-    e->setFreezeNav(quint8(v[4]));
-    e->setPwrNav(quint8(v[5]));
-    e->setFaultSpeed(quint8(v[6]));
-}
-
 QString states(const OutputConfigurationItem *e) {
     QStringList parts;
     for (quint8 s : e->states())
@@ -315,20 +304,6 @@ private slots:
         QCOMPARE(spy.at(0), QVariantList({uint(channel), 65535u}));
     }
 
-    void agc_encode_masksEnabledToItsLowestBit() {
-        AgcConfiguration s(3);
-        AgcConfigurationItem *e = s.element(2);
-        e->setEnabled(2);
-        e->setThresholdLow(1000);
-        e->setThresholdHigh(2000);
-        e->setSensitivity(10);
-        e->setAveraging(5);
-        QCOMPARE(s.encode(2).toHex(' '), QByteArray("0c 02 02 00 00 00 e8 03 d0 07 0a 00 05 00"));
-        e->setEnabled(1);
-        QCOMPARE(s.encode(2).toHex(' '), QByteArray("0c 02 02 00 01 00 e8 03 d0 07 0a 00 05 00"));
-        QVERIFY(s.encode(3).isEmpty());
-    }
-
     void controlInfo_decode_data() {
         QTest::addColumn<QByteArray>("payload");
         QTest::addColumn<int>("kind");
@@ -494,47 +469,6 @@ private slots:
         QCOMPARE(s.encode().toHex(' '), expected.toHex(' '));
     }
 
-    void gsm_encodeAccess_data() {
-        QTest::addColumn<int>("sim");
-        QTest::addColumn<QString>("apn"); // user "u", password "pw"
-        QTest::addColumn<QByteArray>("expected");
-        const QByteArray tail = field("u") + field("pw");
-        QTest::newRow("second SIM, short texts zero-padded")
-            << 1 << "apn" << QByteArray::fromHex("04 03 01 00") + field("apn") + tail;
-        QTest::newRow("apn of exactly 32 characters fills the field")
-            << 0 << QString(32, QLatin1Char('x'))
-            << QByteArray::fromHex("04 03 00 00") + QByteArray(32, 'x') + tail;
-        QTest::newRow("Cyrillic character is sent as 0")
-            << 0 << QStringLiteral("aпb")
-            << QByteArray::fromHex("04 03 00 00") + field(QByteArray("a\0b", 3)) + tail;
-        QTest::newRow("SIM outside the section gives nothing") << 2 << "apn" << QByteArray();
-    }
-
-    void gsm_encodeAccess() {
-        QFETCH(int, sim);
-        QFETCH(QString, apn);
-        GSMConfiguration s(2);
-        if (GSMConfigurationItem *e = s.element(sim)) {
-            e->setApn(apn);
-            e->setApnUser(QStringLiteral("u"));
-            e->setApnPassword(QStringLiteral("pw"));
-        }
-        QTEST(s.encodeAccess(sim), "expected");
-    }
-
-    void gsm_encodeRoaming_sendsTheLowWordFirstAndForbiddenAsOneBit() {
-        GSMConfiguration s(2);
-        s.element(0)->setForbidden(1);
-        s.element(0)->setTimetableHi(Q_UINT64_C(0x1817161514131211));
-        s.element(0)->setTimetableLow(Q_UINT64_C(0x0807060504030201));
-        s.element(1)->setForbidden(2);
-        s.element(1)->setTimetableLow(Q_UINT64_C(0xffffffffffffffff));
-        QCOMPARE(s.encodeRoaming(0).toHex(' '), (QByteArray::fromHex("04 04 00 00") + kRoaming1).toHex(' '));
-        QCOMPARE(s.encodeRoaming(1).toHex(' '),
-                 QByteArray("04 04 01 00 00 00 ff ff ff ff ff ff ff ff 00 00 00 00 00 00 00 00"));
-        QVERIFY(s.encodeRoaming(2).isEmpty());
-    }
-
     void logic_decode_data() {
         QTest::addColumn<QByteArray>("payload");
         QTest::addColumn<int>("func0");
@@ -578,45 +512,12 @@ private slots:
         QCOMPARE(filled.count(), loggedHead.isEmpty() ? 0 : 1);
     }
 
-    void logic_encode_sendsTheInputIndexInByte2() {
-        LogicConfiguration s(2);
-        s.element(0)->setFunc(42);
-        s.element(1)->setFunc(42);
-        QCOMPARE(s.encode(0).toHex(' '), QByteArray("0d 02 00 00 2a 00"));
-        QCOMPARE(s.encode(1).toHex(' '), QByteArray("0d 02 01 00 2a 00"));
-        QVERIFY(s.encode(2).isEmpty());
-    }
-
     void logic_funcChange_isReemittedWithTheInput() {
         LogicConfiguration s(2);
         QSignalSpy spy(&s, &LogicConfiguration::funcChanged);
         s.element(1)->setFunc(3);
         QCOMPARE(spy.count(), 1);
         QCOMPARE(spy.at(0).at(0).toInt(), 1);
-    }
-
-    void navigation_encode_data() {
-        QTest::addColumn<QList<int>>("fields");
-        QTest::addColumn<QByteArray>("motion");
-        QTest::addColumn<QByteArray>("parking");
-        QTest::newRow("plain values")
-            << QList<int>{1, 2, 3, 4, 1, 7, 200} << QByteArray::fromHex("03 02 00 00 01 02 03 04 00 00")
-            << QByteArray::fromHex("03 03 00 00 01 07 c8 00");
-        QTest::newRow("pwrNav 16 sends 0, freezeNav 3 sends 1")
-            << QList<int>{0, 0, 0, 0, 3, 16, 0} << QByteArray::fromHex("03 02 00 00 00 00 00 00 00 00")
-            << QByteArray::fromHex("03 03 00 00 01 00 00 00");
-        QTest::newRow("pwrNav 31 keeps the low nibble")
-            << QList<int>{255, 255, 255, 255, 2, 31, 255}
-            << QByteArray::fromHex("03 02 00 00 ff ff ff ff 00 00")
-            << QByteArray::fromHex("03 03 00 00 00 0f ff 00");
-    }
-
-    void navigation_encode() {
-        QFETCH(QList<int>, fields);
-        NavigationConfiguration s(1);
-        set(s.value(), fields);
-        QTEST(s.encodeMotion(), "motion");
-        QTEST(s.encodeParking(), "parking");
     }
 
     void output_decode_data() {
@@ -676,48 +577,83 @@ private slots:
         QTEST(s.encodeStates(), "expected");
     }
 
-    void server_encode_masksEnableAndSendsCyrillicAsZero() {
-        ServerConfiguration s(1);
-        s.value()->setEnable(1);
-        s.value()->setServer(QStringLiteral("gps.tavrel.ru"));
-        s.value()->setPort(21070);
-        s.value()->setProto(1);
-        QCOMPARE(s.encode(0).toHex(' '),
-                 (QByteArray::fromHex("10 01 00 00") + record("01", "gps.tavrel.ru", "4e 52 00 00 01"))
-                     .toHex(' '));
-        s.value()->setEnable(2);
-        s.value()->setServer(QStringLiteral("сервер"));
-        s.value()->setPort(0x01020304u);
-        s.value()->setProto(0);
-        QCOMPARE(s.encode(0).toHex(' '),
-                 (QByteArray::fromHex("10 01 00 00") + record("00", QByteArray(6, '\0'), "04 03 02 01 00"))
-                     .toHex(' '));
-        QVERIFY(s.encode(1).isEmpty());
+    // The write requests of a section holding `values` (in the form fieldsOf() gives): all of them, or the
+    // one of `index`, each as hex, divided by " | ".
+    void encode_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *name, const char *key, const QString &values, int index,
+                            const QByteArray &expected) {
+            QTest::addRow("%s: %s", key, name)
+                << QString::fromLatin1(key) << values << index << QString::fromLatin1(expected);
+        };
+        using namespace kd::keys;
+        const QByteArray zeros(32, '0');
+        row("all zero", System, "0 0 0 0 0", -1, "11 01 00 00 00 00 00 00");
+        row("gsens 17 puts 1 in the low nibble", System, "0 0 17 0 0", -1, "11 01 00 00 00 00 01 00");
+        row("flags are written as their lowest bit", System, "5 6 15 2 3", -1, "11 01 00 00 05 06 2f 00");
+        row("everything set", System, "255 255 15 1 1", -1, "11 01 00 00 ff ff 3f 00");
+        row("plain values", Navigation, "1 2 3 4 1 7 200", -1,
+            "03 03 00 00 01 07 c8 00 | 03 02 00 00 01 02 03 04 00 00");
+        row("pwrNav 16 sends 0, freezeNav 3 sends 1", Navigation, "0 0 0 0 3 16 0", -1,
+            "03 03 00 00 01 00 00 00 | 03 02 00 00 00 00 00 00 00 00");
+        row("pwrNav 31 keeps the low nibble", Navigation, "255 255 255 255 2 31 255", -1,
+            "03 03 00 00 00 0f ff 00 | 03 02 00 00 ff ff ff ff 00 00");
+        row("enabled 2 sends 0", Agc, "1 9 9 9 9 / 1 9 9 9 9 / 2 1000 2000 10 5", 2,
+            "0c 02 02 00 00 00 e8 03 d0 07 0a 00 05 00");
+        row("enabled 1 sends 1", Agc, "1 9 9 9 9 / 1 9 9 9 9 / 1 1000 2000 10 5", 2,
+            "0c 02 02 00 01 00 e8 03 d0 07 0a 00 05 00");
+        row("the input index in byte 2", Logic, "42 / 42", -1, "0d 02 00 00 2a 00 | 0d 02 01 00 2a 00");
+        row("one record", Server, "1 gps.tavrel.ru 21070 1", -1,
+            (QByteArray::fromHex("10 01 00 00") + record("01", "gps.tavrel.ru", "4e 52 00 00 01")).toHex());
+        row("enable masked, Cyrillic sent as 0", Server, "2 сервер 16909060 0", -1,
+            (QByteArray::fromHex("10 01 00 00") + record("00", QByteArray(6, '\0'), "04 03 02 01 00"))
+                .toHex());
+        const QString otherSim = " / apn u pw 0 " + zeros;
+        row("access of the second SIM, short texts zero-padded", Gsm, "x u pw 0 " + zeros + otherSim, 1,
+            (QByteArray::fromHex("04 03 01 00") + field("apn") + field("u") + field("pw")).toHex());
+        row("apn of exactly 32 characters fills the field", Gsm,
+            QString(32, QLatin1Char('x')) + " u pw 0 " + zeros + otherSim, 0,
+            (QByteArray::fromHex("04 03 00 00") + QByteArray(32, 'x') + field("u") + field("pw")).toHex());
+        row("Cyrillic character is sent as 0", Gsm, "aпb u pw 0 " + zeros + otherSim, 0,
+            (QByteArray::fromHex("04 03 00 00") + field(QByteArray("a\0b", 3)) + field("u") + field("pw"))
+                .toHex());
+        row("roaming sends the low word first and forbidden as one bit", Gsm,
+            "a u p 1 18171615141312110807060504030201 / a u p 2 0000000000000000ffffffffffffffff", -1,
+            (QByteArray::fromHex("04 03 00 00") + field("a") + field("u") + field("p")).toHex() + " | " +
+                (QByteArray::fromHex("04 03 01 00") + field("a") + field("u") + field("p")).toHex() + " | " +
+                (QByteArray::fromHex("04 04 00 00") + kRoaming1).toHex() + " | 04 04 01 00 00 00 " +
+                QByteArray(16, 'f') + QByteArray(16, '0'));
     }
 
-    void system_encode_data() {
-        QTest::addColumn<QList<int>>("fields"); // as describe() prints them
-        QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("all zero") << QList<int>{0, 0, 0, 0, 0}
-                                  << QByteArray::fromHex("11 01 00 00 00 00 00 00");
-        QTest::newRow("gsens 17 puts 1 in the low nibble")
-            << QList<int>{0, 0, 17, 0, 0} << QByteArray::fromHex("11 01 00 00 00 00 01 00");
-        QTest::newRow("flags are written as their lowest bit")
-            << QList<int>{5, 6, 15, 2, 3} << QByteArray::fromHex("11 01 00 00 05 06 2f 00");
-        QTest::newRow("everything set")
-            << QList<int>{255, 255, 15, 1, 1} << QByteArray::fromHex("11 01 00 00 ff ff 3f 00");
+    void encode() {
+        QFETCH(QString, key);
+        QFETCH(QString, values);
+        QFETCH(int, index);
+        QFETCH(QString, expected);
+        VantorConfiguration cfg;
+        setFields(cfg, key, values);
+        QCOMPARE(fieldsOf(cfg, key), values);
+        const QVector<kd::SectionRequest> requests = kd::writeRequests(key, &cfg);
+        QStringList sent, wanted;
+        for (int i = 0; i < requests.size(); ++i) {
+            if (index < 0 || i == index)
+                sent << QString::fromLatin1(requests.at(i).payload.toHex(' '));
+        }
+        for (const QString &hex : expected.split(QLatin1Char('|')))
+            wanted << QString::fromLatin1(QByteArray::fromHex(hex.toLatin1()).toHex(' '));
+        QCOMPARE(sent.join(QLatin1String(" | ")), wanted.join(QLatin1String(" | ")));
     }
 
-    void system_encode() {
-        QFETCH(QList<int>, fields);
-        SystemConfiguration s(1);
-        s.value()->setParkingMin(quint8(fields[0]));
-        s.value()->setPwrMode(quint8(fields[1]));
-        s.value()->setGsens(quint8(fields[2]));
-        s.value()->setLowSpeed(quint8(fields[3]));
-        s.value()->setOutCtrl(quint8(fields[4]));
-
-        QTEST(s.encode(), "expected");
+    // An element the section does not have encodes to nothing.
+    void encode_outsideTheSectionGivesNothing() {
+        QVERIFY(AgcConfiguration(3).encode(3).isEmpty());
+        QVERIFY(LogicConfiguration(2).encode(2).isEmpty());
+        QVERIFY(ServerConfiguration(1).encode(1).isEmpty());
+        QVERIFY(GSMConfiguration(2).encodeAccess(2).isEmpty());
+        QVERIFY(GSMConfiguration(2).encodeRoaming(2).isEmpty());
     }
 };
 
