@@ -1,5 +1,6 @@
+#include "tests/support/SectionFields.h"
+
 #include "Devices/AgcConfiguration.h"
-#include "Devices/ConfigurationFields.h"
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/FuelConfiguration.h"
@@ -11,7 +12,6 @@
 #include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
 #include "Devices/SystemConfiguration.h"
-#include "Devices/VantorConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -82,29 +82,6 @@ QString states(const OutputConfigurationItem *e) {
 // enable, address, port (LE), proto
 QByteArray record(const QByteArray &enable, const QByteArray &text, const QByteArray &portAndProto) {
     return QByteArray::fromHex(enable) + field(text) + QByteArray::fromHex(portAndProto);
-}
-
-// The values of section `key` in the order of the field table: an element's values divided by blanks, the
-// elements by " / ".
-QString fieldsOf(const VantorConfiguration &cfg, const QString &key) {
-    QMap<int, QStringList> elements;
-    for (const kd::ConfigField &f : kd::configurationFields()) {
-        if (f.section == key)
-            elements[f.element] << f.rawValue(cfg).toString();
-    }
-    QStringList out;
-    for (const QStringList &e : elements)
-        out << e.join(QLatin1Char(' '));
-    return out.join(QLatin1String(" / "));
-}
-
-void setFields(VantorConfiguration &cfg, const QString &key, const QString &values) {
-    const QStringList elements = values.split(QLatin1String(" / "));
-    QMap<int, int> next;
-    for (const kd::ConfigField &f : kd::configurationFields()) {
-        if (f.section == key)
-            f.assign(cfg, elements.value(f.element).split(QLatin1Char(' ')).value(next[f.element]++));
-    }
 }
 
 // What each section holds before a decode, in the form fieldsOf() gives.

@@ -1,10 +1,3 @@
-#include "Devices/AgcConfiguration.h"
-#include "Devices/FuelConfiguration.h"
-#include "Devices/LogicConfiguration.h"
-#include "Devices/NavigationConfiguration.h"
-#include "Devices/OutputConfiguration.h"
-#include "Devices/ServerConfiguration.h"
-#include "Devices/SystemConfiguration.h"
 #include "pages/ServersWidget.h"
 #include "pages/SettingsAnalogInPage.h"
 #include "pages/SettingsDiscretInPage.h"
@@ -15,23 +8,41 @@
 #include "pages/SystemPage.h"
 #include "pages/Widgetoutputs.h"
 #include "tests/pages/PageSession.h"
+#include "tests/support/SectionFields.h"
+
+#include "Devices/FuelConfiguration.h"
+#include "Devices/OutputConfiguration.h"
+#include "Devices/SectionKeys.h"
+#include "Devices/SectionTable.h"
+#include "Devices/ServerConfiguration.h"
+
+#include <functional>
+#include <memory>
+
+using PageMaker = std::function<SettingsPageBase *(VantorConfiguration *)>;
+Q_DECLARE_METATYPE(PageMaker)
 
 namespace {
+
+template <class Page>
+PageMaker make() {
+    return [](VantorConfiguration *cfg) { return new Page(cfg); };
+}
+
+// The device's answers to every read of section `key` holding `values`, decoded into the session.
+void answerReads(PageSession &s, const QString &key, const QString &values) {
+    VantorConfiguration device;
+    setFields(device, key, values);
+    const kd::Section *section = kd::sectionByKey(key);
+    for (const kd::SectionRequest &read : section->reads)
+        section->decode(&s.configuration, section->encodeAnswer(&device, read.operation()));
+}
 
 void decodeOutputs(PageSession &s, const QVector<quint8> &states) {
     VantorConfiguration device;
     device.outputs()->value()->setNumberOfOutputs(quint8(states.size()));
     device.outputs()->value()->setStates(states);
     s.configuration.outputs()->decode(device.outputs()->encodeAnswer());
-}
-
-QString serverFrame(int enable, const QByteArray &address, quint32 port, int proto) {
-    QByteArray body(1, char(enable));
-    body += address.leftJustified(32, '\0', true);
-    for (int i = 0; i < 4; ++i)
-        body += char((port >> (8 * i)) & 0xFF);
-    body += char(proto);
-    return QStringLiteral("6:10010000") + QString::fromLatin1(body.toHex());
 }
 
 } // namespace
@@ -41,229 +52,87 @@ class tst_SectionPages : public QObject {
     Q_OBJECT
 
 private slots:
-    void system_roundTrip_data() {
-        QTest::addColumn<QVector<int>>("values"); // parking pwr gsens lowSpeed outCtrl
-        QTest::addColumn<QString>("frame");
-        QTest::newRow("lowest") << QVector<int>{0, 0, 0, 0, 0} << hexFrame(6, "11010000 00 00 00 00");
-        QTest::newRow("highest") << QVector<int>{255, 255, 15, 1, 1} << hexFrame(6, "11010000 ff ff 3f 00");
-        QTest::newRow("mixed") << QVector<int>{30, 2, 7, 0, 1} << hexFrame(6, "11010000 1e 02 27 00");
-    }
-    void system_roundTrip() {
-        QFETCH(QVector<int>, values);
-        QFETCH(QString, frame);
-        PageSession s;
-        SystemConfigurationItem *item = s.configuration.system()->value();
-        const auto setModel = [item](const QVector<int> &v) {
-            item->setParkingMin(v[0]);
-            item->setPwrMode(v[1]);
-            item->setGsens(v[2]);
-            item->setLowSpeed(v[3]);
-            item->setOutCtrl(v[4]);
+    // Every field goes through the page's widgets: shown on the read, taken back into the model on
+    // apply (which was scrambled behind the page's back) and sent as the section's own writes.
+    void roundTrip_data() {
+        QTest::addColumn<PageMaker>("page");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("values");
+        const auto row = [](const char *name, const PageMaker &page, const char *key, const QString &values) {
+            QTest::addRow("%s: %s", key, name) << page << QString::fromLatin1(key) << values;
         };
-        setModel(values);
-        SystemPage page(&s.configuration);
-        QCOMPARE((QVector<int>{page.parkingMin->value(), page.pwrMode->value(), page.gsens->value(),
-                               page.lowSpeed->isChecked(), page.outCtrl->isChecked()}),
-                 values);
-        QVERIFY(!page.isModified());
-
-        // Scramble the model behind the page's back; storing puts the shown values back.
-        setModel({values[0] ^ 0x55, values[1] ^ 0x55, values[2] ^ 0x05, !values[3], !values[4]});
-        page.applyToDevice(s.workflows);
-        QCOMPARE((QVector<int>{item->parkingMin(), item->pwrMode(), item->gsens(), item->lowSpeed(),
-                               item->OutCtrl()}),
-                 values);
-        QCOMPARE(s.queued(), QStringList{frame});
+        using namespace kd::keys;
+        row("lowest", make<SystemPage>(), System, "0 0 0 0 0");
+        row("highest", make<SystemPage>(), System, "255 255 15 1 1");
+        row("mixed", make<SystemPage>(), System, "30 2 7 0 1");
+        row("lowest", make<SettingsNavyPage>(), Navigation, "0 0 0 0 0 0 0");
+        row("highest", make<SettingsNavyPage>(), Navigation, "255 255 255 255 1 15 255");
+        row("mixed", make<SettingsNavyPage>(), Navigation, "15 10 120 200 1 4 5");
+        row("off and logic", make<SettingsDiscretInPage>(), Logic, "0 / 1");
+        row("universal counter and frequency", make<SettingsDiscretInPage>(), Logic, "5 / 2");
+        // A function this program does not name is sent back unchanged.
+        row("unknown code kept", make<SettingsDiscretInPage>(), Logic, "255 / 4");
+        // Every channel differs from the others, so that a swapped channel shows.
+        row("lowest", make<SettingsAnalogInPage>(), Agc, "0 0 0 0 0 / 0 1 1 1 1 / 0 2 2 2 2");
+        row("highest", make<SettingsAnalogInPage>(), Agc,
+            "1 65535 65535 65535 65535 / 1 65534 65534 65534 65534 / 1 65533 65533 65533 65533");
+        row("mixed", make<SettingsAnalogInPage>(), Agc,
+            "1 4660 256 2 300 / 1 4661 257 3 301 / 1 4662 258 0 302");
+        row("lowest", make<SettingsFuelLevelPage>(), Fuel,
+            "0 0 0 / 0 0 0 / 0 0 0 / 0 0 0 / 0 0 0 / 0 0 / 0 0 / 0 0");
+        row("highest", make<SettingsFuelLevelPage>(), Fuel,
+            "255 255 65535 / 254 254 65534 / 253 253 65533 / 252 252 65532 / 251 251 65531 / 250 250 / 249 "
+            "249 / "
+            "248 248");
+        row("mixed", make<SettingsFuelLevelPage>(), Fuel,
+            "100 4 1000 / 99 3 999 / 98 2 998 / 97 1 997 / 96 0 996 / 95 255 / 94 254 / 93 253");
+        row("lowest", make<SettingsTransmittDataToServer>(), Server, "0  0 0");
+        row("highest", make<SettingsTransmittDataToServer>(), Server,
+            "1 a.very-long-server-name.example1 4294967295 1");
+        row("usual", make<SettingsTransmittDataToServer>(), Server, "1 192.168.10.5 20332 0");
+        row("unknown protocol kept", make<SettingsTransmittDataToServer>(), Server, "1 srv 1 7");
     }
 
-    void navigation_roundTrip_data() {
-        QTest::addColumn<QVector<int>>("values"); // course speed timeout distance freeze pwrNav fault
-        QTest::addColumn<QStringList>("frames");
-        QTest::newRow("lowest") << QVector<int>{0, 0, 0, 0, 0, 0, 0}
-                                << QStringList{hexFrame(6, "03030000 00 00 00 00"),
-                                               hexFrame(6, "03020000 00 00 00 00 0000")};
-        QTest::newRow("highest") << QVector<int>{255, 255, 255, 255, 1, 15, 255}
-                                 << QStringList{hexFrame(6, "03030000 01 0f ff 00"),
-                                                hexFrame(6, "03020000 ff ff ff ff 0000")};
-        QTest::newRow("mixed") << QVector<int>{15, 10, 120, 200, 1, 4, 5}
-                               << QStringList{hexFrame(6, "03030000 01 04 05 00"),
-                                              hexFrame(6, "03020000 0f 0a 78 c8 0000")};
-    }
-    void navigation_roundTrip() {
-        QFETCH(QVector<int>, values);
-        QFETCH(QStringList, frames);
-        const auto set = [](NavigationConfigurationItem *d, const QVector<int> &v) {
-            d->setDeltaCourse(v[0]);
-            d->setDeltaSpeed(v[1]);
-            d->setDriveTimeout(v[2]);
-            d->setDeltaDistance(v[3]);
-            d->setFreezeNav(v[4]);
-            d->setPwrNav(v[5]);
-            d->setFaultSpeed(v[6]);
-        };
+    void roundTrip() {
+        QFETCH(PageMaker, page);
+        QFETCH(QString, key);
+        QFETCH(QString, values);
         PageSession s;
-        SettingsNavyPage page(&s.configuration);
-        VantorConfiguration device;
-        set(device.navigation()->value(), values);
-        s.configuration.navigation()->decode(device.navigation()->encodeAnswer(2));
-        s.configuration.navigation()->decode(device.navigation()->encodeAnswer(3));
-        QCOMPARE((QVector<int>{page.deltaCourse->value(), page.deltaSpeed->value(),
-                               page.driveTimeout->value(), page.deltaDistance->value(),
-                               page.freezeNav->isChecked(), page.pwrNav->value(), page.faultSpeed->value()}),
-                 values);
-        QVERIFY(!page.isModified());
+        std::unique_ptr<SettingsPageBase> shown(page(&s.configuration));
+        answerReads(s, key, values);
+        QCOMPARE(fieldsOf(s.configuration, key), values);
+        QVERIFY(!shown->isModified());
 
-        NavigationConfigurationItem *item = s.configuration.navigation()->value();
-        set(item, {77, 77, 77, 77, !values[4], 9, 77});
-        page.applyToDevice(s.workflows);
-        QCOMPARE(s.queued(), frames);
-        QCOMPARE(int(item->faultSpeed()), values[6]);
-        QCOMPARE(int(item->pwrNav()), values[5]);
+        scrambleFields(s.configuration, key);
+        QVERIFY(fieldsOf(s.configuration, key) != values);
+        shown->applyToDevice(s.workflows);
+
+        QCOMPARE(fieldsOf(s.configuration, key), values);
+        QStringList sent;
+        for (const kd::SectionRequest &r : kd::writeRequests(key, &s.configuration))
+            sent << QString::number(r.type) + QLatin1Char(':') + QString::fromLatin1(r.payload.toHex());
+        QCOMPARE(s.queued(), sent);
     }
 
-    void logic_roundTrip_data() {
-        QTest::addColumn<int>("func0");
-        QTest::addColumn<int>("func1");
-        QTest::addColumn<QString>("shown0");
-        QTest::addColumn<QString>("shown1");
-        QTest::addColumn<QStringList>("frames");
-        QTest::newRow("off and logic")
-            << 0 << 1 << "Отключен"
-            << "Логический" << QStringList{hexFrame(6, "0d020000 00 00"), hexFrame(6, "0d020100 01 00")};
-        QTest::newRow("universal counter and frequency")
-            << 5 << 2 << "Унив. счетчик"
-            << "Частотомер" << QStringList{hexFrame(6, "0d020000 05 00"), hexFrame(6, "0d020100 02 00")};
-        // A function this program does not name is shown by its code and sent back unchanged.
-        QTest::newRow("unknown code kept")
-            << 255 << 4 << "Код 255"
-            << "Счетчик DFM" << QStringList{hexFrame(6, "0d020000 ff 00"), hexFrame(6, "0d020100 04 00")};
-    }
-    void logic_roundTrip() {
-        QFETCH(int, func0);
-        QFETCH(int, func1);
-        QFETCH(QString, shown0);
-        QFETCH(QString, shown1);
-        QFETCH(QStringList, frames);
-
+    // The texts the pages show for codes: a code without a name is shown by its number.
+    void namesOfCodes() {
         PageSession s;
-        SettingsDiscretInPage page(&s.configuration);
-        VantorConfiguration device;
-        device.logic()->element(0)->setFunc(func0);
-        device.logic()->element(1)->setFunc(func1);
-        s.configuration.logic()->decode(device.logic()->encodeAnswer());
-
-        QCOMPARE(page.function(0)->currentText(), shown0);
-        QCOMPARE(page.function(1)->currentText(), shown1);
-        QVERIFY(!page.isModified());
-
-        s.configuration.logic()->element(0)->setFunc(3);
-        s.configuration.logic()->element(1)->setFunc(3);
-        page.applyToDevice(s.workflows);
-        QCOMPARE(s.queued(), frames);
+        SettingsDiscretInPage logic(&s.configuration);
+        SettingsTransmittDataToServer servers(&s.configuration);
+        const QStringList functions{"0 / 1",      "Отключен", "Логический", "5 / 2",      "Унив. счетчик",
+                                    "Частотомер", "255 / 4",  "Код 255",    "Счетчик DFM"};
+        for (int i = 0; i < functions.size(); i += 3) {
+            answerReads(s, kd::keys::Logic, functions.at(i));
+            QCOMPARE(logic.function(0)->currentText(), functions.at(i + 1));
+            QCOMPARE(logic.function(1)->currentText(), functions.at(i + 2));
+        }
+        for (const auto &[proto, name] :
+             {std::pair{"0", "TAVREL UNP"}, {"1", "WIALON COMBINE"}, {"7", "Протокол 7"}}) {
+            answerReads(s, kd::keys::Server, QStringLiteral("1 srv 1 ") + proto);
+            QCOMPARE(servers.server(0)->protocol->currentText(), QString::fromUtf8(name));
+        }
     }
 
-    void analog_roundTrip_data() {
-        QTest::addColumn<int>("enabled");
-        QTest::addColumn<int>("low");
-        QTest::addColumn<int>("high");
-        QTest::addColumn<int>("sensitivity");
-        QTest::addColumn<int>("averaging");
-        QTest::addColumn<QString>("record"); // the ten bytes after the head, per channel
-        QTest::newRow("lowest") << 0 << 0 << 0 << 0 << 0 << "00 00 0000 0000 0000 0000";
-        QTest::newRow("highest") << 1 << 65535 << 65535 << 65535 << 65535 << "01 00 ffff ffff ffff ffff";
-        QTest::newRow("mixed") << 1 << 0x1234 << 0x0100 << 2 << 300 << "01 00 3412 0001 0200 2c01";
-    }
-    void analog_roundTrip() {
-        QFETCH(int, enabled);
-        QFETCH(int, low);
-        QFETCH(int, high);
-        QFETCH(int, sensitivity);
-        QFETCH(int, averaging);
-        QFETCH(QString, record);
-
-        PageSession s;
-        SettingsAnalogInPage page(&s.configuration);
-        VantorConfiguration device;
-        for (int ch = 0; ch < 3; ++ch) {
-            AgcConfigurationItem *d = device.agc()->element(ch);
-            d->setEnabled(enabled);
-            // Every channel differs from the others so that a swapped channel shows.
-            d->setThresholdLow(quint16(low ^ ch));
-            d->setThresholdHigh(quint16(high ^ ch));
-            d->setSensitivity(quint16(sensitivity ^ ch));
-            d->setAveraging(quint16(averaging ^ ch));
-        }
-        s.configuration.agc()->decode(device.agc()->encodeAnswer());
-        QVERIFY(!page.isModified());
-
-        QStringList expected;
-        for (int ch = 0; ch < 3; ++ch) {
-            const auto &c = page.channel(ch);
-            QCOMPARE(int(c.enabled->isChecked()), enabled);
-            QCOMPARE(c.thresholdLow->value(), low ^ ch);
-            QCOMPARE(c.thresholdHigh->value(), high ^ ch);
-            QCOMPARE(c.sensitivity->value(), sensitivity ^ ch);
-            QCOMPARE(c.averaging->value(), averaging ^ ch);
-            s.configuration.agc()->element(ch)->setThresholdHigh(4321);
-            s.configuration.agc()->element(ch)->setEnabled(!enabled);
-            expected << hexFrame(6, qPrintable(QStringLiteral("0c02%1 00").arg(ch, 2, 16, QLatin1Char('0')) +
-                                               QString::fromLatin1(device.agc()->encode(ch).mid(4).toHex())));
-        }
-        page.applyToDevice(s.workflows);
-        QCOMPARE(s.queued(), expected);
-        QVERIFY(s.queued().first().endsWith(record.remove(QLatin1Char(' '))));
-    }
-
-    void fuel_roundTrip_data() {
-        QTest::addColumn<int>("addrBase");
-        QTest::addColumn<int>("tankBase");
-        QTest::addColumn<int>("averagingBase");
-        QTest::addColumn<int>("step"); // added per element index, so that every element is told apart
-        QTest::addColumn<QString>("frame");
-        QTest::newRow("lowest") << 0 << 0 << 0 << 0
-                                << hexFrame(6, "08010000 0000 0000 0000 0000 0000 0000 0000 0000"
-                                               " 0000 0000 0000 0000 0000");
-        QTest::newRow("highest") << 255 << 255 << 65535 << -1
-                                 << hexFrame(6, "08010000 ffff fefe fdfd fcfc fbfb fafa f9f9 f8f8"
-                                                " ffff feff fdff fcff fbff");
-        QTest::newRow("mixed") << 100 << 4 << 1000 << -1
-                               << hexFrame(6, "08010000 6404 6303 6202 6101 6000 5fff 5efe 5dfd"
-                                              " e803 e703 e603 e503 e403");
-    }
-    void fuel_roundTrip() {
-        QFETCH(int, addrBase);
-        QFETCH(int, tankBase);
-        QFETCH(int, averagingBase);
-        QFETCH(int, step);
-        QFETCH(QString, frame);
-
-        PageSession s;
-        SettingsFuelLevelPage page(&s.configuration);
-        VantorConfiguration device;
-        for (int i = 0; i < 8; ++i) {
-            FuelConfigurationItem *d = device.fuel()->element(i);
-            d->setAddr(quint8(addrBase + step * i));
-            d->setTank_num(quint8(tankBase + step * i));
-            d->setAveraging(quint16(averagingBase + step * i));
-        }
-        s.configuration.fuel()->decode(device.fuel()->encodeAnswer());
-        QVERIFY(!page.isModified());
-        for (int i = 0; i < 8; ++i) {
-            QCOMPARE(page.address(i)->value(), int(quint8(addrBase + step * i)));
-            QCOMPARE(page.tank(i)->value(), int(quint8(tankBase + step * i)));
-        }
-        for (int t = 0; t < 5; ++t)
-            QCOMPARE(page.averaging(t)->value(), int(quint16(averagingBase + step * t)));
-
-        for (int i = 0; i < 8; ++i) {
-            s.configuration.fuel()->element(i)->setAddr(42);
-            s.configuration.fuel()->element(i)->setTank_num(42);
-        }
-        page.applyToDevice(s.workflows);
-        QCOMPARE(s.queued(), QStringList{frame});
-    }
-
-    // The three sensors without a tank of their own keep the averaging the file gave them.
     void fuel_averagingOfSensorsFiveToSeven_isKeptButNotShown() {
         PageSession s;
         for (int i = 5; i < 8; ++i)
@@ -338,51 +207,6 @@ private slots:
         QCOMPARE(int(item->outNum()), parameters.value(0));
         QVERIFY(!page.isModified());
         QVERIFY(!page.parametersSet());
-    }
-
-    void servers_roundTrip_data() {
-        QTest::addColumn<int>("enable");
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<quint32>("port");
-        QTest::addColumn<int>("proto");
-        QTest::addColumn<QString>("protoShown");
-        QTest::newRow("lowest") << 0 << QString() << quint32(0) << 0 << "TAVREL UNP";
-        QTest::newRow("highest") << 1 << QStringLiteral("a.very-long-server-name.example1")
-                                 << quint32(4294967295U) << 1 << "WIALON COMBINE";
-        QTest::newRow("usual") << 1 << QStringLiteral("192.168.10.5") << quint32(20332) << 0 << "TAVREL UNP";
-        QTest::newRow("unknown protocol kept")
-            << 1 << QStringLiteral("srv") << quint32(1) << 7 << "Протокол 7";
-    }
-    void servers_roundTrip() {
-        QFETCH(int, enable);
-        QFETCH(QString, address);
-        QFETCH(quint32, port);
-        QFETCH(int, proto);
-        QFETCH(QString, protoShown);
-
-        PageSession s;
-        SettingsTransmittDataToServer page(&s.configuration);
-        VantorConfiguration device;
-        ServerConfigurationItem *d = device.servers()->value();
-        d->setEnable(enable);
-        d->setServer(address);
-        d->setPort(port);
-        d->setProto(proto);
-        s.configuration.servers()->decode(device.servers()->encodeAnswer());
-
-        ServersWidget *w = page.server(0);
-        QCOMPARE(int(w->enable->isChecked()), enable);
-        QCOMPARE(w->address->text(), address);
-        QCOMPARE(quint32(w->port->value()), port);
-        QCOMPARE(w->protocol->currentText(), protoShown);
-        QVERIFY(!page.isModified());
-
-        ServerConfigurationItem *item = s.configuration.servers()->value();
-        item->setServer(QStringLiteral("changed"));
-        item->setPort(5);
-        item->setProto(3);
-        page.applyToDevice(s.workflows);
-        QCOMPARE(s.queued(), QStringList{serverFrame(enable, address.toLatin1(), port, proto)});
     }
 
     void servers_cyrillicAddress_isNotSent() {
