@@ -2,6 +2,7 @@
 #include "pages/SettingsAnalogInPage.h"
 #include "pages/SettingsDiscretInPage.h"
 #include "pages/SettingsFuelLevelPage.h"
+#include "pages/SettingsGSMPage.h"
 #include "pages/SettingsNavyPage.h"
 #include "pages/SettingsOutputs.h"
 #include "pages/SettingsTransmittDataToServer.h"
@@ -16,6 +17,8 @@
 #include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
 
+#include <QTemporaryDir>
+
 #include <functional>
 #include <memory>
 
@@ -27,6 +30,18 @@ namespace {
 template <class Page>
 PageMaker make() {
     return [](VantorConfiguration *cfg) { return new Page(cfg); };
+}
+
+// The GSM page with profile and network files of its own.
+template <>
+PageMaker make<SettingsGSMPage>() {
+    return [](VantorConfiguration *cfg) {
+        static QTemporaryDir dir;
+        static int pages = 0;
+        ++pages;
+        return new SettingsGSMPage(cfg, nullptr, dir.filePath(QStringLiteral("profiles%1.json").arg(pages)),
+                                   dir.filePath(QStringLiteral("networks%1.json").arg(pages)));
+    };
 }
 
 // The device's answers to every read of section `key` holding `values`, decoded into the session.
@@ -91,6 +106,16 @@ private slots:
             "1 a.very-long-server-name.example1 4294967295 1");
         row("usual", make<SettingsTransmittDataToServer>(), Server, "1 192.168.10.5 20332 0");
         row("unknown protocol kept", make<SettingsTransmittDataToServer>(), Server, "1 srv 1 7");
+        // SIM 2 differs, so that a swapped SIM shows.
+        const QString ones(32, QLatin1Char('f')), noon = QStringLiteral("0000000000001234");
+        row("empty", make<SettingsGSMPage>(), Gsm,
+            "   0 " + QString(32, QLatin1Char('0')) + " / second   0 0000000000000000" + noon);
+        row("full fields", make<SettingsGSMPage>(), Gsm,
+            QString(32, QLatin1Char('a')) + ' ' + QString(32, QLatin1Char('u')) + ' ' +
+                QString(32, QLatin1Char('p')) + " 1 " + ones + " / second " + QString(32, QLatin1Char('u')) +
+                ' ' + QString(32, QLatin1Char('p')) + " 0 ffffffffffffffff" + noon);
+        row("usual", make<SettingsGSMPage>(), Gsm,
+            "internet.tele2.ru   0 800000000000000100ff00ff00ff00ff / second   0 8000000000000001" + noon);
     }
 
     void roundTrip() {
