@@ -817,25 +817,19 @@ void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data() 
     };
     row("system parking time", MainWindow::SystemPage, -1, "label:Время до перехода в режим стоянки:", "5",
         "42");
-    row("navigation course", MainWindow::NavigationPage, -1, "label:Изменение курса:", "15", "33");
-    row("navigation power on parking", MainWindow::NavigationPage, -1,
-        "label:Режим питания навигации (0..15):", "2", "15");
     row("server address", MainWindow::DataTransferPage, 0, "label:Адрес сервера:", "gps.tavrel.ru",
         "probe.example.org");
-    row("server port", MainWindow::DataTransferPage, 0, "label:Порт:", "20629", "4000000000");
-    row("gsm access point", MainWindow::DataTransferPage, 1, "label:Точка доступа:", "internet.mts.ru",
-        "m2m.example-apn.with.32.chars.xx");
-    row("analog low threshold", MainWindow::AnalogPage, -1, "spin:0", "9000", "65535");
     row("analog channel 3 in use", MainWindow::AnalogPage, -1, "check:2", "0", "1");
     row("logic input function", MainWindow::LogicPage, -1, "label:Функция входа 1:", "Логический",
         "Частотомер");
-    row("fuel sensor address", MainWindow::FuelPage, -1, "spin:0", "1", "200");
     row("fuel tank averaging", MainWindow::FuelPage, -1, "label:Бак 1:", "10", "777");
     row("output 1 state", MainWindow::OutputsPage, -1, "check:0", "0", "1");
 }
 
 // As a user would: read everything from the virtual tracker, edit one field, write the page with the
-// apply button, forget the configuration and read it all again.
+// apply button, forget the configuration and read it all again. One row per kind of field; every field of
+// every page is the section pages' table's, every section's way to the tracker and back the command-line
+// tool's.
 void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
     QFETCH(int, row);
     QFETCH(int, tab);
