@@ -1,7 +1,7 @@
 #include "cli/FirmwareCommands.h"
 #include "protocol/SessionController.h"
-#include "tests/update/BskBuilder.h"
 #include "tests/support/FakeLink.h"
+#include "tests/update/BskBuilder.h"
 #include "tools/devsim/BootLoader.h"
 #include "update/DeviceUpdater.h"
 
@@ -58,25 +58,32 @@ private slots:
         QCOMPARE(errText, err.contains("%1") ? err.arg(name) : err);
     }
 
+    // The virtual device's boot loader against the command, in one process: bytes cross the fake link on
+    // later turns of the event loop, as they would over a serial line.
     void flash_data() {
         QTest::addColumn<bool>("loaderAnswers");
         QTest::addColumn<int>("deviceBuild");
         QTest::addColumn<int>("exitCode");
-        QTest::addColumn<int>("responseMs"); // the session's wait for the switch's own answer
-        QTest::newRow("whole image confirmed") << true << 17 << 0 << 60000;
-        QTest::newRow("device never asks") << false << 17 << 1 << 60000;
-        QTest::newRow("image not for this device") << true << 99 << 1 << 60000;
+        QTest::addColumn<int>("responseMs");   // the session's wait for the switch's own answer
+        QTest::addColumn<int>("corruptEvery"); // the loader damages every Nth message of its own
+        QTest::addColumn<int>("damageEvery");  // every Nth page packet is damaged on the way to the loader
+        QTest::newRow("whole image confirmed") << true << 17 << 0 << 60000 << 0 << 0;
+        QTest::newRow("device messages and page packets damaged") << true << 17 << 0 << 60000 << 5 << 33;
+        QTest::newRow("device never asks") << false << 17 << 1 << 60000 << 0 << 0;
+        QTest::newRow("image not for this device") << true << 99 << 1 << 60000 << 0 << 0;
         // The switch is never answered (the stand-in loader sends none) and the transfer outlasts four
         // session waits: the loader's traffic is no silence.
-        QTest::newRow("transfer outlasts the session's wait") << true << 17 << 0 << 20;
+        QTest::newRow("transfer outlasts the session's wait") << true << 17 << 0 << 20 << 0 << 0;
     }
     void flash() {
         QFETCH(bool, loaderAnswers);
         QFETCH(int, deviceBuild);
         QFETCH(int, exitCode);
         QFETCH(int, responseMs);
+        QFETCH(int, corruptEvery);
+        QFETCH(int, damageEvery);
         BskBuilder b;
-        b.pages = 40;
+        b.pages = 40; // slots beyond the file's pages are sent as they stand (zero)
         const QString name = m_dir->filePath(QStringLiteral("f.bsk"));
         QVERIFY(BskBuilder::write(name, b.build()));
 
@@ -92,8 +99,10 @@ private slots:
         BootLoader::Options options;
         options.fwBuild = quint8(deviceBuild);
         options.retryMs = 50;
+        options.corruptEvery = corruptEvery;
         BootLoader loader(options);
         int unpFrames = 0;
+        int packets = 0;
         connect(link, &FakeLink::wrote, &loader, [&](const QByteArray &bytes) {
             if (bytes.startsWith("\xA5\xA5")) {
                 ++unpFrames;
@@ -101,11 +110,13 @@ private slots:
                     QTimer::singleShot(0, &loader, &BootLoader::start);
                 return;
             }
-            QTimer::singleShot(0, &loader, [&loader, bytes] { loader.receive(bytes); });
+            QByteArray b = bytes;
+            if (damageEvery > 0 && ++packets % damageEvery == 0)
+                b[100] = char(b.at(100) ^ 0xFF);
+            QTimer::singleShot(0, &loader, [&loader, b] { loader.receive(b); });
         });
-        connect(&loader, &BootLoader::send, link, [link](const QByteArray &bytes) {
-            link->deliverLater(bytes);
-        });
+        connect(&loader, &BootLoader::send, link,
+                [link](const QByteArray &bytes) { link->deliverLater(bytes); });
 
         QString errText;
         QTextStream err(&errText);
@@ -114,17 +125,23 @@ private slots:
         command.setPageInterval(responseMs < 1000 ? 1 : 0);
         command.setProgressBar(false);
         QSignalSpy finished(&command, &FlashCommand::finished);
+        QSignalSpy corrupted(command.updater(), &DeviceUpdater::messageCorrupted);
+        QSignalSpy pageErrors(command.updater(), &DeviceUpdater::pageError);
         command.start();
         QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
         QCOMPARE(finished.at(0).at(0).toInt(), exitCode);
         QCOMPARE(unpFrames, 1);
         if (exitCode == 0) {
             QVERIFY(!loader.active());
-            QCOMPARE(loader.receivedPage(39), BskBuilder::pageData(39));
+            QCOMPARE(loader.expectedPage(), 512);
+            for (int n = 0; n < 512; ++n)
+                QCOMPARE(loader.receivedPage(n), n < 40 ? BskBuilder::pageData(n) : QByteArray(520, '\0'));
             QVERIFY2(errText.endsWith("Обновление завершено.\n"), qPrintable(errText));
             QCOMPARE(lost.count(), 0);
         }
         QVERIFY(!errText.isEmpty());
+        QCOMPARE(corrupted.count() > 0, corruptEvery > 0);
+        QCOMPARE(pageErrors.count() > 0, damageEvery > 0);
     }
 
 private:

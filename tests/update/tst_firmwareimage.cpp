@@ -1,3 +1,4 @@
+#include "tests/support/LogCapture.h"
 #include "tests/update/BskBuilder.h"
 #include "update/FirmwareImage.h"
 
@@ -127,18 +128,12 @@ private slots:
         QFETCH(QStringList, lines);
         const QString name = write(file);
         QLoggingCategory::setFilterRules(QStringLiteral("tavrel.update.debug=true"));
-        s_lines.clear();
-        const QtMessageHandler previous =
-            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
-                if (qstrcmp(context.category, "tavrel.update") == 0)
-                    s_lines << text;
-            });
+        LogCapture capture("tavrel.update", QStringLiteral("^(.*)$"));
         FirmwareImage().load(name);
-        qInstallMessageHandler(previous);
         QLoggingCategory::setFilterRules(QString());
         for (QString &line : lines)
             line = line.arg(name);
-        QCOMPARE(s_lines, lines);
+        QCOMPARE(capture.lines, lines);
     }
 
 private:
@@ -147,11 +142,8 @@ private:
         return BskBuilder::write(name, bytes) ? name : QString();
     }
 
-    static QStringList s_lines;
     QTemporaryDir m_dir;
 };
-
-QStringList tst_FirmwareImage::s_lines;
 
 QTEST_GUILESS_MAIN(tst_FirmwareImage)
 #include "tst_firmwareimage.moc"
