@@ -190,7 +190,13 @@ private slots:
         QCOMPARE(none.productIdentifier, QStringLiteral(" - "));
     }
 
-    void opensAPseudoTerminal() {
+    void pseudoTerminal_data() {
+        QTest::addColumn<bool>("pulled"); // the device side vanishes instead of the user closing the link
+        QTest::newRow("closed by the user") << false;
+        QTest::newRow("device vanishes") << true;
+    }
+    void pseudoTerminal() {
+        QFETCH(bool, pulled);
         Pty pty;
         if (pty.slavePath.isEmpty())
             QSKIP("no pseudo-terminals here");
@@ -199,6 +205,7 @@ private slots:
         SerialConnection link(pty.slavePath);
         QSignalSpy connected(&link, &Connection::connected);
         QSignalSpy errors(&link, &Connection::error);
+        QSignalSpy disconnected(&link, &Connection::disconnected);
         QCOMPARE(link.state(), int(Connection::Closed));
         QVERIFY(link.open());
         QCOMPARE(connected.count(), 1);
@@ -209,9 +216,21 @@ private slots:
         QTRY_VERIFY((received += link.readAll()).size() >= answer.size());
         QCOMPARE(received, answer);
         QCOMPARE(errors.count(), 0); // refused modem-line requests of a pty are not link errors
-        QSignalSpy disconnected(&link, &Connection::disconnected);
-        link.close();
-        QCOMPARE(disconnected.count(), 1);
+        if (pulled) {
+            ::close(pty.master); // like pulling the cable
+            pty.master = -1;
+        } else {
+            link.close();
+        }
+        QTRY_COMPARE(disconnected.count(), 1);
+        QCOMPARE(errors.count(), pulled ? 1 : 0);
+        if (pulled) {
+            QCOMPARE(errors.first().at(0).toInt(), int(Connection::SerialError));
+            // A vanished pseudo-terminal reads as a read error, a pulled USB cable as a resource error.
+            const int code = errors.first().at(1).toInt();
+            QVERIFY(code == int(QSerialPort::ReadError) || code == int(QSerialPort::ResourceError));
+        }
+        QVERIFY(!link.isOpen());
         QCOMPARE(link.state(), int(Connection::Closed));
     }
 
@@ -224,25 +243,6 @@ private slots:
         QCOMPARE(capture.lines, QStringList{"Busy port"});
         QCOMPARE(errors.count() + connected.count(), 0);
         QCOMPARE(link.state(), int(Connection::Closed));
-    }
-
-    void vanishedPortIsASerialError() {
-        Pty pty;
-        if (pty.slavePath.isEmpty())
-            QSKIP("no pseudo-terminals here");
-        SerialConnection link(pty.slavePath);
-        QVERIFY(link.open());
-        QSignalSpy errors(&link, &Connection::error);
-        QSignalSpy disconnected(&link, &Connection::disconnected);
-        ::close(pty.master); // like pulling the cable
-        pty.master = -1;
-        QTRY_COMPARE(disconnected.count(), 1);
-        QCOMPARE(errors.count(), 1);
-        QCOMPARE(errors.first().at(0).toInt(), int(Connection::SerialError));
-        // A vanished pseudo-terminal reads as a read error, a pulled USB cable as a resource error.
-        const int code = errors.first().at(1).toInt();
-        QVERIFY(code == int(QSerialPort::ReadError) || code == int(QSerialPort::ResourceError));
-        QVERIFY(!link.isOpen());
     }
 };
 

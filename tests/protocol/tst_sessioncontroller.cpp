@@ -76,56 +76,37 @@ private slots:
         QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("events");
         QTest::addColumn<int>("logins");
-        const QList<quint32> none;
+        const auto row = [](const char *name, quint32 device, quint32 startup, const QList<quint32> &typed,
+                            const char *script, const QString &events, int logins) {
+            QTest::newRow(name) << device << startup << typed << QString(script) << events.split(' ')
+                                << logins;
+        };
         const QString identified = "Connecting Identifying identified Ready";
-        QTest::newRow("plain") << 0u << 0u << none << "" << QString(identified).split(' ') << 0;
+        row("plain", 0, 0, {}, "", identified, 0);
         // The start-up password goes once, without a question, and the identity read that was refused
         // before the login is sent again.
-        QTest::newRow("password at start")
-            << 1234u << 1234u << none << ""
-            << QString("Connecting Identifying PasswordRequired accepted Identifying identified Ready")
-                   .split(' ')
-            << 1;
-        QTest::newRow("wrong then right")
-            << 1234u << 1111u << QList<quint32>{1234} << ""
-            << QString(
-                   "Connecting Identifying PasswordRequired rejected asked accepted Identifying identified "
-                   "Ready")
-                   .split(' ')
-            << 2;
+        row("password at start", 1234, 1234, {}, "",
+            "Connecting Identifying PasswordRequired accepted Identifying identified Ready", 1);
+        row("wrong then right", 1234, 1111, {1234}, "",
+            "Connecting Identifying PasswordRequired rejected asked accepted Identifying identified Ready",
+            2);
         // A second password typed before the first one's answer: the late refusal of the first means nothing.
-        QTest::newRow("replaced login answer ignored")
-            << 1234u << 0u << QList<quint32>{1111, 1234} << "retype"
-            << QString("Connecting Identifying PasswordRequired asked accepted Identifying identified Ready")
-                   .split(' ')
-            << 2;
-        QTest::newRow("password abandoned")
-            << 1234u << 0u << none << ""
-            << QString("Connecting Identifying PasswordRequired asked job:PasswordAbandoned Disconnected")
-                   .split(' ')
-            << 0;
-        QTest::newRow("blocked") << 0u << 0u << none << "blocked"
-                                 << QString("Connecting Identifying Ready job:Blocked blocked").split(' ')
-                                 << 0;
-        QTest::newRow("link error")
-            << 0u << 0u << none << "error"
-            << QString(identified + " Busy job:LinkLost Lost failed:DeviceGone").split(' ') << 0;
-        QTest::newRow("link closed")
-            << 0u << 0u << none << "closed"
-            << QString(identified + " Busy job:LinkLost Lost failed:LinkClosed").split(' ') << 0;
-        QTest::newRow("four time-outs")
-            << 0u << 0u << none << "silent"
-            << QString(identified + " Busy Lost lost job:LinkLost Disconnected").split(' ') << 0;
-        QTest::newRow("silent, then back")
-            << 0u << 0u << none << "back"
-            << QString(identified + " Lost lost job:Cancelled Ready restored job:Done").split(' ') << 0;
+        row("replaced login answer ignored", 1234, 0, {1111, 1234}, "retype",
+            "Connecting Identifying PasswordRequired asked accepted Identifying identified Ready", 2);
+        row("password abandoned", 1234, 0, {}, "",
+            "Connecting Identifying PasswordRequired asked job:PasswordAbandoned Disconnected", 0);
+        row("blocked", 0, 0, {}, "blocked", "Connecting Identifying Ready job:Blocked blocked", 0);
+        row("link error", 0, 0, {}, "error", identified + " Busy job:LinkLost Lost failed:DeviceGone", 0);
+        row("link closed", 0, 0, {}, "closed", identified + " Busy job:LinkLost Lost failed:LinkClosed", 0);
+        row("four time-outs", 0, 0, {}, "silent", identified + " Busy Lost lost job:LinkLost Disconnected",
+            0);
+        row("silent, then back", 0, 0, {}, "back",
+            identified + " Lost lost job:Cancelled Ready restored job:Done", 0);
         // A telemetry round is replaced by the full read: none of its requests follows the read's first one.
-        QTest::newRow("read all clears the queue")
-            << 0u << 0u << none << "telemetry"
-            << QString(identified + " job:Cancelled Busy Ready job:Done").split(' ') << 0;
+        row("read all clears the queue", 0, 0, {}, "telemetry",
+            identified + " job:Cancelled Busy Ready job:Done", 0);
         // The status of SIM 1's block confirms SIM 1 only, however often it comes.
-        QTest::newRow("status of another block")
-            << 0u << 0u << none << "echo" << QString(identified + " Busy Ready job:Done").split(' ') << 0;
+        row("status of another block", 0, 0, {}, "echo", identified + " Busy Ready job:Done", 0);
     }
 
     void session() {

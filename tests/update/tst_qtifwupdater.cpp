@@ -19,36 +19,30 @@ private slots:
         // expected text, or its beginning when it ends with "...", or the components "name/version/size,..."
         QTest::addColumn<QString>("text");
 
+        const auto row = [](const char *name, const QString &script, const char *signal,
+                            const QString &text) {
+            QTest::newRow(name) << script << QString(signal) << text;
+        };
         const QString noUpdates = QStringLiteral("There are currently no updates available.");
-        QTest::newRow("no updates, exit 0") << "printf '" + noUpdates + "'"
-                                            << "warning" << noUpdates;
-        QTest::newRow("no updates, exit 1") << "printf '" + noUpdates + "'; exit 1"
-                                            << "warning" << noUpdates;
-        QTest::newRow("no updates on stderr, exit 1") << "printf '" + noUpdates + "' >&2; exit 1"
-                                                      << "warning" << noUpdates;
-        const QString two =
-            QStringLiteral("<updates><update name=\"Tavrel\" version=\"1.0.0.31\" size=\"48213\"/>"
-                           "<update name=\"Docs\" version=\"2\" size=\"10\"/></updates>");
-        QTest::newRow("two components") << "printf '" + two + "'"
-                                        << "complete"
-                                        << "Tavrel/1.0.0.31/48213,Docs/2/10";
-        QTest::newRow("updates without update children")
-            << QStringLiteral("printf '<updates/>'") << "complete" << QString();
-        QTest::newRow("no updates inside XML is a warning")
-            << QStringLiteral("printf '<updates><!-- no updates --></updates>'") << "warning"
-            << "<updates><!-- no updates --></updates>";
-        QTest::newRow("garbage answer") << QStringLiteral("printf 'hello'") << "error"
-                                        << "Update information parsing error.\n...";
-        QTest::newRow("XML without updates") << QStringLiteral("printf '<other/>'") << "error"
-                                             << "Unrecognized response format";
-        QTest::newRow("exit 1 without no updates") << QStringLiteral("printf 'bad' >&2; exit 1") << "error"
-                                                   << "Update checking tool returns error code 1\nbad";
-        QTest::newRow("exit 3") << QStringLiteral("printf 'network down' >&2; exit 3") << "error"
-                                << "Update checking tool returns error code 3\nnetwork down";
-        QTest::newRow("crash") << QStringLiteral("printf 'dying' >&2; kill -SEGV $$") << "error"
-                               << "Update checking tool finished unexpectedly.\ndying";
-        QTest::newRow("hang is killed") << QStringLiteral("exec sleep 30") << "error"
-                                        << "Updates checking timeout";
+        row("no updates, exit 0", "printf '" + noUpdates + "'", "warning", noUpdates);
+        row("no updates, exit 1", "printf '" + noUpdates + "'; exit 1", "warning", noUpdates);
+        row("no updates on stderr, exit 1", "printf '" + noUpdates + "' >&2; exit 1", "warning", noUpdates);
+        row("two components",
+            "printf '<updates><update name=\"Tavrel\" version=\"1.0.0.31\" size=\"48213\"/>"
+            "<update name=\"Docs\" version=\"2\" size=\"10\"/></updates>'",
+            "complete", "Tavrel/1.0.0.31/48213,Docs/2/10");
+        row("updates without update children", "printf '<updates/>'", "complete", QString());
+        row("no updates inside XML is a warning", "printf '<updates><!-- no updates --></updates>'",
+            "warning", "<updates><!-- no updates --></updates>");
+        row("garbage answer", "printf 'hello'", "error", "Update information parsing error.\n...");
+        row("XML without updates", "printf '<other/>'", "error", "Unrecognized response format");
+        row("exit 1 without no updates", "printf 'bad' >&2; exit 1", "error",
+            "Update checking tool returns error code 1\nbad");
+        row("exit 3", "printf 'network down' >&2; exit 3", "error",
+            "Update checking tool returns error code 3\nnetwork down");
+        row("crash", "printf 'dying' >&2; kill -SEGV $$", "error",
+            "Update checking tool finished unexpectedly.\ndying");
+        row("hang is killed", "exec sleep 30", "error", "Updates checking timeout");
     }
     void outcome() {
         QFETCH(QString, script);
