@@ -18,9 +18,18 @@ public:
 };
 QuietNotifier quietNotifier;
 
-bool startsWithMarkers(const QByteArray &chunk) {
-    return chunk.size() >= proto::Frame::MarkerSize && quint8(chunk.at(0)) == proto::Frame::Marker &&
-           quint8(chunk.at(1)) == proto::Frame::Marker;
+constexpr quint8 StatusBit = 0x80;
+// Requests given up whose late answers are still recognised.
+constexpr int AbandonedKept = 64;
+
+bool awaitsAnswer(const QByteArray &frame) {
+    const quint8 type = quint8(frame.at(proto::Frame::TypeOffset));
+    return frame.size() >= proto::Frame::PayloadOffset + proto::Frame::HeadSize &&
+           (type == proto::ConfigPacketType || type == proto::CommandPacketType);
+}
+
+quint8 payloadByte(const QByteArray &frame, int offset) {
+    return quint8(frame.at(proto::Frame::PayloadOffset + offset));
 }
 
 } // namespace
@@ -30,12 +39,16 @@ Device::Device(kd::Configuration *configuration, QObject *parent)
     , m_configuration(configuration)
     , m_protocol(new proto::UNPProtocol(configuration, this))
     , m_parser(new UNPParcer(configuration, this))
-    , m_responseTimer(new QTimer(this)) {
+    , m_responseTimer(new QTimer(this))
+    , m_stallTimer(new QTimer(this)) {
     qRegisterMetaType<Connection *>();
     m_responseTimer->setInterval(DefaultResponseInterval);
     m_parser->setStatusNotifier(&quietNotifier);
     connect(m_parser, &UNPParcer::ConfigPackageDetected, this, &Device::sectionDecoded);
     connect(m_parser, &UNPParcer::ControlTelemetry, this, &Device::telemetryDecoded);
+    m_stallTimer->setSingleShot(true);
+    m_stallTimer->setInterval(DefaultStallInterval);
+    connect(m_stallTimer, &QTimer::timeout, this, &Device::onStall);
     connect(m_responseTimer, &QTimer::timeout, this, &Device::onResponseTimeout);
 }
 
@@ -53,14 +66,13 @@ void Device::setLink(Connection *link) {
         if (m_link->parent() == this)
             m_link->deleteLater();
     }
-    m_responseTimer->stop();
-    m_partial.clear();
+    stop();
     m_retries = 0;
     m_link = link;
     if (link) {
         link->setParent(this);
         connect(link, &Connection::readyRead, this, &Device::onReadyRead);
-        connect(link, &Connection::disconnected, this, [this] { m_responseTimer->stop(); });
+        connect(link, &Connection::disconnected, this, [this] { stop(); });
     }
     emit linkChanged(link);
 }
@@ -95,21 +107,32 @@ int Device::responseInterval() const {
     return m_responseTimer->interval();
 }
 
+void Device::setWindow(int requests) {
+    m_window = qMax(1, requests);
+}
+
+void Device::setStallInterval(int ms) {
+    m_stallTimer->setInterval(ms);
+}
+
 void Device::resetRetries() {
     m_retries = 0;
 }
 
 void Device::stop() {
     m_responseTimer->stop();
-    m_partial.clear();
+    m_stallTimer->stop();
+    m_outstanding.clear();
+    m_abandoned.clear();
+    m_deframer.clear();
 }
 
 bool Device::isAnswerPending() const {
-    return m_responseTimer->isActive();
+    return !m_outstanding.isEmpty();
 }
 
 bool Device::isIdle() const {
-    return m_protocol->queueSize() == 0 && !m_responseTimer->isActive();
+    return m_protocol->queueSize() == 0 && m_outstanding.isEmpty();
 }
 
 void Device::setFirmwareHandler(std::function<bool(const QByteArray &)> handler) {
@@ -117,8 +140,7 @@ void Device::setFirmwareHandler(std::function<bool(const QByteArray &)> handler)
 }
 
 void Device::setReassembly(bool on) {
-    m_reassembly = on;
-    m_partial.clear();
+    m_deframer.setJoining(on);
 }
 
 quint32 Device::lastPassword() const {
@@ -133,25 +155,43 @@ void Device::resolveConnectionLost() {
     m_lostPending = false;
 }
 
+// Fills the window. A frame is awaited only on a connected link; on one still connecting it is written
+// unwatched, one per call.
 void Device::sendNextCommand() {
-    if (!m_protocol->peekNext()) {
-        if (!m_responseTimer->isActive())
-            emit idle();
-        return;
+    for (;;) {
+        const bool watched = m_link && m_link->state() == Connection::Connected;
+        if (watched && m_outstanding.size() >= m_window)
+            return;
+        if (!m_protocol->peekNext()) {
+            if (m_outstanding.isEmpty())
+                emit idle();
+            return;
+        }
+        if (!m_responseTimer->isActive() && watched)
+            m_responseTimer->start();
+        const QByteArray frame = m_protocol->current();
+        if (!m_link) {
+            proto::TrafficLog::write(QStringLiteral("Command ") + proto::TrafficLog::maskedHex(frame));
+            return; // stays queued until a link exists
+        }
+        writeFrame(frame);
+        m_protocol->dropFirst();
+        if (watched && awaitsAnswer(frame))
+            m_outstanding << Request{frame, payloadByte(frame, proto::Frame::CodeOffset),
+                                     payloadByte(frame, proto::Frame::OperationOffset),
+                                     payloadByte(frame, proto::Frame::ParameterOffset), 0};
+        if (!watched)
+            return;
     }
-    if (!m_responseTimer->isActive() && m_link && m_link->state() == Connection::Connected)
-        m_responseTimer->start();
-    const QByteArray frame = m_protocol->current();
+}
+
+void Device::writeFrame(const QByteArray &frame) {
     proto::TrafficLog::write(QStringLiteral("Command ") + proto::TrafficLog::maskedHex(frame));
-    if (!m_link)
-        return; // stays queued until a link exists
     m_link->write(frame);
-    m_protocol->dropFirst();
     emit frameSent(frame);
 }
 
 void Device::onReadyRead() {
-    m_responseTimer->stop();
     if (!m_link)
         return;
     const QByteArray chunk = m_link->readAll();
@@ -160,55 +200,139 @@ void Device::onReadyRead() {
     proto::TrafficLog::write(QStringLiteral("From device: ") + QString::fromLatin1(chunk.toHex()) +
                              QStringLiteral(": ") + QString::number(chunk.size()));
     emit chunkReceived(chunk);
-    if (m_firmwareHandler && m_firmwareHandler(chunk))
+    if (m_firmwareHandler && m_firmwareHandler(chunk)) {
+        // The boot loader owns the line: the requests before it get no answers.
+        m_responseTimer->stop();
+        m_outstanding.clear();
         return;
-    if (proto::Frame::isFirmwareChunk(chunk))
-        return; // the loader's page channel never reaches the parser, claimed or not
-    handleChunk(chunk);
+    }
+    if (proto::Frame::isFirmwareChunk(chunk)) {
+        // The loader's page channel never reaches the parser, claimed or not; unclaimed, it answers nothing.
+        m_deframer.clear();
+        emit chunkDropped(chunk);
+        onNonsense();
+        return;
+    }
+    const QList<proto::StreamDeframer::Item> items = m_deframer.feed(chunk);
+    for (int i = 0; i < m_deframer.droppedHeads(); ++i)
+        onNonsense();
+    bool framed = false;
+    for (const proto::StreamDeframer::Item &item : items) {
+        if (item.firmware) {
+            // The boot loader asks for its first page right behind the device's answer to the switch into
+            // update mode, often in the same read.
+            if (m_firmwareHandler)
+                m_firmwareHandler(item.bytes);
+            continue;
+        }
+        framed = true;
+        handleFrame(item);
+    }
+    if (!framed) {
+        emit chunkDropped(chunk);
+        if (m_deframer.buffered() > 0)
+            m_stallTimer->start(); // the rest of a frame may still come
+        else if (m_deframer.droppedHeads() == 0)
+            onNonsense();
+        return;
+    }
+    m_stallTimer->stop();
+    sendNextCommand();
 }
 
-// A frame split over two reads is joined only when the second read cannot be a frame start of its own:
-// a chunk that begins with the markers always stands alone, so every chunk the one-chunk-one-frame rule
-// accepts is accepted unchanged, and a held head never swallows a fresh answer.
-void Device::handleChunk(const QByteArray &received) {
-    QByteArray chunk = received;
-    if (!m_partial.isEmpty()) {
-        if (!startsWithMarkers(chunk))
-            chunk.prepend(m_partial);
-        m_partial.clear();
+int Device::find(const QList<Request> &requests, const QByteArray &payload) {
+    if (payload.size() <= proto::Frame::OperationOffset)
+        return -1;
+    const quint8 code = quint8(payload.at(proto::Frame::CodeOffset)) & ~StatusBit;
+    const quint8 operation = quint8(payload.at(proto::Frame::OperationOffset)) & ~StatusBit;
+    const int parameter = payload.size() > proto::Frame::ParameterOffset
+                              ? quint8(payload.at(proto::Frame::ParameterOffset))
+                              : -1;
+    int found = -1;
+    for (int i = 0; i < requests.size(); ++i) {
+        const Request &r = requests.at(i);
+        if ((r.code & ~StatusBit) != code || (r.operation & ~StatusBit) != operation)
+            continue;
+        if (r.parameter == parameter)
+            return i;
+        if (found < 0)
+            found = i; // a data answer carries no index of its own
     }
-    const proto::Frame::Received packet = proto::Frame::check(chunk);
-    if (packet.kind != proto::Frame::ChunkKind::Accepted) {
-        // The timer is already stopped: a short answer is not retried, the queue waits for the next event.
-        if (m_reassembly && startsWithMarkers(chunk))
-            m_partial = chunk;
-        emit chunkDropped(chunk);
-        return;
+    return found;
+}
+
+void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
+    m_parser->parse(frame.type, frame.payload);
+    emit answerAccepted(frame.type, frame.payload);
+    bool answered = false;
+    const int index = find(m_outstanding, frame.payload);
+    if (index >= 0) {
+        answered = true;
+        m_outstanding.removeAt(index);
+        // The next oldest request gets a full interval from now.
+        m_responseTimer->stop();
+        if (!m_outstanding.isEmpty())
+            m_responseTimer->start();
+    } else if (const int late = find(m_abandoned, frame.payload); late >= 0) {
+        // An answer after its time-out: not nonsense, and it shows that the device is there.
+        answered = true;
+        m_abandoned.removeAt(late);
+        if (m_outstanding.isEmpty())
+            m_responseTimer->stop();
+    } else {
+        onNonsense();
     }
-    m_parser->parse(packet.type, packet.payload);
-    emit answerAccepted(packet.type, packet.payload);
-    // The boot loader asks for its first page right behind the device's answer to the switch into update
-    // mode, often in the same read. That request is the one thing behind a frame that is not ignored.
-    const QByteArray behind = chunk.mid(proto::Frame::Overhead + packet.length);
-    if (m_firmwareHandler && proto::Frame::isFirmwareChunk(behind))
-        m_firmwareHandler(behind);
-    m_retries = 0;
-    if (m_lostPending) {
-        m_lostPending = false;
-        emit connectionRestored();
+    if (answered) {
+        m_retries = 0;
+        if (m_lostPending) {
+            m_lostPending = false;
+            emit connectionRestored();
+        }
     }
     // Cuts as many leading characters as frames are queued; the count itself is never printed.
     proto::TrafficLog::write(QStringLiteral("Queue size: ").mid(m_protocol->queueSize()));
-    sendNextCommand();
+}
+
+// Nonsense is silence for the oldest request: it is asked again at once, and after the third nonsense
+// answer in a row given up. The retry counter and the response timer run on as if nothing had come.
+void Device::onNonsense() {
+    if (m_outstanding.isEmpty() || !m_link)
+        return;
+    Request &oldest = m_outstanding.first();
+    if (++oldest.nonsense >= NonsenseLimit) {
+        abandonOldest();
+        sendNextCommand();
+        return;
+    }
+    writeFrame(oldest.frame);
+}
+
+void Device::onStall() {
+    if (m_deframer.buffered() == 0)
+        return;
+    m_deframer.clear();
+    onNonsense();
+}
+
+void Device::abandonOldest() {
+    const Request r = m_outstanding.takeFirst();
+    proto::TrafficLog::write(QStringLiteral("Запрос без ответа: ") + proto::TrafficLog::maskedHex(r.frame));
+    m_abandoned << r;
+    if (m_abandoned.size() > AbandonedKept)
+        m_abandoned.removeFirst();
+    emit requestAbandoned(r.code, r.operation, r.parameter);
 }
 
 void Device::onResponseTimeout() {
     if (!m_link || !m_link->isOpen()) {
         m_responseTimer->stop();
+        m_outstanding.clear();
         if (m_link)
             emit linkDown();
         return;
     }
+    if (!m_outstanding.isEmpty())
+        abandonOldest();
     if (m_retries < m_retryLimit) {
         ++m_retries;
     } else if (m_retries == m_retryLimit) {

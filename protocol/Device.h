@@ -1,6 +1,9 @@
 #pragma once
 
+#include "protocol/StreamDeframer.h"
+
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 
@@ -19,13 +22,23 @@ class UNPProtocol;
 }
 
 // One device session: the current link, the protocol with its command queue, the answer parser and the
-// response timer. Frames are sent one at a time; each leaves the queue as soon as it is written, so a
-// time-out moves on to the next frame instead of repeating the unanswered one.
+// response timer. Up to a window of requests is on the line at once; each leaves the queue as soon as it
+// is written and waits among the outstanding ones until an answer of its code and operation comes. The
+// response timer watches the oldest outstanding request: a time-out gives it up and moves on to the next
+// frame instead of repeating it. An answer that fits no request, or a read that makes no frame, counts
+// as silence for the oldest request: it is asked once more, and given up after the third such answer.
 class Device : public QObject {
     Q_OBJECT
 public:
     static constexpr int DefaultResponseInterval = 3000;
     static constexpr int DefaultRetryLimit = 3;
+    // Requests on the line at once: the whole of a read-all, a write-all or a telemetry round, so that a
+    // remote device costs one round trip instead of one per request.
+    static constexpr int DefaultWindow = 32;
+    // Nonsense answers in a row after which a request is given up.
+    static constexpr int NonsenseLimit = 3;
+    // A frame head that gets no more bytes for this long is taken for nonsense.
+    static constexpr int DefaultStallInterval = 500;
 
     // The configuration is filled by the parser and read by the writes; it is not owned.
     explicit Device(kd::Configuration *configuration = nullptr, QObject *parent = nullptr);
@@ -41,11 +54,18 @@ public:
 
     void setResponseInterval(int ms);
     int responseInterval() const;
+    // Requests awaiting their answers at most (1: one request until its answer).
+    void setWindow(int requests);
+    int window() const { return m_window; }
+    int outstanding() const { return m_outstanding.size(); }
+    void setStallInterval(int ms);
     int retryLimit() const { return m_retryLimit; }
     int retryCount() const { return m_retries; }
     void resetRetries();
-    // Stops waiting for an answer (the response timer) and forgets a held frame head; the queue stays.
+    // Stops waiting for answers (the response timer, the outstanding requests) and forgets a held frame
+    // head; the queue stays.
     void stop();
+    // A written request still awaits its answer.
     bool isAnswerPending() const;
     // Nothing queued and no answer awaited.
     bool isIdle() const;
@@ -53,10 +73,10 @@ public:
     // Offered every received chunk before anything else; returning true claims it (firmware loader).
     void setFirmwareHandler(std::function<bool(const QByteArray &chunk)> handler);
 
-    // Holding back the head of a frame that arrived in two chunks (on by default). Off: every chunk is
-    // taken as one frame and a short one is simply dropped.
+    // Joining the reads into frames (on by default). Off: every chunk is taken as one frame and a short
+    // one is simply dropped.
     void setReassembly(bool on);
-    bool reassembly() const { return m_reassembly; }
+    bool reassembly() const { return m_deframer.joining(); }
 
     // Puts a built frame at the tail of the queue (a request sent again as it was).
     void enqueue(const QByteArray &frame);
@@ -80,8 +100,10 @@ signals:
     // The frame as written, password included: show it through proto::TrafficLog::maskedHex.
     void frameSent(const QByteArray &frame);
     void chunkReceived(const QByteArray &chunk);
-    // A chunk neither claimed nor taken as a frame (announced length not all there).
+    // A chunk neither claimed nor making a frame (announced length not all there, garbage).
     void chunkDropped(const QByteArray &chunk);
+    // A request given up: its time-out passed, or it was answered with nonsense three times in a row.
+    void requestAbandoned(quint8 code, quint8 operation, quint8 parameter);
     void answerAccepted(quint8 type, const QByteArray &payload);
     void connectionLost();
     // A time-out found the link closed although nothing reported it: the device is gone.
@@ -95,8 +117,21 @@ signals:
     void linkChanged(Connection *link);
 
 private:
+    struct Request {
+        QByteArray frame;
+        quint8 code = 0;
+        quint8 operation = 0;
+        quint8 parameter = 0;
+        int nonsense = 0;
+    };
+
     void onReadyRead();
-    void handleChunk(const QByteArray &chunk);
+    void handleFrame(const proto::StreamDeframer::Item &frame);
+    void onNonsense();
+    void onStall();
+    void abandonOldest();
+    void writeFrame(const QByteArray &frame);
+    static int find(const QList<Request> &requests, const QByteArray &payload);
     void raiseConnectionLost();
 
     kd::Configuration *m_configuration = nullptr;
@@ -104,10 +139,13 @@ private:
     proto::UNPProtocol *m_protocol = nullptr;
     UNPParcer *m_parser = nullptr;
     QTimer *m_responseTimer = nullptr;
+    QTimer *m_stallTimer = nullptr;
     std::function<bool(const QByteArray &)> m_firmwareHandler;
-    QByteArray m_partial;
+    proto::StreamDeframer m_deframer;
+    QList<Request> m_outstanding; // oldest first
+    QList<Request> m_abandoned;   // the last ones given up, whose late answers are no nonsense
+    int m_window = DefaultWindow;
     int m_retries = 0;
     int m_retryLimit = DefaultRetryLimit;
     bool m_lostPending = false;
-    bool m_reassembly = true;
 };

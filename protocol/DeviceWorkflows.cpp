@@ -17,11 +17,9 @@ proto::UNPProtocol *DeviceWorkflows::protocol() const {
     return m_device->protocol();
 }
 
-// While the device still owes an answer the new requests only wait in the queue: the answer (or its
-// time-out) sends the next frame. Writing a second request meanwhile would put two answers into one read,
-// and one read is taken as one frame.
+// The session's window decides how many requests go out before their answers.
 void DeviceWorkflows::start() {
-    if (m_autoStart && !m_device->isAnswerPending())
+    if (m_autoStart)
         m_device->sendNextCommand();
 }
 

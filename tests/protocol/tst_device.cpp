@@ -16,6 +16,13 @@ const QByteArray OutputsRead = QByteArray::fromHex("a5a5060004008e0100008c01");
 // A status answer "executed" to a system write: 14 bytes, payload 11 81 00 00 01 00.
 const QByteArray Executed = QByteArray::fromHex("a5a5060006001181000001009181");
 
+QByteArray statusAnswer(quint8 code, quint8 operation) {
+    QByteArray payload = QByteArray::fromHex("000000000100");
+    payload[0] = char(code);
+    payload[1] = char(operation | 0x80);
+    return proto::Frame::build(6, payload);
+}
+
 struct Session {
     QObject owner;
     Device *device;
@@ -26,6 +33,7 @@ struct Session {
         device->setResponseInterval(3600 *
                                     1000); // time-outs are driven by hand unless a test asks for the timer
         link->fault = fault;
+        device->setWindow(1); // one request until its answer unless a test widens it
         device->setLink(link);
     }
     proto::UNPProtocol *protocol() const { return device->protocol(); }
@@ -115,6 +123,8 @@ private slots:
         QSignalSpy restored(s.device, &Device::connectionRestored);
         s.link->deliverNow(Executed);
         QCOMPARE(restored.count(), 0); // nothing was lost yet
+        s.protocol()->readSystem();
+        s.device->sendNextCommand();
         s.timeouts(4);
         QCOMPARE(lost.count(), 1);
         QVERIFY(s.device->isConnectionLost());
@@ -192,19 +202,58 @@ private slots:
         QCOMPARE(parsed, accepted);
     }
 
-    void shortChunkIsDroppedWithoutRetry() {
-        Session s(FakeLink::Truncated);
-        s.device->setReassembly(false);
-        s.protocol()->readSystem();
-        s.protocol()->readFuel();
-        QSignalSpy dropped(s.device, &Device::chunkDropped);
-        QSignalSpy answered(s.device, &Device::answerAccepted);
+    void answersMatchedInAnyOrderWithinTheWindow() {
+        Session s;
+        s.device->setWindow(3);
+        s.queueThree();
+        QSignalSpy abandoned(s.device, &Device::requestAbandoned);
         s.device->sendNextCommand();
-        QVERIFY(dropped.wait(1000));
-        QCOMPARE(answered.count(), 0);
-        QVERIFY(!s.device->isAnswerPending());
-        QCOMPARE(s.link->written.size(), 1); // the fuel read waits for the next event
-        QCOMPARE(s.protocol()->queueSize(), 1);
+        QCOMPARE(s.link->written, (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}));
+        s.link->deliverNow(statusAnswer(0x8E, 1) + statusAnswer(0x88, 1));
+        QCOMPARE(s.device->outstanding(), 1);
+        QSignalSpy idle(s.device, &Device::idle);
+        s.timeouts(1); // the oldest, the system read, is given up
+        QCOMPARE(abandoned.count(), 1);
+        QCOMPARE(abandoned.at(0), (QList<QVariant>{quint8(0x91), quint8(1), quint8(0)}));
+        QCOMPARE(idle.count(), 1);
+        QVERIFY(s.device->isIdle());
+        s.link->deliverNow(statusAnswer(0x91, 1)); // late, yet the device is there
+        QCOMPARE(s.device->retryCount(), 0);
+    }
+
+    void nonsenseCountsAsSilence_data() {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::newRow("garbage") << QByteArray::fromHex("0102030405ff0708");
+        QTest::newRow("frame shorter than its head") << QByteArray::fromHex("a5a50600010091");
+        QTest::newRow("length past the bound") << QByteArray::fromHex("a5a50600ff7f91010000");
+        QTest::newRow("boot-loader look-alike") << QByteArray::fromHex("550203120900110300901d1c");
+        QTest::newRow("an answer to nothing asked") << statusAnswer(0x84, 3);
+        QTest::newRow("a garbage chunk taken as a frame")
+            << QByteArray::fromHex("0000070004008201000000000000");
+    }
+
+    void nonsenseCountsAsSilence() {
+        QFETCH(QByteArray, reply);
+        Session s;
+        s.device->setWindow(2);
+        s.device->setStallInterval(0);
+        s.queueThree();
+        QSignalSpy abandoned(s.device, &Device::requestAbandoned);
+        s.device->sendNextCommand();
+        s.device->onResponseTimeout(); // a time-out before: nonsense must not clear it
+        QCOMPARE(s.link->written, (QList<QByteArray>{SystemRead, FuelRead, OutputsRead}));
+        // The oldest request, the fuel read, is asked again twice and given up at the third nonsense.
+        for (int written : {4, 5, 5}) {
+            s.link->deliverNow(reply);
+            QTRY_COMPARE(s.link->written.size(), written);
+        }
+        QCOMPARE(s.link->written.mid(3), (QList<QByteArray>{FuelRead, FuelRead}));
+        QTRY_COMPARE(abandoned.count(), 2);
+        QCOMPARE(abandoned.at(1), (QList<QVariant>{quint8(0x88), quint8(1), quint8(0)}));
+        QCOMPARE(s.device->retryCount(), 1);
+        s.link->deliverNow(statusAnswer(0x8E, 1));
+        QCOMPARE(s.device->retryCount(), 0);
+        QVERIFY(s.device->isIdle());
     }
 
     void stopForgetsTheHeldHead() {

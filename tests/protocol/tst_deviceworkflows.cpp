@@ -131,9 +131,10 @@ private slots:
         QCOMPARE(b.device->protocol()->queue().last(), proto::UNPProtocol::telemetryFrame(0x0A));
     }
 
-    void workflowWhileAnAnswerIsOwedOnlyQueues() {
+    void workflowsFillTheWindow() {
         Bench b(0, 0, 0);
         b.link->linkState = Connection::Connected;
+        b.device->setWindow(1);
         b.flows->writeSystem();
         QVERIFY(b.device->isAnswerPending());
         b.flows->writeFuel();
@@ -142,6 +143,10 @@ private slots:
         b.link->deliverNow(QByteArray::fromHex("a5a506000600118100000100") + QByteArray(2, '\0'));
         QCOMPARE(b.heads(), (QStringList{"6:110100", "6:080100"}));
         QCOMPARE(b.link->written.size(), 2);
+        // A wider window puts a request on the line while others are owed.
+        b.device->setWindow(Device::DefaultWindow);
+        b.flows->writeSystem();
+        QCOMPARE(b.link->written.size(), 3);
     }
 };
 

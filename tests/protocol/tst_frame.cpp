@@ -1,4 +1,5 @@
 #include "protocol/Frame.h"
+#include "protocol/StreamDeframer.h"
 
 #include <QtTest>
 
@@ -105,6 +106,14 @@ private slots:
         QCOMPARE(r.payload.toHex(), payload.toHex());
         if (r.kind == Frame::ChunkKind::Accepted)
             QCOMPARE(int(r.length), payload.size());
+        // The stream deframer takes the same chunk, read on its own, the same way.
+        const QList<proto::StreamDeframer::Item> items = proto::StreamDeframer().feed(chunk);
+        QCOMPARE(items.isEmpty(), r.kind == Frame::ChunkKind::Short);
+        if (!items.isEmpty()) {
+            QCOMPARE(items.first().firmware, r.kind == Frame::ChunkKind::Firmware);
+            QCOMPARE(int(items.first().type), type);
+            QCOMPARE(items.first().payload.toHex(), payload.toHex());
+        }
     }
 };
 

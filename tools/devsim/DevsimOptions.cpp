@@ -1,5 +1,7 @@
 #include "tools/devsim/DevsimOptions.h"
 
+#include "tools/devsim/FaultInjector.h"
+
 #include "tools/devsim/VirtualTracker.h"
 
 #include <QCommandLineParser>
@@ -54,7 +56,10 @@ QString DevsimOptions::usage() {
         "  --ignore-writes KEY   answer writes of section KEY (e.g. SystemConfiguration) with status 1\n"
         "                        but keep the old values (repeatable)\n"
         "  --silent-section KEY  never answer reads of section KEY (repeatable)\n"
-        "  --drop-requests-every N  lose every Nth request on its way in, as if lost on the line\n");
+        "  --drop-requests-every N  lose every Nth request on its way in, as if lost on the line\n"
+        "  --nonsense KEY[:KIND] answer every read and write of section KEY with nonsense of KIND:\n"
+        "                        garbage (default), short (a frame shorter than its head), long (a\n"
+        "                        length past any frame) or loader (a boot-loader look-alike)\n");
 }
 
 bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
@@ -81,7 +86,8 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
                               "silent-section",
                               "bench",
                               "appear-every",
-                              "drop-requests-every"};
+                              "drop-requests-every",
+                              "nonsense"};
     const QString flags[] = {"pty", "blocked", "split", "help"};
     for (const QString &name : valued)
         p.addOption(QCommandLineOption(name, QString(), QStringLiteral("value")));
@@ -141,6 +147,19 @@ bool DevsimOptions::parse(const QStringList &arguments, QString *error) {
     for (const QString &key : silentSections) {
         if (!VirtualTracker::writeCode(key)) {
             *error = QStringLiteral("--silent-section wants a section key, got \"%1\"").arg(key);
+            return false;
+        }
+    }
+
+    if (p.isSet("nonsense")) {
+        const QStringList parts = p.value("nonsense").split(QLatin1Char(':'));
+        nonsenseSection = parts.first();
+        nonsenseKind = parts.value(1, QStringLiteral("garbage"));
+        if (parts.size() > 2 || !VirtualTracker::writeCode(nonsenseSection) ||
+            !FaultInjector::nonsenseKinds().contains(nonsenseKind)) {
+            *error = QStringLiteral(
+                         "--nonsense wants a section key and garbage, short, long or loader, got \"%1\"")
+                         .arg(p.value("nonsense"));
             return false;
         }
     }

@@ -29,7 +29,9 @@ struct DevsimOptions {
     int appearEverySec = 0;    // --appear-every S: one more tracker every S seconds
     QStringList ignoredWrites; // --ignore-writes SECTION: section keys whose writes are answered but not kept
     QStringList silentSections; // --silent-section SECTION: section keys whose reads are never answered
-    int dropRequestsEvery = 0; // lose every Nth request on its way in
+    int dropRequestsEvery = 0;  // lose every Nth request on its way in
+    QString nonsenseSection; // --nonsense SECTION[:KIND]: that section's requests are answered with nonsense
+    QString nonsenseKind;    // garbage, short, long or loader
 
     bool hasFwVersion = false;
     quint8 fwMajor = 0;

@@ -23,7 +23,10 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     , m_faults(new FaultInjector(faultSettings(options), this))
     , m_inbound(new InboundLine(options.baud, this))
     , m_statePath(options.statePath)
-    , m_dropRequestsEvery(options.dropRequestsEvery) {
+    , m_dropRequestsEvery(options.dropRequestsEvery)
+    ,
+    , m_nonsenseCode(VirtualTracker::writeCode(options.nonsenseSection))
+    , m_nonsenseKind(options.nonsenseKind) {
     m_clock.start();
     // The device clock is set from the network at start, so it shows the real time.
     m_tracker->model().setStartUnixTime(quint32(QDateTime::currentSecsSinceEpoch()));
@@ -33,8 +36,9 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
 
     connect(m_link, &SimLink::received, this, &DevsimSession::onReceived);
     connect(m_link, &SimLink::peerChanged, this, [this] {
+        m_faults->restart();
         m_inbound->clear();
-        m_assembler.clear();
+        m_requestReader.clear();
         m_tracker->logout();
     });
     connect(m_inbound, &InboundLine::arrived, this, &DevsimSession::onArrived);
@@ -63,7 +67,7 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     connect(m_bootLoader, &BootLoader::send, m_faults, &FaultInjector::sendRaw);
     connect(m_bootLoader, &BootLoader::finished, this, [this] {
         qCInfo(lcDevsim) << "firmware written, the device starts again";
-        m_assembler.clear();
+        m_requestReader.clear();
         m_tracker->logout();
     });
 }
@@ -95,20 +99,23 @@ void DevsimSession::onArrived(const QByteArray &bytes) {
         m_bootLoader->receive(bytes);
         return;
     }
-    const QList<RequestAssembler::Request> requests = m_assembler.feed(bytes, m_clock.elapsed());
-    for (const RequestAssembler::Request &r : requests) {
+    const QList<proto::StreamDeframer::Item> requests = m_requestReader.feed(bytes, m_clock.elapsed());
+    for (const proto::StreamDeframer::Item &r : requests) {
         if (m_dropRequestsEvery > 0 && ++m_requests % m_dropRequestsEvery == 0) {
             qCInfo(lcDevsim) << "request" << m_requests << "lost on the line";
             continue;
         }
+        const bool confuse = m_nonsenseCode && r.payload.size() > proto::Frame::CodeOffset &&
+                             (quint8(r.payload.at(proto::Frame::CodeOffset)) & 0x7F) == m_nonsenseCode;
         for (const QByteArray &frame : m_tracker->handle(r.type, r.payload))
-            m_faults->sendAnswer(frame, r.payload.size() + proto::Frame::Overhead);
+            m_faults->sendAnswer(confuse ? FaultInjector::nonsense(m_nonsenseKind, frame) : frame,
+                                 r.payload.size() + proto::Frame::Overhead);
     }
 }
 
 void DevsimSession::onFirmwareUpdateRequested() {
     qCInfo(lcDevsim) << "entering firmware-update mode";
-    m_assembler.clear();
+    m_requestReader.clear();
     // The answer is already queued in the fault layer; the loader's first request follows it on the line.
     QMetaObject::invokeMethod(m_bootLoader, &BootLoader::start, Qt::QueuedConnection);
 }

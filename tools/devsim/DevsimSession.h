@@ -1,7 +1,8 @@
 #pragma once
 
+#include "protocol/StreamDeframer.h"
+
 #include "tools/devsim/FaultInjector.h"
-#include "tools/devsim/RequestAssembler.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -33,6 +34,9 @@ public:
     void setSaveDelay(int ms);
     static FaultInjector::Settings faultSettings(const DevsimOptions &options);
 
+    // The largest request payload the device takes; a longer announced length means we are not on a frame.
+    static constexpr int MaxRequestPayload = 512;
+
 signals:
     // The link is gone for good (pty hung up): the program ends.
     void finished();
@@ -47,10 +51,14 @@ private:
     FaultInjector *m_faults;
     BootLoader *m_bootLoader = nullptr;
     InboundLine *m_inbound;
-    RequestAssembler m_assembler;
+    // The device's receive buffer: requests may arrive in pieces or several in one read, as on a UART; a
+    // partial request left alone for a second is forgotten (the sender gave up on it).
+    proto::StreamDeframer m_requestReader{proto::StreamDeframer::Policy::Checked, MaxRequestPayload, 1000};
     QElapsedTimer m_clock;
     QString m_statePath;
     int m_dropRequestsEvery = 0;
     int m_requests = 0;
     QTimer *m_saveTimer = nullptr;
+    quint8 m_nonsenseCode = 0; // the section answered with nonsense (write code), 0: none
+    QString m_nonsenseKind;
 };

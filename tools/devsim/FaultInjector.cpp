@@ -2,6 +2,8 @@
 
 #include "tools/devsim/DevsimLog.h"
 
+#include "protocol/Frame.h"
+
 #include <QElapsedTimer>
 #include <QTimer>
 #include <memory>
@@ -54,7 +56,38 @@ QByteArray FaultInjector::truncated(const QByteArray &frame) {
     return frame.left(qMax(1, frame.size() / 2));
 }
 
+QStringList FaultInjector::nonsenseKinds() {
+    return {QStringLiteral("garbage"), QStringLiteral("short"), QStringLiteral("long"),
+            QStringLiteral("loader")};
+}
+
+QByteArray FaultInjector::nonsense(const QString &kind, const QByteArray &frame) {
+    if (kind == QLatin1String("garbage")) {
+        // A fixed pattern without a marker pair whose length field never fits.
+        QByteArray bytes(frame.size(), '\0');
+        for (int i = 0; i < bytes.size(); ++i)
+            bytes[i] = char(i * 37 + 11);
+        return bytes;
+    }
+    if (kind == QLatin1String("short")) // announces one payload byte, then stops
+        return frame.left(proto::Frame::PayloadOffset)
+                   .replace(proto::Frame::LengthOffset, 2, QByteArray("\1\0", 2)) +
+               frame.mid(proto::Frame::PayloadOffset, 1);
+    if (kind == QLatin1String("long"))
+        return QByteArray(frame).replace(proto::Frame::LengthOffset, 2, QByteArray("\xff\xff", 2));
+    if (kind == QLatin1String("loader"))
+        return QByteArray::fromHex("550203120900110300901d1c");
+    return QByteArray();
+}
+
+void FaultInjector::restart() {
+    m_pending.clear();
+    m_hungUp = false;
+}
+
 void FaultInjector::sendAnswer(const QByteArray &frame, int requestBytes) {
+    if (m_hungUp)
+        return;
     const int n = ++m_answers;
     const qint64 delay = m_settings.latencyMs * 1000ll + lineTimeUs(requestBytes, m_settings.baud);
     const bool last = m_settings.hangupAfter > 0 && n == m_settings.hangupAfter;
@@ -108,6 +141,7 @@ void FaultInjector::deliverDue() {
             emit write(piece.bytes);
         if (piece.hangUpAfter) {
             m_pending.clear();
+            m_hungUp = true;
             emit hangUp();
             return;
         }

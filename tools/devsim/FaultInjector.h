@@ -4,6 +4,7 @@
 #include <QList>
 #include <QObject>
 #include <QRandomGenerator>
+#include <QStringList>
 #include <functional>
 
 class QTimer;
@@ -45,6 +46,14 @@ public:
     static qint64 lineTimeUs(qint64 bytes, int baud);
     // The first part of a cut answer: half of it, at least one byte.
     static QByteArray truncated(const QByteArray &frame);
+    // What a confused device sends instead of `frame`: "garbage" (bytes that hold no frame), "short" (a
+    // frame shorter than its own head), "long" (a length past any frame) or "loader" (a boot-loader
+    // look-alike). Empty for an unknown kind.
+    static QByteArray nonsense(const QString &kind, const QByteArray &frame);
+    static QStringList nonsenseKinds();
+
+    // A new peer: the line starts afresh, a hang-up no longer silences it.
+    void restart();
 
     int answersSent() const { return m_answers; }
     bool idle() const { return m_pending.isEmpty(); }
@@ -71,4 +80,5 @@ private:
     QTimer *m_timer;
     qint64 m_lineFreeAt = 0;
     int m_answers = 0;
+    bool m_hungUp = false; // requests that came in with the last answer before a hang-up get none
 };
