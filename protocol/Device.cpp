@@ -19,8 +19,8 @@ public:
 QuietNotifier quietNotifier;
 
 constexpr quint8 StatusBit = 0x80;
-// Requests given up whose late answers are still recognised.
-constexpr int AbandonedKept = 64;
+// Requests answered or given up whose late or repeated answers are still recognised.
+constexpr int RecentKept = 64;
 
 bool awaitsAnswer(const QByteArray &frame) {
     const quint8 type = quint8(frame.at(proto::Frame::TypeOffset));
@@ -123,7 +123,7 @@ void Device::stop() {
     m_responseTimer->stop();
     m_stallTimer->stop();
     m_outstanding.clear();
-    m_abandoned.clear();
+    m_recent.clear();
     m_deframer.clear();
 }
 
@@ -206,23 +206,17 @@ void Device::onReadyRead() {
         m_outstanding.clear();
         return;
     }
-    if (proto::Frame::isFirmwareChunk(chunk)) {
-        // The loader's page channel never reaches the parser, claimed or not; unclaimed, it answers nothing.
-        m_deframer.clear();
-        emit chunkDropped(chunk);
-        onNonsense();
-        return;
-    }
     const QList<proto::StreamDeframer::Item> items = m_deframer.feed(chunk);
-    for (int i = 0; i < m_deframer.droppedHeads(); ++i)
-        onNonsense();
+    int nonsense = m_deframer.droppedHeads();
     bool framed = false;
     for (const proto::StreamDeframer::Item &item : items) {
         if (item.firmware) {
-            // The boot loader asks for its first page right behind the device's answer to the switch into
-            // update mode, often in the same read.
-            if (m_firmwareHandler)
-                m_firmwareHandler(item.bytes);
+            // The loader's page channel never reaches the parser. Its first request comes right behind the
+            // device's answer to the switch into update mode, often in the same read; unclaimed, a loader
+            // message answers no request.
+            const bool offered = item.bytes == chunk;
+            if (offered || !m_firmwareHandler || !m_firmwareHandler(item.bytes))
+                ++nonsense;
             continue;
         }
         framed = true;
@@ -232,11 +226,17 @@ void Device::onReadyRead() {
         emit chunkDropped(chunk);
         if (m_deframer.buffered() > 0)
             m_stallTimer->start(); // the rest of a frame may still come
-        else if (m_deframer.droppedHeads() == 0)
-            onNonsense();
-        return;
+        else if (nonsense == 0)
+            nonsense = 1;
     }
-    m_stallTimer->stop();
+    for (int i = 0; i < nonsense; ++i)
+        onNonsense();
+    if (!framed)
+        return;
+    if (m_deframer.buffered() > 0)
+        m_stallTimer->start();
+    else
+        m_stallTimer->stop();
     sendNextCommand();
 }
 
@@ -268,15 +268,16 @@ void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
     const int index = find(m_outstanding, frame.payload);
     if (index >= 0) {
         answered = true;
-        m_outstanding.removeAt(index);
+        remember(m_outstanding.takeAt(index));
         // The next oldest request gets a full interval from now.
         m_responseTimer->stop();
         if (!m_outstanding.isEmpty())
             m_responseTimer->start();
-    } else if (const int late = find(m_abandoned, frame.payload); late >= 0) {
-        // An answer after its time-out: not nonsense, and it shows that the device is there.
+    } else if (const int late = find(m_recent, frame.payload); late >= 0) {
+        // An answer after its time-out, or a second one to a request asked again: not nonsense, and it
+        // shows that the device is there.
         answered = true;
-        m_abandoned.removeAt(late);
+        m_recent.removeAt(late);
         if (m_outstanding.isEmpty())
             m_responseTimer->stop();
     } else {
@@ -314,12 +315,16 @@ void Device::onStall() {
     onNonsense();
 }
 
+void Device::remember(const Request &request) {
+    m_recent << request;
+    if (m_recent.size() > RecentKept)
+        m_recent.removeFirst();
+}
+
 void Device::abandonOldest() {
     const Request r = m_outstanding.takeFirst();
     proto::TrafficLog::write(QStringLiteral("Запрос без ответа: ") + proto::TrafficLog::maskedHex(r.frame));
-    m_abandoned << r;
-    if (m_abandoned.size() > AbandonedKept)
-        m_abandoned.removeFirst();
+    remember(r);
     emit requestAbandoned(r.code, r.operation, r.parameter);
 }
 

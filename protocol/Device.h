@@ -130,6 +130,7 @@ private:
     void onNonsense();
     void onStall();
     void abandonOldest();
+    void remember(const Request &request);
     void writeFrame(const QByteArray &frame);
     static int find(const QList<Request> &requests, const QByteArray &payload);
     void raiseConnectionLost();
@@ -143,7 +144,7 @@ private:
     std::function<bool(const QByteArray &)> m_firmwareHandler;
     proto::StreamDeframer m_deframer;
     QList<Request> m_outstanding; // oldest first
-    QList<Request> m_abandoned;   // the last ones given up, whose late answers are no nonsense
+    QList<Request> m_recent;      // the last ones answered or given up: a late answer is no nonsense
     int m_window = DefaultWindow;
     int m_retries = 0;
     int m_retryLimit = DefaultRetryLimit;

@@ -386,6 +386,8 @@ struct SessionController::Private {
             onPasswordWrong();
             return;
         case UNPParcer::Blocked:
+            if (!job)
+                return; // the other requests on the line are refused the same way: said once
             settleStatus(code, operation & OperationMask, parameter, JobResult::Outcome::Refused,
                          statusLabel(status));
             finishJob(JobResult::End::Blocked);

@@ -125,12 +125,15 @@ QList<StreamDeframer::Item> StreamDeframer::feed(const QByteArray &bytes, qint64
     while (pos < m_buffer.size()) {
         const int available = m_buffer.size() - pos;
         if (boundary && firmwareAt(pos)) {
+            // A loader message runs up to the next whole frame, or to the end of the read.
+            const int next = m_joining ? nextCheckedFrame(pos + 1) : -1;
+            const int end = next < 0 ? m_buffer.size() : next;
             Item item;
             item.firmware = true;
-            item.bytes = m_buffer.mid(pos);
+            item.bytes = m_buffer.mid(pos, end - pos);
             items << item;
-            pos = m_buffer.size();
-            break;
+            pos = end;
+            continue;
         }
         if (head) {
             head = false;

@@ -20,7 +20,8 @@ public:
     };
 
     struct Item {
-        bool firmware = false; // a boot-loader message: its bytes up to the end of the read
+        bool firmware =
+            false; // a boot-loader message: its bytes up to the next whole frame or the end of the read
         quint8 type = 0;
         QByteArray payload;
         QByteArray bytes; // as received

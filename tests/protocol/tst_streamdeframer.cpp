@@ -66,9 +66,10 @@ private slots:
         QTest::newRow("length past the bound is not waited for")
             << lenient << L{hex("a5a50600ff7f8302") + Identity.left(5), Identity.mid(5)} << T{}
             << QStringList{ident} << 0;
-        QTest::newRow("boot-loader message behind a frame")
-            << lenient << L{Executed + LoaderRequest} << T{}
-            << QStringList{exec, QStringLiteral("fw:") + QString::fromLatin1(LoaderRequest.toHex())} << 0;
+        QTest::newRow("boot-loader message behind a frame, a frame behind that")
+            << lenient << L{Executed + LoaderRequest + Identity} << T{}
+            << QStringList{exec, QStringLiteral("fw:") + QString::fromLatin1(LoaderRequest.toHex()), ident}
+            << 0;
         QTest::newRow("frame, then the head of the next one held")
             << lenient << L{Executed + Identity.left(7), Identity.mid(7)} << T{} << QStringList{exec, ident}
             << 0;

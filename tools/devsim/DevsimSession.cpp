@@ -24,7 +24,6 @@ DevsimSession::DevsimSession(const DevsimOptions &options, SimLink *link, QObjec
     , m_inbound(new InboundLine(options.baud, this))
     , m_statePath(options.statePath)
     , m_dropRequestsEvery(options.dropRequestsEvery)
-    ,
     , m_nonsenseCode(VirtualTracker::writeCode(options.nonsenseSection))
     , m_nonsenseKind(options.nonsenseKind) {
     m_clock.start();
