@@ -51,7 +51,7 @@ const QStringList &valueOptions() {
         QStringLiteral("--timeout"),  QStringLiteral("--output"),        QStringLiteral("-o"),
         QStringLiteral("--template"), QStringLiteral("--overrides"),     QStringLiteral("--flash"),
         QStringLiteral("--ports"),    QStringLiteral("--report"),        QStringLiteral("--wait"),
-        QStringLiteral("--csv")};
+        QStringLiteral("--csv"),      QStringLiteral("--window")};
     return list;
 }
 
@@ -192,6 +192,11 @@ QString CliOptions::parse(const QStringList &argv) {
                 if (!ok || !std::isfinite(seconds) || seconds <= 0 || seconds > 86400)
                     return QStringLiteral("время ожидания %1 не число секунд больше нуля").arg(quoted(value));
                 timeoutMs = qMax(1, int(std::lround(seconds * 1000)));
+            } else if (arg == QLatin1String("--window")) {
+                bool ok = false;
+                window = value.toInt(&ok);
+                if (!ok || window < 1 || window > 255)
+                    return QStringLiteral("окно запросов %1 не число от 1 до 255").arg(quoted(value));
             } else if (arg == QLatin1String("--wait")) {
                 bool ok = false;
                 const double seconds = value.toDouble(&ok);
@@ -425,6 +430,7 @@ QString CliOptions::usage() {
         "  --log ФАЙЛ               журнал обмена с прибором\n"
         "  --timeout С              предельное время команды в секундах\n"
         "                           (для flash - наибольшая пауза прибора, 120 с)\n"
+        "  --window N               запросов на линии одновременно (1 - по одному, ждать ответа)\n"
         "\n"
         "Команды:\n"
         "  ports                    подключенные по USB приборы, по одному в строке\n"

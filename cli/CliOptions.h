@@ -43,6 +43,7 @@ struct CliOptions {
     quint32 newPassword = 0;
     QString logFile;
     int timeoutMs = 0; // 0 = the command's own default
+    int window = 0;    // --window N: requests on the line at once (0: the session's default)
     QString file;      // read/bundle -o FILE, write FILE, fwinfo/flash FILE
     QString csvFile;   // telemetry --csv FILE
     QString decodeHex; // decode: the hex digits of the frame

@@ -119,6 +119,7 @@ void CliSession::connectSession() {
     s.connectTimeoutMs = m_options.deadlineMs();
     s.jobDeadlineMs = m_options.deadlineMs();
     s.jobRounds = 0;
+    s.window = m_options.window;
 
     m_session = new SessionController(m_configuration, this);
     connect(m_session, &SessionController::identified, this, [this] {

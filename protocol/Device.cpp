@@ -163,7 +163,9 @@ void Device::sendNextCommand() {
         if (watched && m_outstanding.size() >= m_window)
             return;
         if (!m_protocol->peekNext()) {
-            if (m_outstanding.isEmpty())
+            // Only an answer ends a round: after a time-out the timer runs on, and the owner's quiet spell
+            // decides when to ask again, so a silent device does not use up a job's rounds at once.
+            if (m_outstanding.isEmpty() && !m_responseTimer->isActive())
                 emit idle();
             return;
         }
@@ -287,6 +289,9 @@ void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
         m_retries = 0;
         if (m_lostPending) {
             m_lostPending = false;
+            // What went out while the device was silent is asked again now that it listens.
+            for (const Request &r : qAsConst(m_outstanding))
+                writeFrame(r.frame);
             emit connectionRestored();
         }
     }
@@ -315,7 +320,14 @@ void Device::onStall() {
     onNonsense();
 }
 
+// One entry per request kind: the polls repeat the same fifteen requests, and they must not push an
+// older request's late answer (identity, a section) out of the list.
 void Device::remember(const Request &request) {
+    for (int i = m_recent.size() - 1; i >= 0; --i) {
+        const Request &r = m_recent.at(i);
+        if (r.code == request.code && r.operation == request.operation && r.parameter == request.parameter)
+            m_recent.removeAt(i);
+    }
     m_recent << request;
     if (m_recent.size() > RecentKept)
         m_recent.removeFirst();

@@ -659,6 +659,7 @@ void SessionController::connectDevice(const Settings &settings) {
     d->device->protocol()->clearQueue();
     if (settings.responseIntervalMs > 0)
         d->device->setResponseInterval(settings.responseIntervalMs);
+    d->device->setWindow(settings.window > 0 ? settings.window : Device::DefaultWindow);
     d->setState(State::Connecting);
     Connection *link = d->createLink();
     if (!link)

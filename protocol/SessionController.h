@@ -47,6 +47,8 @@ public:
         int jobDeadlineMs = 0;    // a job still missing answers then ends (0: no limit)
         // How often a job asks again for what did not come (0: until its deadline).
         int jobRounds = 2;
+        // Requests on the line at once (0: the device's default; 1: each waits for the answer before it).
+        int window = 0;
     };
 
     explicit SessionController(kd::Configuration *configuration, QObject *parent = nullptr);

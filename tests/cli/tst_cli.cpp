@@ -472,10 +472,10 @@ private slots:
             << QStringList{"--silent-every", "1"} << QStringList{"--timeout", "1.5", "info"} << 1
             << "не отвечает|сведения о приборе";
         // Cut short after the identity and the read before it (12 answers), a write names what the device
-        // confirmed, what went out unconfirmed and what never left.
+        // confirmed, what went out unconfirmed and what never left (one request on the line at a time).
         QTest::newRow("write hung up")
-            << QStringList{"--hangup-after", "20"} << QStringList{"write", DataDir + "/write-config.json"}
-            << 1
+            << QStringList{"--hangup-after", "20"}
+            << QStringList{"--window", "1", "write", DataDir + "/write-config.json"} << 1
             << "Прибор был отключен; подтверждено: навигация на стоянке.*; отправлено без подтверждения: .+; "
                "не отправлено: .*сервер 1$";
         QTest::newRow("set-password unanswered")

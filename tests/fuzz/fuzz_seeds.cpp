@@ -96,8 +96,7 @@ int main(int argc, char *argv[]) {
         const proto::Frame::Received r = proto::Frame::check(request);
         const QString name = QStringLiteral("%1").arg(n++, 2, 10, QLatin1Char('0'));
         seed("requests", name, fuzz::chunkRecord(request));
-        seed("decode", name + QStringLiteral("-request"),
-             "1700000000 Command " + request.toHex());
+        seed("decode", name + QStringLiteral("-request"), "1700000000 Command " + request.toHex());
         allRequests += fuzz::chunkRecord(request);
         int a = 0;
         for (const QByteArray &answer : tracker.handle(r.type, r.payload)) {
@@ -114,8 +113,17 @@ int main(int argc, char *argv[]) {
     seed("session", QStringLiteral("all"), allAnswers);
     // One answer in two reads, and two answers in one read.
     const QByteArray first = fuzz::chunks(allAnswers).value(0), second = fuzz::chunks(allAnswers).value(1);
-    seed("session", QStringLiteral("split"), fuzz::chunkRecord(first.left(5)) + fuzz::chunkRecord(first.mid(5)));
+    seed("session", QStringLiteral("split"),
+         fuzz::chunkRecord(first.left(5)) + fuzz::chunkRecord(first.mid(5)));
     seed("session", QStringLiteral("joined"), fuzz::chunkRecord(first + second));
+    // The deframer: whole streams of both directions, a frame behind garbage, an answer cut over three reads.
+    seed("deframer", QStringLiteral("answers"), allAnswers);
+    seed("deframer", QStringLiteral("requests"), allRequests);
+    seed("deframer", QStringLiteral("garbage"),
+         fuzz::chunkRecord(QByteArray::fromHex("0102a5ff") + first + second));
+    seed("deframer", QStringLiteral("three"),
+         fuzz::chunkRecord(first.left(3)) + fuzz::chunkRecord(first.mid(3, 5)) +
+             fuzz::chunkRecord(first.mid(8)));
 
     // The boot loader's messages: its first page request, then confirmations, a damaged page, the end.
     BootLoader::Options options;
@@ -134,6 +142,8 @@ int main(int argc, char *argv[]) {
         return UpdateChannel::encodeMessage(m);
     };
     seed("bootloader", QStringLiteral("start"), fuzz::chunkRecord(loaderTalk));
+    // The loader's first request right behind the device's last answer, in the same read.
+    seed("deframer", QStringLiteral("loader"), fuzz::chunkRecord(first + loaderTalk));
     QByteArray talk = fuzz::chunkRecord(message(UpdateChannel::PageRequested, 0));
     for (quint16 page = 0; page < 4; ++page)
         talk += fuzz::chunkRecord(message(UpdateChannel::PageConfirmed, page) +
@@ -151,15 +161,20 @@ int main(int argc, char *argv[]) {
         seed("firmwarefile", QStringLiteral("pages-%1.bsk").arg(pages), image.build());
     }
 
-    seed("configfile", QStringLiteral("sample.json"), readFile(data + QStringLiteral("/devices/sample-configuration.json")));
-    seed("configfile", QStringLiteral("write-config.json"), readFile(data + QStringLiteral("/cli/write-config.json")));
-    seed("configfile", QStringLiteral("tracker.json"), kd::ConfigurationFile::toJson(*tracker.configuration()));
+    seed("configfile", QStringLiteral("sample.json"),
+         readFile(data + QStringLiteral("/devices/sample-configuration.json")));
+    seed("configfile", QStringLiteral("write-config.json"),
+         readFile(data + QStringLiteral("/cli/write-config.json")));
+    seed("configfile", QStringLiteral("tracker.json"),
+         kd::ConfigurationFile::toJson(*tracker.configuration()));
 
     const QString profiles = root + QStringLiteral("/gsmprofiles/GSMprofileList.json");
     QDir().mkpath(root + QStringLiteral("/gsmprofiles"));
     GsmProfileStore store(profiles);
-    store.add({QStringLiteral("МТС"), QStringLiteral("internet.mts.ru"), QStringLiteral("mts"), QStringLiteral("mts")});
-    store.add({QStringLiteral("Билайн"), QStringLiteral("internet.beeline.ru"), QStringLiteral("beeline"), QString()});
+    store.add({QStringLiteral("МТС"), QStringLiteral("internet.mts.ru"), QStringLiteral("mts"),
+               QStringLiteral("mts")});
+    store.add({QStringLiteral("Билайн"), QStringLiteral("internet.beeline.ru"), QStringLiteral("beeline"),
+               QString()});
     written += QFile::exists(profiles) ? 1 : 0;
 
     seed("updateanswer", QStringLiteral("one"),
