@@ -47,3 +47,8 @@ QString jobReportText(const JobResult &result) {
     return (reading ? QStringLiteral("Не удалось считать: %1") : QStringLiteral("Не удалось записать: %1"))
         .arg(names.join(QStringLiteral(", ")));
 }
+
+QString notWrittenText(const QStringList &names) {
+    return QStringLiteral("Не будут записаны (значения не считаны из прибора и не загружены из файла): ") +
+           names.join(QStringLiteral(", "));
+}

@@ -3,8 +3,12 @@
 #include "protocol/JobResult.h"
 
 #include <QString>
+#include <QStringList>
 
 // The one box after a read or write job that did not come through, naming the sections it missed
 // ("Не удалось считать: навигация, серверы"); empty when there is nothing to say (the job succeeded,
 // or was blocked, cancelled or stopped at the password, which have their own messages).
 QString jobReportText(const JobResult &result);
+
+// The sections a write leaves out because they hold no device values (never read, loaded or created).
+QString notWrittenText(const QStringList &names);

@@ -417,15 +417,28 @@ void MainWindow::writeAll() {
 
 void MainWindow::writeSections(const QStringList &sections) {
     m_pages->storeModified();
-    if (!m_safe->confirm(
-            QStringLiteral("Сохранение конфигурации"),
-            QStringLiteral("Перезаписать все настройки прибора? \nДействие заменит текущие настройки"),
-            sections.isEmpty() ? kd::writeAllSections() : sections))
+    // A section that was never read, loaded or created holds zeros, not the device's values: it stays out.
+    const QStringList all = kd::writeAllSections();
+    QStringList leftOut;
+    const QStringList keys = m_pages->sectionsWithValues(sections.isEmpty() ? all : sections, &leftOut);
+    if (keys.isEmpty()) {
+        m_prompter->warning(this, appTitle(),
+                            QStringLiteral("Нет значений для записи: считайте конфигурацию из прибора или "
+                                           "откройте файл."));
         return;
-    if (sections.size() == 1)
-        m_session->writeSection(sections.constFirst());
-    else
+    }
+    QString question =
+        QStringLiteral("Перезаписать все настройки прибора? \nДействие заменит текущие настройки");
+    if (!leftOut.isEmpty())
+        question += QStringLiteral("\n\n") + notWrittenText(leftOut);
+    if (!m_safe->confirm(QStringLiteral("Сохранение конфигурации"), question, keys))
+        return;
+    if (keys.size() == 1)
+        m_session->writeSection(keys.constFirst());
+    else if (keys == all)
         m_session->writeAll();
+    else
+        m_session->writeSections(keys);
     for (SettingsPageBase *page : m_pages->all())
         page->refresh();
 }

@@ -1,5 +1,9 @@
 #include "app/SettingsPages.h"
 
+#include "Devices/SectionTable.h"
+
+#include <algorithm>
+
 #include "app/Prompter.h"
 #include "pages/SettingsAnalogInPage.h"
 #include "pages/SettingsDiscretInPage.h"
@@ -131,6 +135,21 @@ void SettingsPages::showLoadedValues() {
         page->setHoldsValues(true);
         page->refresh();
     }
+}
+
+QStringList SettingsPages::sectionsWithValues(const QStringList &keys, QStringList *leftOut) const {
+    QStringList with;
+    for (const QString &key : keys) {
+        const QList<SettingsPageBase *> pages = all();
+        const bool empty = std::any_of(pages.begin(), pages.end(), [&key](SettingsPageBase *page) {
+            return page->sectionKey() == key && !page->holdsValues();
+        });
+        if (!empty)
+            with << key;
+        else if (const kd::Section *section = kd::sectionByKey(key))
+            *leftOut << section->displayName;
+    }
+    return with;
 }
 
 void SettingsPages::setHoldValues(bool hold) {

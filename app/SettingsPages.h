@@ -43,6 +43,9 @@ public:
     // After a file was opened or a new configuration created: every page shows values again.
     void showLoadedValues();
     void setHoldValues(bool hold);
+    // Of `keys`, the sections whose pages all hold values (read, loaded or created); the others, by
+    // their Russian names, into `leftOut`.
+    QStringList sectionsWithValues(const QStringList &keys, QStringList *leftOut) const;
 
 signals:
     // A page's modified or has-values mark changed, or another tab was shown.

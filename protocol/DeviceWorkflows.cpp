@@ -1,5 +1,7 @@
 #include "protocol/DeviceWorkflows.h"
 
+#include "Devices/SectionTable.h"
+
 #include "protocol/Device.h"
 #include "protocol/UNPProtocol.h"
 
@@ -58,6 +60,15 @@ void DeviceWorkflows::writeAll() {
     writeEach<kd::AgcConfiguration>(kd::keys::Agc, [p](int i) { p->writeAnalogInput(i); });
     writeEach<kd::LogicConfiguration>(kd::keys::Logic, [p](int i) { p->writeLogicInput(i); });
     writeEach<kd::ServerConfiguration>(kd::keys::Server, [p](int i) { p->writeServer(i); });
+    start();
+}
+
+void DeviceWorkflows::writeSections(const QStringList &keys) {
+    protocol()->clearQueue();
+    for (const kd::Section *section : kd::writeOrder()) {
+        if (keys.contains(QLatin1String(section->key)))
+            protocol()->writeSection(section->key);
+    }
     start();
 }
 

@@ -728,6 +728,13 @@ bool SessionController::writeAll() {
     return d->startJob(JobResult::Kind::WriteAll, false, [](DeviceWorkflows &w) { w.writeAll(); });
 }
 
+bool SessionController::writeSections(const QStringList &keys) {
+    if (!d->canStart(false))
+        return false;
+    return d->startJob(JobResult::Kind::WriteAll, false,
+                       [keys](DeviceWorkflows &w) { w.writeSections(keys); });
+}
+
 bool SessionController::writeSection(const QString &key) {
     using namespace kd::keys;
     static const QHash<QString, void (DeviceWorkflows::*)()> writes{

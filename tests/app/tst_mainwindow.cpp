@@ -620,6 +620,16 @@ void tst_MainWindow::virtualTracker() {
     QTRY_VERIFY_WITH_TIMEOUT(w.session()->state() != State::Busy, 15000);
     if (message != QLatin1String("*")) {
         QCOMPARE(warnings(), QStringList{message});
+        if (flow != QLatin1String("silent-section"))
+            return;
+        // Write all leaves out the section that did not come and says so: its zeros never reach the device.
+        m_prompter->answers = {true};
+        w.writeAll();
+        QVERIFY(m_prompter->calls.last().text.contains(QStringLiteral(
+            "Не будут записаны (значения не считаны из прибора и не загружены из файла): навигация")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_serial->count(QByteArray::fromHex("0801")) == 1, 5000); // the fuel block
+        QCOMPARE(m_serial->count(QByteArray::fromHex("0302")) + m_serial->count(QByteArray::fromHex("0303")),
+                 0);
         return;
     }
     // Hung up: the user hears of the link, then in one box of what was not read.
@@ -643,6 +653,10 @@ void tst_MainWindow::confirmation_data() {
     QTest::newRow("read all, no") << true << false << read;
     QTest::newRow("write all, no") << false << false << write;
     QTest::newRow("write all, yes") << false << true << write;
+    QTest::newRow("write all, nothing read: nothing to write")
+        << false << true
+        << "warning|Tavrel_micro_cfg|Нет значений для записи: считайте конфигурацию из прибора или откройте "
+           "файл.";
 }
 
 void tst_MainWindow::confirmation() {
@@ -653,10 +667,13 @@ void tst_MainWindow::confirmation() {
     QVERIFY(w);
     m_link->written.clear();
     m_prompter->answers = {yes};
+    const bool loaded = !said.startsWith(QLatin1String("warning"));
+    for (SettingsPageBase *page : w->settingsPages())
+        page->setHoldsValues(loaded);
     read ? w->readAll() : w->writeAll();
     QCOMPARE(m_prompter->texts(), QStringList{said});
     QTest::qWait(20);
-    if (!yes) {
+    if (!yes || !loaded) {
         QVERIFY(m_link->written.isEmpty());
         QCOMPARE(w->session()->state(), SessionController::State::Ready);
         return;
