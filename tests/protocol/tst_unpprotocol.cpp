@@ -17,6 +17,12 @@ Q_DECLARE_METATYPE(Op)
         __VA_ARGS__                                                                                          \
     }
 
+static kd::Configuration *oneSimGsm(QObject *owner) {
+    auto *cfg = new kd::Configuration(owner);
+    cfg->registerItem(QLatin1String(kd::keys::Gsm), new kd::GSMConfiguration(1, cfg));
+    return cfg;
+}
+
 class tst_UNPProtocol : public QObject {
     Q_OBJECT
 private slots:
@@ -76,13 +82,27 @@ private slots:
         ROW("setOutput(1, 2)", setOutput(1, 2), "a5a5060006000e01020001000d01");
         ROW("writeOutputParameters: caller's head, command packet", writeOutputParameters(0x0E, 0x05),
             "a5a5070008000e050000+4");
+        // Writes of a section that is not there, or of an element beyond the section's, send nothing.
+        ROW("writeNavigation, no sections", setConfiguration(nullptr); p.writeNavigation());
+        ROW("writeGsm, no sections", setConfiguration(nullptr); p.writeGsm());
+        ROW("writeFuel, no sections", setConfiguration(nullptr); p.writeFuel());
+        ROW("writeSystem, no sections", setConfiguration(nullptr); p.writeSystem());
+        ROW("writeAnalogInput, no sections", setConfiguration(nullptr); p.writeAnalogInput(0));
+        ROW("setOutputs, no sections", setConfiguration(nullptr); p.setOutputs());
+        ROW("writeAnalogInput(3) of three", writeAnalogInput(3));
+        ROW("writeAnalogInput(-1)", writeAnalogInput(-1));
+        ROW("writeLogicInput(2) of two", writeLogicInput(2));
+        ROW("writeServer(1) of one", writeServer(1));
+        ROW("writeGsm, one SIM: its two blocks, no empty ones for the second",
+            setConfiguration(oneSimGsm(&p));
+            p.writeGsm(), "a5a50600640004030000+96", "a5a50600160004040000+18");
     }
 
     void requestFrames() {
         QFETCH(Op, op);
         QFETCH(QStringList, frames);
         QObject owner;
-        UNPProtocol protocol(makeConfiguration(&owner));
+        UNPProtocol protocol(makeConfiguration(&owner, 3, 2, 1));
         op(protocol);
         QCOMPARE(protocol.queueSize(), frames.size());
         for (int i = 0; i < frames.size(); ++i) {
@@ -115,32 +135,6 @@ private slots:
         QCOMPARE(body(1).toHex(), QByteArray("0209000001000101"));
         QCOMPARE(body(2), out->encodeParameters(0x0E, 0x05));
         QCOMPARE(body(3), section<kd::ServerConfiguration>(cfg, kd::keys::Server)->encode(0));
-    }
-
-    void writesWithoutSectionOrElementSendNothing() {
-        UNPProtocol bare;
-        bare.writeNavigation();
-        bare.writeGsm();
-        bare.writeFuel();
-        bare.writeSystem();
-        bare.writeAnalogInput(0);
-        bare.setOutputs();
-        QCOMPARE(bare.queueSize(), 0);
-
-        QObject owner;
-        UNPProtocol protocol(makeConfiguration(&owner, 3, 2, 1));
-        protocol.writeAnalogInput(3);
-        protocol.writeAnalogInput(-1);
-        protocol.writeLogicInput(2);
-        protocol.writeServer(1);
-        QCOMPARE(protocol.queueSize(), 0);
-        // A GSM section with one SIM writes that SIM's two blocks and no empty packets for the second.
-        auto *oneSim = new kd::Configuration(&owner);
-        oneSim->registerItem(QLatin1String(kd::keys::Gsm), new kd::GSMConfiguration(1, oneSim));
-        protocol.setConfiguration(oneSim);
-        protocol.writeGsm();
-        QCOMPARE(protocol.queueSize(), 2);
-        QCOMPARE(protocol.queue().at(1).mid(proto::Frame::PayloadOffset, 3).toHex(), QByteArray("040400"));
     }
 
     void queueOperations() {
