@@ -1,4 +1,5 @@
 #include "Devices/ConfigurationFile.h"
+#include "Devices/WriteErrorText.h"
 
 #include "Devices/VantorConfiguration.h"
 
@@ -155,13 +156,13 @@ ConfigurationFile::SaveResult ConfigurationFile::save(const QString &path, const
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         r.status = SaveResult::CannotOpen;
-        r.errorString = file.errorString();
+        r.errorString = writeErrorText(path, file.errorString());
         return r;
     }
     const QByteArray text = toJson(cfg);
     if (file.write(text) != text.size() || !file.commit()) {
         r.status = SaveResult::WriteFailed;
-        r.errorString = file.errorString();
+        r.errorString = writeErrorText(path, file.errorString());
     }
     return r;
 }

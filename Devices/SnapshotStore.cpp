@@ -1,4 +1,5 @@
 #include "Devices/SnapshotStore.h"
+#include "Devices/WriteErrorText.h"
 
 #include <QDir>
 #include <QFile>
@@ -61,7 +62,7 @@ QString SnapshotStore::save(Snapshot &snapshot, QString *error) const {
     const QByteArray data = snapshot.toJson();
     if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
         if (error)
-            *error = file.errorString();
+            *error = writeErrorText(path, file.errorString());
         return {};
     }
     snapshot.filePath = path;

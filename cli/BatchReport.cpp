@@ -1,4 +1,5 @@
 #include "cli/BatchReport.h"
+#include "Devices/WriteErrorText.h"
 
 #include <QSaveFile>
 
@@ -64,6 +65,7 @@ bool BatchReport::save(const QString &path, const QVector<BatchRow> &rows, QStri
         if (file.commit())
             return true;
     }
-    *error = QStringLiteral("не удалось записать отчет %1: %2").arg(path, file.errorString());
+    *error =
+        QStringLiteral("не удалось записать отчет: %1").arg(kd::writeErrorText(path, file.errorString()));
     return false;
 }

@@ -1,4 +1,5 @@
 #include "support/SupportBundle.h"
+#include "Devices/WriteErrorText.h"
 
 #include "support/TelemetryReport.h"
 
@@ -112,7 +113,7 @@ bool SupportBundle::write(const QString &path, const QVector<Member> &members, Q
     KZip zip(path);
     if (!zip.open(QIODevice::WriteOnly)) {
         if (error)
-            *error = zip.errorString();
+            *error = kd::writeErrorText(path, zip.errorString());
         return false;
     }
     for (const Member &m : members) {

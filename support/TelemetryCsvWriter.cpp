@@ -1,4 +1,5 @@
 #include "support/TelemetryCsvWriter.h"
+#include "Devices/WriteErrorText.h"
 
 #include "support/TelemetrySeries.h"
 
@@ -60,7 +61,7 @@ bool TelemetryCsvWriter::open(const QString &path, QString *error) {
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate) || !writeLine(titleLine()) ||
         !writeLine(keyLine())) {
         if (error)
-            *error = m_file.errorString();
+            *error = kd::writeErrorText(path, m_file.errorString());
         m_file.close();
         m_file.remove();
         return false;

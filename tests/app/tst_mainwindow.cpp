@@ -120,12 +120,18 @@ public:
     QList<Call> calls;
 };
 
-// A serial link that keeps every frame the window writes, for counting what went to the device.
+// A serial link that keeps every frame the window writes (several requests may go out in one write),
+// for counting what went to the device.
 class RecordingSerial : public SerialConnection {
 public:
     using SerialConnection::SerialConnection;
     qint64 write(const QByteArray &bytes) override {
-        written.append(bytes);
+        for (int at = 0; at + proto::Frame::Overhead <= bytes.size();) {
+            const int size = proto::Frame::Overhead + quint8(bytes.at(at + proto::Frame::LengthOffset)) +
+                             256 * quint8(bytes.at(at + proto::Frame::LengthOffset + 1));
+            written.append(bytes.mid(at, size));
+            at += size;
+        }
         return SerialConnection::write(bytes);
     }
     int count(const QByteArray &head) const {
@@ -627,7 +633,7 @@ void tst_MainWindow::virtualTracker() {
         w.writeAll();
         QVERIFY(m_prompter->calls.last().text.contains(QStringLiteral(
             "Не будут записаны (значения не считаны из прибора и не загружены из файла): навигация")));
-        QTRY_VERIFY_WITH_TIMEOUT(m_serial->count(QByteArray::fromHex("0801")) == 1, 5000); // the fuel block
+        QTRY_VERIFY_WITH_TIMEOUT(m_serial->count(QByteArray::fromHex("0801")) > 0, 5000); // the fuel block
         QCOMPARE(m_serial->count(QByteArray::fromHex("0302")) + m_serial->count(QByteArray::fromHex("0303")),
                  0);
         return;

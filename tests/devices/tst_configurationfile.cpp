@@ -54,13 +54,30 @@ private slots:
         QCOMPARE(left, (QStringList{"out.json", "out.json.XyZabc", "out.json.backup", "out.json.bak"}));
     }
 
-    void save_intoAMissingFolderCannotOpen() {
+    // A save that cannot start says why in the user's words, naming the place.
+    void save_cannotOpenSaysWhy_data() {
+        QTest::addColumn<QString>("target"); // under the temporary folder
+        QTest::addColumn<QString>("reason"); // %1: the temporary folder
+        QTest::newRow("missing folder") << "no/such/out.json"
+                                        << "папка %1/no/such не существует";
+        QTest::newRow("a folder as the file") << "sub"
+                                              << "%1/sub это папка, а не файл";
+        QTest::newRow("a file as the folder") << "plain/out.json"
+                                              << "%1/plain не папка";
+    }
+
+    void save_cannotOpenSaysWhy() {
+        QFETCH(QString, target);
+        QFETCH(QString, reason);
         QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("sub"));
+        QFile plain(dir.filePath("plain"));
+        QVERIFY(plain.open(QIODevice::WriteOnly));
+        plain.close();
         VantorConfiguration cfg;
-        const ConfigurationFile::SaveResult r =
-            ConfigurationFile::save(dir.filePath("no/such/dir/out.json"), cfg);
+        const ConfigurationFile::SaveResult r = ConfigurationFile::save(dir.filePath(target), cfg);
         QCOMPARE(r.status, ConfigurationFile::SaveResult::CannotOpen);
-        QVERIFY(!r.errorString.isEmpty());
+        QCOMPARE(r.errorString, reason.arg(dir.path()));
     }
 
     void load_goldenFileRestoresAllButTheDeliberateLosses() {
