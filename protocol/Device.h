@@ -47,8 +47,6 @@ public:
     // Takes ownership of `link` (null drops the current one); the previous link is closed and deleted later.
     void setLink(Connection *link);
     Connection *link() const;
-    proto::UNPProtocol *protocol() const;
-    UNPParcer *parser() const;
     kd::Configuration *configuration() const;
     void setConfiguration(kd::Configuration *configuration);
 
@@ -117,6 +115,15 @@ signals:
     void linkChanged(Connection *link);
 
 private:
+    // The queue and the parser stay inside the protocol layer: the workflows fill the queue, the session
+    // controller reads the parser; the layers above talk to the controller. Tests look in through
+    // DeviceProbe.
+    friend class DeviceWorkflows;
+    friend class SessionController;
+    friend struct DeviceProbe;
+    proto::UNPProtocol *protocol() const;
+    UNPParcer *parser() const;
+
     struct Request {
         QByteArray frame;
         quint8 code = 0;

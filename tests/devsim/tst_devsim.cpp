@@ -1,4 +1,5 @@
 // Runs the real tavrel-devsim over a pseudo-terminal and talks to it through the protocol library.
+#include "tests/support/DeviceProbe.h"
 #include "tests/support/DevsimProcess.h"
 
 #include "Devices/DeviceInfoConfiguration.h"
@@ -32,7 +33,7 @@ struct Session {
     QList<QByteArray> answers; // payloads, in order
     QSet<int> sections;
     bool opened = false;
-    QSignalSpy identified{device.parser(), &UNPParcer::DeviceInfoAcquired};
+    QSignalSpy identified{DeviceProbe::parser(device), &UNPParcer::DeviceInfoAcquired};
 
     explicit Session(const QString &path)
         : link(new SerialConnection(path)) {
@@ -40,7 +41,7 @@ struct Session {
         device.setLink(link);
         QObject::connect(&device, &Device::answerAccepted,
                          [this](quint8, const QByteArray &p) { answers.append(p); });
-        QObject::connect(device.parser(), &UNPParcer::ConfigPackageDetected,
+        QObject::connect(DeviceProbe::parser(device), &UNPParcer::ConfigPackageDetected,
                          [this](int code) { sections.insert(code); });
         opened = link->open();
     }
@@ -161,7 +162,7 @@ void tst_Devsim::firmwareUpdateHandsTheLineToTheBootLoader() {
         else if (m.kind == PageConfirmed)
             confirmedLast = m.page;
     });
-    QSignalSpy entered(s.device.parser(), &UNPParcer::OnFirmwareUpdateEnter);
+    QSignalSpy entered(DeviceProbe::parser(s.device), &UNPParcer::OnFirmwareUpdateEnter);
     s.workflows.enterFirmwareUpdate();
     QTRY_COMPARE_WITH_TIMEOUT(entered.count(), 1, 5000);
     QTRY_VERIFY_WITH_TIMEOUT(!messages.isEmpty(), 5000);

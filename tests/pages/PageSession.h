@@ -6,6 +6,7 @@
 #include "protocol/DeviceWorkflows.h"
 #include "protocol/Frame.h"
 #include "protocol/UNPProtocol.h"
+#include "tests/support/DeviceProbe.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -28,7 +29,7 @@ struct PageSession {
     // "type:payload-hex" for every queued frame, in queue order.
     QStringList queued() const {
         QStringList out;
-        for (const QByteArray &frame : device.protocol()->queue()) {
+        for (const QByteArray &frame : DeviceProbe::protocol(device)->queue()) {
             const QByteArray payload =
                 frame.mid(proto::Frame::PayloadOffset, frame.size() - proto::Frame::Overhead);
             out << QString::number(quint8(frame.at(proto::Frame::TypeOffset))) + QLatin1Char(':') +
@@ -37,7 +38,7 @@ struct PageSession {
         return out;
     }
 
-    void clearQueue() { device.protocol()->clearQueue(); }
+    void clearQueue() { DeviceProbe::protocol(device)->clearQueue(); }
 };
 
 // Answers the page's questions without a modal loop and remembers them.

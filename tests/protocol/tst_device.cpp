@@ -1,3 +1,4 @@
+#include "tests/support/DeviceProbe.h"
 #include "tests/support/FakeLink.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/SectionsFixture.h"
@@ -36,7 +37,7 @@ struct Session {
         device->setWindow(1); // one request until its answer unless a test widens it
         device->setLink(link);
     }
-    proto::UNPProtocol *protocol() const { return device->protocol(); }
+    proto::UNPProtocol *protocol() const { return DeviceProbe::protocol(*device); }
     void queueThree() const {
         protocol()->readSystem();
         protocol()->readFuel();

@@ -1,3 +1,4 @@
+#include "tests/support/DeviceProbe.h"
 #include "tests/support/FakeLink.h"
 #include "tests/support/SectionsFixture.h"
 
@@ -37,7 +38,7 @@ struct Bench {
     // Frames in the order they would reach the device: the ones already written, then the queue.
     QStringList heads() const {
         QStringList out;
-        for (const QByteArray &f : link->written + device->protocol()->queue())
+        for (const QByteArray &f : link->written + DeviceProbe::protocol(*device)->queue())
             out << headOf(f);
         return out;
     }
@@ -106,8 +107,8 @@ private slots:
 
     void readAllAndWriteAllDropWhatWaits() {
         Bench b;
-        b.device->protocol()->readTelemetryClock();
-        b.device->protocol()->readTelemetrySim();
+        DeviceProbe::protocol(*b.device)->readTelemetryClock();
+        DeviceProbe::protocol(*b.device)->readTelemetrySim();
         b.flows->readAll();
         QCOMPARE(b.heads().size(), 10);
         QCOMPARE(b.heads().first(), QStringLiteral("6:910100"));
@@ -124,11 +125,11 @@ private slots:
         QCOMPARE(b.flows->pollTelemetry(), 15);
         for (int i = 0; i < 100; ++i)
             QCOMPARE(b.flows->pollTelemetry(), 0);
-        QCOMPARE(b.device->protocol()->queueSize(), 15);
+        QCOMPARE(DeviceProbe::protocol(*b.device)->queueSize(), 15);
         // Once a request has gone out it may be asked for again.
-        b.device->protocol()->dropFirst();
+        DeviceProbe::protocol(*b.device)->dropFirst();
         QCOMPARE(b.flows->pollTelemetry(), 1);
-        QCOMPARE(b.device->protocol()->queue().last(), proto::UNPProtocol::telemetryFrame(0x0A));
+        QCOMPARE(DeviceProbe::protocol(*b.device)->queue().last(), proto::UNPProtocol::telemetryFrame(0x0A));
     }
 
     void workflowsFillTheWindow() {
