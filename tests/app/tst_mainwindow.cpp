@@ -224,7 +224,6 @@ private slots:
     void deviceCommands_followTheConnection();
     void startUp_data();
     void startUp();
-    void connected_identifiesDeviceAndReconnectIdentifiesAgain();
     void linkError_data();
     void linkError();
     void silentDevice_data();
@@ -239,8 +238,7 @@ private slots:
     void programUpdateCheck_data();
     void programUpdateCheck();
     void firmwareUpdate_entersLoaderAndComesBack();
-    void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data();
-    void virtualDevice_pageShowsReadValueAndKeepsAppliedEdit();
+    void virtualDevice_pagesShowReadValuesAndKeepAppliedEdits();
     void virtualDevice_fileRoundTripPreviewSnapshotAndVerify();
     void leavingModifiedPage_data();
     void leavingModifiedPage();
@@ -374,10 +372,16 @@ void tst_MainWindow::deviceCommands_followTheConnection() {
     QVERIFY(!outputs());
     QCOMPARE(w->connectionStateButton()->text(), NoDevice);
 
-    // Connected, reading is on, but a page holds no device values to apply until something is read; the
-    // outputs entry follows what the device reports.
-    w = identified();
+    // Identified (the first request is the device information, kind 1), reading is on, but a page holds
+    // no device values to apply until something is read; the outputs entry follows what the device
+    // reports. Reconnecting identifies the device again on a new link.
+    w = identified(false);
     QVERIFY(w);
+    QVERIFY(w->isIdentified() && w->telemetryTimer()->isActive());
+    QVERIFY(w->connectionTypeButton()->property("connected").toBool());
+    QCOMPARE(w->statePage()->valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
+    QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
+    w->telemetryTimer()->stop();
     w->show();
     w->showPage(MainWindow::SystemPage);
     QVERIFY(enabled(*w, "readButton") && !enabled(*w, "applyButton"));
@@ -385,6 +389,13 @@ void tst_MainWindow::deviceCommands_followTheConnection() {
     QVERIFY(outputs());
     m_link->deliverPayload(proto::ConfigPacketType, QByteArray::fromHex("8e010000"));
     QVERIFY(!outputs());
+
+    QPointer<FakeLink> old = m_link;
+    w->findChild<QAction *>(QStringLiteral("action_Reconnect"))->trigger();
+    QTRY_VERIFY(m_link && m_link != old);
+    QTRY_VERIFY(old.isNull() || !old->isOpen());
+    QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
+    QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
 }
 
 void tst_MainWindow::startUp_data() {
@@ -415,24 +426,6 @@ void tst_MainWindow::startUp() {
     QCOMPARE(visible, shown);
     for (QWidget *w : QApplication::topLevelWidgets())
         QVERIFY(shown || !qobject_cast<MainWindow *>(w));
-}
-
-void tst_MainWindow::connected_identifiesDeviceAndReconnectIdentifiesAgain() {
-    auto w = makeWindow();
-    QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
-    QVERIFY(w->isIdentified());
-    QVERIFY(w->telemetryTimer()->isActive());
-    QVERIFY(w->connectionTypeButton()->property("connected").toBool());
-    QCOMPARE(w->statePage()->valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
-    QPointer<FakeLink> old = m_link;
-    // The first request is the device information, kind 1.
-    QCOMPARE(old->written.first().mid(6, 2).toHex(), QByteArray("8101"));
-
-    w->findChild<QAction *>(QStringLiteral("action_Reconnect"))->trigger();
-    QTRY_VERIFY(m_link && m_link != old);
-    QTRY_VERIFY(old.isNull() || !old->isOpen());
-    QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
-    QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
 }
 
 // A link error: the user's text, and whether the window lets the device go.
@@ -821,71 +814,54 @@ void tst_MainWindow::firmwareUpdate_entersLoaderAndComesBack() {
     QVERIFY(page->progressLines().contains(QStringLiteral("Обновление завершено.")));
 }
 
-// Rows shared by the page tests: the page, the tab on the data-transfer row (-1: none), the field and
-// the value the test puts in it.
-static void fieldColumns() {
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("tab");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("value");
-}
-
-void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit_data() {
-    fieldColumns();
-    QTest::addColumn<QString>("deviceValue");
-    auto row = [](const char *name, int row, int tab, const char *field, const char *deviceValue,
-                  const char *edited) {
-        QTest::newRow(name) << row << tab << QString::fromUtf8(field) << QString::fromUtf8(edited)
-                            << QString::fromUtf8(deviceValue);
+// As a user would: read everything from the virtual tracker, edit one field of each kind, each on its page
+// written with the apply button, forget the configuration and read it all again. Every field of every page
+// is the section pages' table's, every section's way to the tracker and back the command-line tool's.
+void tst_MainWindow::virtualDevice_pagesShowReadValuesAndKeepAppliedEdits() {
+    struct Edit {
+        int row, tab; // tab: on the data-transfer row, else -1
+        const char *field, *deviceValue, *edited;
     };
-    row("system parking time", MainWindow::SystemPage, -1, "label:Время до перехода в режим стоянки:", "5",
-        "42");
-    row("server address", MainWindow::DataTransferPage, 0, "label:Адрес сервера:", "gps.tavrel.ru",
-        "probe.example.org");
-    row("analog channel 3 in use", MainWindow::AnalogPage, -1, "check:2", "0", "1");
-    row("logic input function", MainWindow::LogicPage, -1, "label:Функция входа 1:", "Логический",
-        "Частотомер");
-    row("fuel tank averaging", MainWindow::FuelPage, -1, "label:Бак 1:", "10", "777");
-    row("output 1 state", MainWindow::OutputsPage, -1, "check:0", "0", "1");
-}
-
-// As a user would: read everything from the virtual tracker, edit one field, write the page with the
-// apply button, forget the configuration and read it all again. One row per kind of field; every field of
-// every page is the section pages' table's, every section's way to the tracker and back the command-line
-// tool's.
-void tst_MainWindow::virtualDevice_pageShowsReadValueAndKeepsAppliedEdit() {
-    QFETCH(int, row);
-    QFETCH(int, tab);
-    QFETCH(QString, field);
-    QFETCH(QString, value);
+    const Edit edits[] = {
+        {MainWindow::SystemPage, -1, "label:Время до перехода в режим стоянки:", "5", "42"},
+        {MainWindow::DataTransferPage, 0, "label:Адрес сервера:", "gps.tavrel.ru", "probe.example.org"},
+        {MainWindow::AnalogPage, -1, "check:2", "0", "1"},
+        {MainWindow::LogicPage, -1, "label:Функция входа 1:", "Логический", "Частотомер"},
+        {MainWindow::FuelPage, -1, "label:Бак 1:", "10", "777"},
+        {MainWindow::OutputsPage, -1, "check:0", "0", "1"},
+    };
     DevsimProcess sim;
     auto tracker = onTracker(sim, {});
     QVERIFY(tracker);
     MainWindow &w = *tracker;
     QVERIFY(readEverything(w));
-    QWidget *input = shownField(&w, row, tab, field);
-    QVERIFY2(input, qPrintable(field));
-    QTEST(fieldValue(input), "deviceValue");
-    QVERIFY(!w.settingsPage(row)->isModified());
+    for (const Edit &e : edits) {
+        QWidget *input = shownField(&w, e.row, e.tab, QString::fromUtf8(e.field));
+        QVERIFY2(input, e.field);
+        QCOMPARE(fieldValue(input), QString::fromUtf8(e.deviceValue));
+        QVERIFY(!w.settingsPage(e.row)->isModified());
+        setFieldValue(input, QString::fromUtf8(e.edited));
+        QVERIFY2(w.settingsPage(e.row)->isModified(), e.field);
+        m_prompter->answers = {true};
+        w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
+        QVERIFY(!w.settingsPage(e.row)->isModified());
+        QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);
+    }
 
-    setFieldValue(input, value);
-    QCOMPARE(fieldValue(input), value);
-    QVERIFY(w.settingsPage(row)->isModified());
-    m_prompter->answers = {true};
-    w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
-    QVERIFY(!w.settingsPage(row)->isModified());
-    QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);
-
-    // Forget what the window holds, so that only the device can bring the edit back.
+    // Forget what the window holds, so that only the device can bring the edits back.
     m_prompter->answers = {true};
     w.on_action_CreateNewCfg_triggered();
-    QVERIFY(fieldValue(pageField(w.settingsPage(row), field)) != value);
+    for (const Edit &e : edits)
+        QVERIFY2(fieldValue(pageField(w.settingsPage(e.row), QString::fromUtf8(e.field))) != e.edited,
+                 e.field);
 
     QVERIFY(readEverything(w));
-    input = shownField(&w, row, tab, field);
-    QVERIFY(input);
-    QCOMPARE(fieldValue(input), value);
-    QVERIFY(!w.settingsPage(row)->isModified());
+    for (const Edit &e : edits) {
+        QWidget *input = shownField(&w, e.row, e.tab, QString::fromUtf8(e.field));
+        QVERIFY(input);
+        QCOMPARE(fieldValue(input), QString::fromUtf8(e.edited));
+        QVERIFY(!w.settingsPage(e.row)->isModified());
+    }
     QVERIFY2(m_prompter->of(QStringLiteral("warning")).isEmpty(), qPrintable(m_prompter->texts().join('|')));
 }
 
@@ -939,7 +915,10 @@ void tst_MainWindow::virtualDevice_fileRoundTripPreviewSnapshotAndVerify() {
 // data-transfer row for the other tab, by reading all or by closing: Yes writes the page's own section
 // (before anything else), No drops the edit, Отмена stays with it.
 void tst_MainWindow::leavingModifiedPage_data() {
-    fieldColumns();
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("tab"); // on the data-transfer row, else -1
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("value");
     QTest::addColumn<bool>("yes");
     QTest::addColumn<QStringList>("heads"); // the write requests that follow the answer
     QTest::addColumn<QString>("leave"); // "page": another entry or tab; "read": read all; "close"; "cancel"
