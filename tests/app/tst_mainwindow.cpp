@@ -203,9 +203,6 @@ bool enabled(MainWindow &w, const char *button) {
     return w.findChild<QPushButton *>(QLatin1String(button))->isEnabled();
 }
 
-const char *const ReadSections[] = {"SystemConfiguration", "NavConfiguration", "GSMConfiguration",
-                                    "ServerConfiguration", "agcConfiguration", "LogicConfiguration",
-                                    "FuelConfiguration",   "OutConfiguration"};
 const QString Connected = QStringLiteral("Подключен прибор: Fake tracker");
 const QString NoDevice = QStringLiteral("Нет подключенных приборов");
 const QString Tracker = QStringLiteral("Подключен прибор: Vantor micro");
@@ -339,16 +336,11 @@ std::unique_ptr<MainWindow> tst_MainWindow::onTracker(DevsimProcess &sim, const 
 }
 
 bool tst_MainWindow::readEverything(MainWindow &w) {
+    QSignalSpy complete(w.configuration(), &kd::Configuration::configComplete);
     m_prompter->answers = {true};
     w.readAll();
     return QTest::qWaitFor(
-        [&] {
-            for (const char *key : ReadSections) {
-                if (!w.configuration()->isFilled(QLatin1String(key)))
-                    return false;
-            }
-            return w.session()->state() == SessionController::State::Ready;
-        },
+        [&] { return !complete.isEmpty() && w.session()->state() == SessionController::State::Ready; },
         10000);
 }
 
@@ -465,10 +457,7 @@ void tst_MainWindow::linkError() {
                 port.hasVendorIdentifier = port.hasProductIdentifier = true;
                 port.vendorIdentifier = SerialConnection::VendorIdentifier;
                 port.productIdentifier = SerialConnection::ProductIdentifier;
-                port.portName = QStringLiteral("ttyACM0");
-                SerialPortDescription other = port;
-                other.portName = QStringLiteral("ttyACM1");
-                return QList<SerialPortDescription>{port, other};
+                return QList<SerialPortDescription>{port, port};
             });
             return serial;
         };

@@ -26,14 +26,14 @@ class tst_SettingsStatePage : public QObject {
 private slots:
     void telemetry_data();
     void telemetry();
-    void identity_showsDeviceInformation();
     void clear_putsDashesBack();
     void inactiveIcon_standsOutOnEitherBackground_data();
     void inactiveIcon_standsOutOnEitherBackground();
 };
 
 // The texts themselves are TelemetryText's; these rows check that each record lands in its own label
-// (second SIM, second receiver, second server) with its icon, and the fields only the page formats.
+// (second SIM, second receiver, second server) with its icon, and the fields only the page formats, the
+// device's identity included.
 void tst_SettingsStatePage::telemetry_data() {
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QString>("field");
@@ -123,6 +123,17 @@ void tst_SettingsStatePage::telemetry_data() {
     const QByteArray fuels = answer(kd::telemetry::FuelSensors, {fuel.toBytes()});
     row("fuel sensor online", fuels, "fuel1", "3247");
     row("fuel sensor silent", fuels, "fuel0", "-");
+
+    kd::DeviceInfoConfiguration info;
+    info.setName(QStringLiteral("Vantor micro"));
+    info.setIMEI(QStringLiteral("863071014478127"));
+    info.setDeviceGroup(1);
+    info.setDeviceType(3);
+    info.setDeviceMod(2);
+    row("device name", info.encodeAnswer(kd::DeviceInfoConfiguration::KindText), "deviceName",
+        "Vantor micro");
+    row("imei", info.encodeAnswer(kd::DeviceInfoConfiguration::KindIdentity), "imei", "863071014478127");
+    row("hardware", info.encodeAnswer(kd::DeviceInfoConfiguration::KindIdentity), "hardware", "1 / 3 / 2");
 }
 
 void tst_SettingsStatePage::telemetry() {
@@ -132,26 +143,17 @@ void tst_SettingsStatePage::telemetry() {
     QFETCH(QString, icon);
     VantorConfiguration cfg;
     SettingsStatePage page(&cfg);
-    QVERIFY(cfg.controlInfo()->decode(payload));
-    page.updateTelemetry(quint8(payload[1]) & 0x7F);
+    if (quint8(payload[0]) == 0x81) { // the device's identity
+        cfg.deviceInfo()->decode(payload);
+        page.showIdentity();
+    } else {
+        QVERIFY(cfg.controlInfo()->decode(payload));
+        page.updateTelemetry(quint8(payload[1]) & 0x7F);
+    }
     QVERIFY2(page.valueLabel(field), qPrintable(field));
     QCOMPARE(page.valueText(field), text);
     if (!icon.isEmpty())
         QCOMPARE(page.iconResource(icon.section('=', 0, 0)), icon.section('=', 1));
-}
-
-void tst_SettingsStatePage::identity_showsDeviceInformation() {
-    VantorConfiguration cfg;
-    SettingsStatePage page(&cfg);
-    cfg.deviceInfo()->setName(QStringLiteral("Vantor micro"));
-    cfg.deviceInfo()->setIMEI(QStringLiteral("863071014478127"));
-    cfg.deviceInfo()->setDeviceGroup(1);
-    cfg.deviceInfo()->setDeviceType(3);
-    cfg.deviceInfo()->setDeviceMod(2);
-    page.showIdentity();
-    QCOMPARE(page.valueText(QStringLiteral("deviceName")), QStringLiteral("Vantor micro"));
-    QCOMPARE(page.valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
-    QCOMPARE(page.valueText(QStringLiteral("hardware")), QStringLiteral("1 / 3 / 2"));
 }
 
 void tst_SettingsStatePage::clear_putsDashesBack() {
