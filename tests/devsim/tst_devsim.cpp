@@ -1,7 +1,4 @@
 // Runs the real tavrel-devsim over a pseudo-terminal and talks to it through the protocol library.
-#include "tests/support/DeviceProbe.h"
-#include "tests/support/DevsimProcess.h"
-
 #include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Device.h"
@@ -9,12 +6,13 @@
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/UNPParcer.h"
+#include "tests/support/DeviceProbe.h"
+#include "tests/support/DevsimProcess.h"
 #include "update/UpdateChannel.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <fcntl.h>
 #include <functional>
 #include <memory>
@@ -68,137 +66,129 @@ struct Session {
 
 class tst_Devsim : public QObject {
     Q_OBJECT
-private slots:
-    void initTestCase();
-    void identityOverPtySurvivesAReopen();
-    void answersNobodyReadDoNotGreetTheNextSession();
-    void hangUpEndsTheProgramAndRemovesTheLink();
-    void firmwareUpdateHandsTheLineToTheBootLoader();
-    void pagePacketReachesTheLoaderAtTheLineRate();
-
-private:
     QTemporaryDir m_dir;
+
+private slots:
+    void initTestCase() {
+        QVERIFY(QFileInfo::exists(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim"));
+        // The exchange log of every session would drown the test's own lines.
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false\ntavrel.*.debug=false"));
+        QVERIFY(m_dir.isValid());
+    }
+
+    void identityOverPtySurvivesAReopen() {
+        DevsimProcess sim;
+        QVERIFY(sim.start({"--pty"}));
+        QVERIFY2(sim.address().startsWith("/dev/pts/"), qPrintable(sim.address()));
+        Session s(sim.address());
+        QVERIFY(s.opened);
+        s.workflows.readIdentity();
+        QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
+        const kd::DeviceInfoConfiguration *info = s.config.deviceInfo();
+        QCOMPARE(info->name(), QStringLiteral("Vantor micro"));
+        QCOMPARE(info->IMEI(), QStringLiteral("863071014478127"));
+        QCOMPARE(info->SerialNumber(), 100234u);
+        QCOMPARE(info->Version(), 918u);
+
+        // The configurator closes the port and opens it again: the device is still there.
+        s.link->close();
+        QTest::qWait(200);
+        QVERIFY(s.link->open());
+        s.workflows.readIdentity();
+        QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 4, 5000);
+        QCOMPARE(sim.stop(), 0);
+    }
+
+    void answersNobodyReadDoNotGreetTheNextSession() {
+        DevsimProcess sim;
+        QVERIFY(sim.start({"--pty"}));
+        // A configurator asks for telemetry and goes away without reading the answer.
+        const int fd = ::open(QFile::encodeName(sim.address()).constData(), O_RDWR | O_NOCTTY);
+        QVERIFY(fd >= 0);
+        const QByteArray request = proto::Frame::build(7, QByteArray::fromHex("820a0000"));
+        QCOMPARE(::write(fd, request.constData(), size_t(request.size())), ssize_t(request.size()));
+        QTest::qWait(700);
+        ::close(fd);
+
+        Session s(sim.address());
+        QVERIFY(s.opened);
+        s.workflows.readIdentity();
+        QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
+        QCOMPARE(s.answers.size(), 2);
+        QCOMPARE(s.answers.first().left(2), QByteArray::fromHex("8101"));
+    }
+
+    void hangUpEndsTheProgramAndRemovesTheLink() {
+        const QString linkPath = m_dir.filePath("tracker-tty");
+        DevsimProcess sim;
+        QVERIFY(sim.start({"--pty", "--link", linkPath, "--hangup-after", "1"}));
+        QCOMPARE(QFileInfo(linkPath).symLinkTarget(), sim.address());
+        Session s(linkPath);
+        QVERIFY(s.opened);
+        s.workflows.readIdentity();
+        QTRY_COMPARE_WITH_TIMEOUT(sim.process().state(), QProcess::NotRunning, 5000);
+        QCOMPARE(sim.stop(), 0);
+        QVERIFY(!QFileInfo(linkPath).isSymLink());
+        QVERIFY(s.sections.contains(0x81)); // the one answer made it before the line went dead
+        QCOMPARE(s.identified.count(), 1);  // and the second request, sent while it drained, got none
+    }
+
+    void firmwareUpdateHandsTheLineToTheBootLoader() {
+        DevsimProcess sim;
+        QVERIFY(sim.start({"--pty", "--fw-version", "4.10.21", "--hw-version", "1a05"}));
+        Session s(sim.address());
+        QVERIFY(s.opened);
+        // Each page as it is asked for or the last one confirmed.
+        QList<Message> messages;
+        int confirmedLast = -1;
+        auto page = [](int n) { return QByteArray(PageSize, char(n * 7)); };
+        s.streamFirmware([&](const Message &m) {
+            messages.append(m);
+            if (m.kind == PageRequested)
+                s.link->write(encodePagePacket(m.page, page(m.page)));
+            else if (m.kind == PageConfirmed && m.page < LastPage)
+                s.link->write(encodePagePacket(m.page + 1, page(m.page + 1)));
+            else if (m.kind == PageConfirmed)
+                confirmedLast = m.page;
+        });
+        QSignalSpy entered(DeviceProbe::parser(s.device), &UNPParcer::OnFirmwareUpdateEnter);
+        s.workflows.enterFirmwareUpdate();
+        QTRY_COMPARE_WITH_TIMEOUT(entered.count(), 1, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(!messages.isEmpty(), 5000);
+        const Message first = messages.first();
+        QCOMPARE(int(first.kind), int(PageRequested));
+        QCOMPARE(int(first.page), 0);
+        QCOMPARE(first.hardware, quint16(0x1a05));
+        QCOMPARE(QVector<int>({first.fwMajor, first.fwMiddle, first.fwBuild}), QVector<int>({4, 10, 21}));
+        QTRY_COMPARE_WITH_TIMEOUT(confirmedLast, int(LastPage), 15000);
+
+        // Written and restarted: the device speaks the configuration protocol again.
+        s.device.setFirmwareHandler(nullptr);
+        s.workflows.readIdentity();
+        QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
+    }
+
+    void pagePacketReachesTheLoaderAtTheLineRate() {
+        DevsimProcess sim;
+        // 526 bytes at 19200 baud take 274 ms on the line, well inside the loader's half-second repeat.
+        QVERIFY(sim.start({"--pty", "--baud", "19200"}));
+        Session s(sim.address());
+        QVERIFY(s.opened);
+        QElapsedTimer sincePage;
+        qint64 confirmedAfterNs = -1;
+        s.streamFirmware([&](const Message &m) {
+            if (m.kind == PageRequested && m.page == 0 && !sincePage.isValid()) {
+                s.link->write(encodePagePacket(0, QByteArray(PageSize, char(0x5A))));
+                sincePage.start();
+            } else if (m.kind == PageConfirmed && m.page == 0 && confirmedAfterNs < 0) {
+                confirmedAfterNs = sincePage.nsecsElapsed();
+            }
+        });
+        s.workflows.enterFirmwareUpdate();
+        QTRY_VERIFY_WITH_TIMEOUT(confirmedAfterNs >= 0, 5000);
+        QVERIFY2(confirmedAfterNs >= 273959000ll, qPrintable(QString::number(confirmedAfterNs)));
+    }
 };
-
-void tst_Devsim::initTestCase() {
-    QVERIFY(QFileInfo::exists(TAVREL_BINARY_DIR "/tools/devsim/tavrel-devsim"));
-    // The exchange log of every session would drown the test's own lines.
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false\ntavrel.*.debug=false"));
-    QVERIFY(m_dir.isValid());
-}
-
-void tst_Devsim::identityOverPtySurvivesAReopen() {
-    DevsimProcess sim;
-    QVERIFY(sim.start({"--pty"}));
-    QVERIFY2(sim.address().startsWith("/dev/pts/"), qPrintable(sim.address()));
-    Session s(sim.address());
-    QVERIFY(s.opened);
-    s.workflows.readIdentity();
-    QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
-    const kd::DeviceInfoConfiguration *info = s.config.deviceInfo();
-    QCOMPARE(info->name(), QStringLiteral("Vantor micro"));
-    QCOMPARE(info->IMEI(), QStringLiteral("863071014478127"));
-    QCOMPARE(info->SerialNumber(), 100234u);
-    QCOMPARE(info->Version(), 918u);
-
-    // The configurator closes the port and opens it again: the device is still there.
-    s.link->close();
-    QTest::qWait(200);
-    QVERIFY(s.link->open());
-    s.workflows.readIdentity();
-    QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 4, 5000);
-    QCOMPARE(sim.stop(), 0);
-}
-
-void tst_Devsim::answersNobodyReadDoNotGreetTheNextSession() {
-    DevsimProcess sim;
-    QVERIFY(sim.start({"--pty"}));
-    // A configurator asks for telemetry and goes away without reading the answer.
-    const int fd = ::open(QFile::encodeName(sim.address()).constData(), O_RDWR | O_NOCTTY);
-    QVERIFY(fd >= 0);
-    const QByteArray request = proto::Frame::build(7, QByteArray::fromHex("820a0000"));
-    QCOMPARE(::write(fd, request.constData(), size_t(request.size())), ssize_t(request.size()));
-    QTest::qWait(700);
-    ::close(fd);
-
-    Session s(sim.address());
-    QVERIFY(s.opened);
-    s.workflows.readIdentity();
-    QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
-    QCOMPARE(s.answers.size(), 2);
-    QCOMPARE(s.answers.first().left(2), QByteArray::fromHex("8101"));
-}
-
-void tst_Devsim::hangUpEndsTheProgramAndRemovesTheLink() {
-    const QString linkPath = m_dir.filePath("tracker-tty");
-    DevsimProcess sim;
-    QVERIFY(sim.start({"--pty", "--link", linkPath, "--hangup-after", "1"}));
-    QCOMPARE(QFileInfo(linkPath).symLinkTarget(), sim.address());
-    Session s(linkPath);
-    QVERIFY(s.opened);
-    s.workflows.readIdentity();
-    QTRY_COMPARE_WITH_TIMEOUT(sim.process().state(), QProcess::NotRunning, 5000);
-    QCOMPARE(sim.stop(), 0);
-    QVERIFY(!QFileInfo(linkPath).isSymLink());
-    QVERIFY(s.sections.contains(0x81)); // the one answer made it before the line went dead
-    QCOMPARE(s.identified.count(), 1);  // and the second request, sent while it drained, got none
-}
-
-void tst_Devsim::firmwareUpdateHandsTheLineToTheBootLoader() {
-    DevsimProcess sim;
-    QVERIFY(sim.start({"--pty", "--fw-version", "4.10.21", "--hw-version", "1a05"}));
-    Session s(sim.address());
-    QVERIFY(s.opened);
-    // Each page as it is asked for or the last one confirmed.
-    QList<Message> messages;
-    int confirmedLast = -1;
-    auto page = [](int n) { return QByteArray(PageSize, char(n * 7)); };
-    s.streamFirmware([&](const Message &m) {
-        messages.append(m);
-        if (m.kind == PageRequested)
-            s.link->write(encodePagePacket(m.page, page(m.page)));
-        else if (m.kind == PageConfirmed && m.page < LastPage)
-            s.link->write(encodePagePacket(m.page + 1, page(m.page + 1)));
-        else if (m.kind == PageConfirmed)
-            confirmedLast = m.page;
-    });
-    QSignalSpy entered(DeviceProbe::parser(s.device), &UNPParcer::OnFirmwareUpdateEnter);
-    s.workflows.enterFirmwareUpdate();
-    QTRY_COMPARE_WITH_TIMEOUT(entered.count(), 1, 5000);
-    QTRY_VERIFY_WITH_TIMEOUT(!messages.isEmpty(), 5000);
-    const Message first = messages.first();
-    QCOMPARE(int(first.kind), int(PageRequested));
-    QCOMPARE(int(first.page), 0);
-    QCOMPARE(first.hardware, quint16(0x1a05));
-    QCOMPARE(QVector<int>({first.fwMajor, first.fwMiddle, first.fwBuild}), QVector<int>({4, 10, 21}));
-    QTRY_COMPARE_WITH_TIMEOUT(confirmedLast, int(LastPage), 15000);
-
-    // Written and restarted: the device speaks the configuration protocol again.
-    s.device.setFirmwareHandler(nullptr);
-    s.workflows.readIdentity();
-    QTRY_COMPARE_WITH_TIMEOUT(s.identified.count(), 2, 5000);
-}
-
-void tst_Devsim::pagePacketReachesTheLoaderAtTheLineRate() {
-    DevsimProcess sim;
-    // 526 bytes at 19200 baud take 274 ms on the line, well inside the loader's half-second repeat.
-    QVERIFY(sim.start({"--pty", "--baud", "19200"}));
-    Session s(sim.address());
-    QVERIFY(s.opened);
-    QElapsedTimer sincePage;
-    qint64 confirmedAfterNs = -1;
-    s.streamFirmware([&](const Message &m) {
-        if (m.kind == PageRequested && m.page == 0 && !sincePage.isValid()) {
-            s.link->write(encodePagePacket(0, QByteArray(PageSize, char(0x5A))));
-            sincePage.start();
-        } else if (m.kind == PageConfirmed && m.page == 0 && confirmedAfterNs < 0) {
-            confirmedAfterNs = sincePage.nsecsElapsed();
-        }
-    });
-    s.workflows.enterFirmwareUpdate();
-    QTRY_VERIFY_WITH_TIMEOUT(confirmedAfterNs >= 0, 5000);
-    QVERIFY2(confirmedAfterNs >= 273959000ll, qPrintable(QString::number(confirmedAfterNs)));
-}
 
 QTEST_GUILESS_MAIN(tst_Devsim)
 #include "tst_devsim.moc"

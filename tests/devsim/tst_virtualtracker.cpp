@@ -1,5 +1,5 @@
-#include "tools/devsim/VirtualTracker.h"
-
+// The virtual tracker's parts without a process: its command line, its answers and state, the simulated
+// vehicle, and the faults and line timing it puts on the link.
 #include "Devices/ByteOrder.h"
 #include "Devices/ControlInfoConfiguration.h"
 #include "Devices/DeviceInfoConfiguration.h"
@@ -10,10 +10,17 @@
 #include "Devices/VantorConfiguration.h"
 #include "protocol/Frame.h"
 #include "protocol/UNPParcer.h"
+#include "tools/devsim/DevsimOptions.h"
+#include "tools/devsim/FaultInjector.h"
+#include "tools/devsim/InboundLine.h"
+#include "tools/devsim/TrackerModel.h"
+#include "tools/devsim/VirtualTracker.h"
 
 #include <QtTest>
 
 using proto::Frame;
+using namespace kd;
+using Fault = FaultInjector::Fault;
 
 namespace {
 
@@ -37,150 +44,556 @@ QByteArray hex(const char *text) {
     return QByteArray::fromHex(text);
 }
 
+QByteArray answer(int n) {
+    return QByteArray(12, char(n));
+}
+
+QByteArrayList written(const QSignalSpy &spy) {
+    QByteArrayList all;
+    for (const QList<QVariant> &w : spy)
+        all.append(w.at(0).toByteArray());
+    return all;
+}
+
+// Bytes numbered across all writes, so that order and loss show in what arrives.
+QByteArray numbered(int from, int count) {
+    QByteArray bytes(count, '\0');
+    for (int i = 0; i < count; ++i)
+        bytes[i] = char(from + i);
+    return bytes;
+}
 } // namespace
 
 class tst_VirtualTracker : public QObject {
     Q_OBJECT
+
 private slots:
-    void everySectionReadDecodesToTheDevicesValues();
-    void requestAnsweredWithStatus_data();
-    void requestAnsweredWithStatus();
-    void passwordGuardsTelemetryAndItsChangeIsStored();
-    void outputsFollowSetOutputsAndSingleWrites();
-    void telemetryOfEveryPolledKindDecodes();
-    void stateRoundTripsEverything();
+    void ptyWithEverything() {
+        DevsimOptions o;
+        QString error;
+        QVERIFY2(
+            o.parse(QStringLiteral("tavrel-devsim --pty --link /tmp/x --state s.json --password 4294967295 "
+                                   "--blocked --silent-every 3 --truncate-every 4 --garbage-every 5 --split "
+                                   "--latency 20 --baud 115200 --hangup-after 7 --fw-version 3.9.17 "
+                                   "--hw-version 0x1203 --corrupt-every 2 --ignore-writes GSMConfiguration "
+                                   "--ignore-writes SystemConfiguration")
+                        .split(' '),
+                    &error),
+            qPrintable(error));
+        QCOMPARE(o.transport, DevsimOptions::Transport::Pty);
+        QCOMPARE(QVariantList({o.linkPath, o.statePath, o.hasPassword, o.password, o.blocked, o.split}),
+                 QVariantList({"/tmp/x", "s.json", true, 4294967295u, true, true}));
+        QCOMPARE(QVector<int>({o.silentEvery, o.truncateEvery, o.garbageEvery, o.corruptEvery, o.latencyMs,
+                               o.baud, o.hangupAfter, o.fwMajor, o.fwMiddle, o.fwBuild, o.hwVersion}),
+                 QVector<int>({3, 4, 5, 2, 20, 115200, 7, 3, 9, 17, 0x1203}));
+        QVERIFY(o.hasFwVersion && o.hasHwVersion);
+        QCOMPARE(o.ignoredWrites, QStringList({"GSMConfiguration", "SystemConfiguration"}));
+    }
+
+    void tcpPortAndImei() {
+        DevsimOptions o;
+        QString error;
+        QVERIFY(o.parse({"tavrel-devsim", "--tcp", "0", "--imei", "123"}, &error));
+        QCOMPARE(o.transport, DevsimOptions::Transport::Tcp);
+        QCOMPARE(o.tcpPort, quint16(0));
+        QCOMPARE(o.serverImei, QStringLiteral("123"));
+        QVERIFY(!o.hasPassword && !o.hasFwVersion && o.baud == 0);
+    }
+
+    void badCommandLines_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::newRow("no link") << QStringList{"--state", "x.json"};
+        QTest::newRow("both links") << QStringList{"--pty", "--tcp", "0"};
+        QTest::newRow("port too big") << QStringList{"--tcp", "65536"};
+        QTest::newRow("negative count") << QStringList{"--pty", "--silent-every", "-1"};
+        QTest::newRow("word for a count") << QStringList{"--pty", "--baud", "fast"};
+        QTest::newRow("short firmware version") << QStringList{"--pty", "--fw-version", "3.9"};
+        QTest::newRow("major above a byte") << QStringList{"--pty", "--fw-version", "256.1.1"};
+        QTest::newRow("hardware not hex") << QStringList{"--pty", "--hw-version", "xyz"};
+        QTest::newRow("password not a number") << QStringList{"--pty", "--password", "secret"};
+        QTest::newRow("link with tcp") << QStringList{"--tcp", "0", "--link", "/tmp/x"};
+        QTest::newRow("imei with pty") << QStringList{"--pty", "--imei", "1"};
+        QTest::newRow("bench with tcp") << QStringList{"--tcp", "0", "--bench", "4"};
+        QTest::newRow("unknown option") << QStringList{"--pty", "--colour"};
+        QTest::newRow("unwritten section") << QStringList{"--pty", "--ignore-writes", "mainDviceInfo"};
+        QTest::newRow("stray argument") << QStringList{"--pty", "extra"};
+    }
+
+    void badCommandLines() {
+        QFETCH(QStringList, args);
+        args.prepend("tavrel-devsim");
+        DevsimOptions o;
+        QString error;
+        QVERIFY(!o.parse(args, &error));
+        QVERIFY(!error.isEmpty());
+    }
+
+    void helpIsNotAnError() {
+        DevsimOptions o;
+        QString error = "x";
+        QVERIFY(!o.parse({"tavrel-devsim", "--help"}, &error));
+        QVERIFY(error.isEmpty());
+        QVERIFY(DevsimOptions::usage().contains("--hangup-after"));
+    }
+
+    void everySectionReadDecodesToTheDevicesValues() {
+        VirtualTracker device;
+        device.configuration()->system()->value()->setParkingMin(42); // not what a fresh configuration holds
+        VantorConfiguration mine;
+        UNPParcer parser(&mine);
+        for (const char *request : {"81010000", "81020000", "91010000", "83020000", "83030000", "84030000",
+                                    "84040000", "90010000", "8c020000", "8d020000", "88010000", "8e010000"}) {
+            const Answer a = ask(device, 6, hex(request));
+            QCOMPARE(a.type, 6);
+            QCOMPARE(a.payload.left(2), hex(request).left(2)); // a data answer, not a status
+            parser.parse(6, a.payload);
+        }
+        QJsonObject ours, theirs;
+        mine.write(ours);
+        device.configuration()->write(theirs);
+        theirs.remove("out_parameters"); // only ever written, as a command
+        for (const QString &key : theirs.keys())
+            QVERIFY2(ours.value(key) == theirs.value(key), qPrintable(key));
+    }
+
+    void requestAnsweredWithStatus_data() {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<int>("answerType");
+        QTest::addColumn<int>("status");
+        QTest::newRow("write of server 5") << 6 << hex("100105000000") << 6 << int(UNPParcer::ExecutionError);
+        QTest::newRow("write of output 7") << 6 << hex("0e0107000100") << 6 << int(UNPParcer::ExecutionError);
+        QTest::newRow("identity part 5") << 6 << hex("81050000") << 6 << int(UNPParcer::NotSupported);
+        QTest::newRow("read of code 9") << 6 << hex("89010000") << 6 << int(UNPParcer::NotSupported);
+        QTest::newRow("write of code 9") << 6 << hex("09010000") << 6 << int(UNPParcer::Executed);
+        QTest::newRow("unknown section") << 6 << hex("95010000") << 6 << int(UNPParcer::NotSupported);
+        QTest::newRow("unknown command") << 7 << hex("33010000") << 7 << int(UNPParcer::NotSupported);
+        QTest::newRow("telemetry 13") << 7 << hex("820d0000") << 7 << -1;
+        QTest::newRow("telemetry 5") << 7 << hex("82050000") << 7 << int(UNPParcer::NotSupported);
+        QTest::newRow("packet type 9") << 9 << hex("81010000") << 6 << int(UNPParcer::UnknownPacketType);
+        QTest::newRow("clear memory") << 7 << hex("010300000100") << 7 << int(UNPParcer::Executed);
+        QTest::newRow("reset kind 7") << 7 << hex("010300000700") << 7 << int(UNPParcer::NotSupported);
+    }
+
+    void requestAnsweredWithStatus() {
+        QFETCH(int, type);
+        QFETCH(QByteArray, request);
+        QFETCH(int, answerType);
+        QFETCH(int, status);
+        VirtualTracker device;
+        const Answer a = ask(device, quint8(type), request);
+        QCOMPARE(a.type, answerType);
+        QCOMPARE(a.status(), status);
+    }
+
+    void passwordGuardsTelemetryAndItsChangeIsStored() {
+        VirtualTracker device;
+        device.setPassword(1234u);
+        const Answer telemetry = ask(device, 7, hex("820a0000"));
+        QCOMPARE(telemetry.type, 7);
+        QCOMPARE(telemetry.status(), int(UNPParcer::AuthorisationNeeded));
+        QCOMPARE(ask(device, 7, hex("01010000d2040000")).payload, hex("018100000100")); // 1234
+        QSignalSpy changed(&device, &VirtualTracker::stateChanged);
+        QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(UNPParcer::Executed));
+        QCOMPARE(device.password(), std::optional<quint32>(0x12345678));
+        QCOMPARE(changed.count(), 1);
+        device.logout();
+        QCOMPARE(ask(device, 6, hex("91010000")).status(), int(UNPParcer::AuthorisationNeeded));
+        QCOMPARE(ask(device, 7, hex("0101000078563412")).status(), int(UNPParcer::Executed));
+    }
+
+    void outputsFollowSetOutputsAndSingleWrites() {
+        VirtualTracker device;
+        QCOMPARE(ask(device, 7, hex("0209000001010101")).status(), int(UNPParcer::Executed));
+        QCOMPARE(device.configuration()->outputs()->value()->states(),
+                 (QVector<quint8>{1, 1})); // two outputs
+        QCOMPARE(ask(device, 6, hex("0e0101000000")).status(), int(UNPParcer::Executed));
+        QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
+
+        // The output parameters travel as a command.
+        QCOMPARE(ask(device, 7, hex("0e02000002050609")).status(), int(UNPParcer::Executed));
+        const OutputConfigurationItem *out = device.configuration()->outputs()->value();
+        QCOMPARE(
+            QVector<int>({out->outNum(), out->highCondition(), out->lowCondition(), out->replayCounter()}),
+            QVector<int>({2, 5, 6, 9}));
+    }
+
+    void telemetryOfEveryPolledKindDecodes() {
+        VirtualTracker device;
+        device.setClock([] { return 30000; });
+        for (int kind :
+             {0x09, 0x0A, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18}) {
+            const QByteArray request = hex("82000000").replace(1, 1, QByteArray(1, char(kind)));
+            const Answer a = ask(device, 7, request);
+            QCOMPARE(a.type, 7);
+            QCOMPARE(a.payload.left(2), request.left(2));
+            kd::ControlInfoConfiguration info;
+            QVERIFY2(info.decode(a.payload),
+                     qPrintable(QString::number(kind))); // announced by the configurator
+            for (int i = 0; i < kd::ControlInfoConfiguration::recordsKept(kind); ++i)
+                QVERIFY2(info.value()->received(kind, i),
+                         qPrintable(QStringLiteral("kind %1 record %2").arg(kind).arg(i)));
+        }
+    }
+
+    void stateRoundTripsEverything() {
+        VirtualTracker a;
+        VantorConfiguration *cfg = a.configuration();
+        cfg->deviceInfo()->setIMEI(QStringLiteral("111222333444555"));
+        cfg->navigation()->value()->setFaultSpeed(77);
+        cfg->system()->value()->setParkingMin(33);
+        cfg->gsm()->element(0)->setTimetableLow(0x8000000000000001ull);
+        cfg->gsm()->element(0)->setTimetableHi(0xFFFFFFFFFFFFFFFFull);
+        cfg->gsm()->element(1)->setForbidden(0);
+        ask(a, 7, hex("0209000001000000"));
+        ask(a, 6, hex("020100000f000000")); // password 15
+
+        VirtualTracker b;
+        b.loadState(a.saveState());
+        QCOMPARE(b.saveState(), a.saveState());
+        // Equal states could both have lost the low bits of a 64-bit word: those are checked as numbers.
+        QCOMPARE(b.configuration()->gsm()->element(0)->timetableLow(), 0x8000000000000001ull);
+        QCOMPARE(b.configuration()->gsm()->element(0)->timetableHi(), 0xFFFFFFFFFFFFFFFFull);
+        QCOMPARE(b.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
+        QCOMPARE(b.password(), std::optional<quint32>(15));
+
+        // A plain configuration file loads as a state too.
+        QJsonObject root;
+        cfg->write(root);
+        VirtualTracker c;
+        c.loadState(root);
+        QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 33);
+        QCOMPARE(c.configuration()->outputs()->value()->states().size(), 2);
+        QVERIFY(!c.password());
+        // A reset asks for a power cycle and brings the factory values back.
+        QCOMPARE(ask(c, 7, hex("010300000000")).status(), int(UNPParcer::PowerCycleNeeded));
+        QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 5);
+    }
+
+    void fixComesAndGoes_data() {
+        QTest::addColumn<int>("second");
+        QTest::addColumn<int>("fixMode");
+        QTest::addColumn<bool>("dateKnown");
+        QTest::newRow("searching after power-on") << 5 << 0 << false;
+        QTest::newRow("first 2D fix") << 13 << 2 << true;
+        QTest::newRow("3D fix") << 30 << 3 << true;
+        QTest::newRow("lost at the next minute") << 65 << 0 << true;
+        QTest::newRow("back in the next minute") << 90 << 3 << true;
+    }
+
+    void fixComesAndGoes() {
+        QFETCH(int, second);
+        QFETCH(int, fixMode);
+        QFETCH(bool, dateKnown);
+        TrackerModel m;
+        m.setElapsed(second * 1000);
+        const NavReceiverRecord rx = m.receiver(0);
+        QCOMPARE(int(rx.fixMode), fixMode);
+        QCOMPARE(int(m.navSummary().fixMode), fixMode);
+        QCOMPARE(rx.day != 0, dateKnown);
+        QVERIFY(fixMode == 3 ? rx.satellites >= 5 : fixMode != 0 || rx.satellites < 3);
+        QVERIFY(rx.satellitesInView >= rx.satellites);
+        const bool navigationActive = m.deviceState().activityFlags & DeviceStateRecord::NavigationActive;
+        QCOMPARE(navigationActive, fixMode != 0);
+    }
+
+    void positionMovesOnlyWithFix() {
+        TrackerModel m;
+        m.setElapsed(20000);
+        const NavSummaryRecord a = m.navSummary();
+        m.setElapsed(30000);
+        const NavSummaryRecord b = m.navSummary();
+        QVERIFY(a.latitude != b.latitude || a.longitude != b.longitude);
+        QVERIFY(qAbs(a.latitude - 557558000) < 1000000); // on the ring round the centre
+        QVERIFY(b.speed > 300);
+        QVERIFY(b.odometer > a.odometer);
+        QCOMPARE(int(m.receiver(0).latDegrees), 55);
+
+        m.setElapsed(62000);
+        const NavSummaryRecord lost = m.navSummary();
+        QCOMPARE(lost.latitude, 0);
+        QCOMPARE(lost.speed, quint16(0));
+        QCOMPARE(lost.fixLostCount, 1u);
+    }
+
+    void courseStaysBelow360DegreesForHours() {
+        TrackerModel m;
+        m.setElapsed(600000LL * 18 + 150000);      // three hours and a quarter lap: north of the centre
+        QCOMPARE(int(m.receiver(0).course), 2700); // heading west
+        for (qint64 s = 0; s < 24 * 3600; s += 977) {
+            m.setElapsed(s * 1000);
+            if (m.hasFix())
+                QVERIFY2(m.receiver(0).course < 3600, qPrintable(QString::number(s)));
+        }
+    }
+
+    void clockAndCountersTickWithElapsedTime() {
+        TrackerModel m(1700000000);
+        m.setElapsed(0);
+        QCOMPARE(m.clock().unixTime, 1700000000u);
+        QCOMPARE(m.clock().syncSource, quint16(ClockRecord::NotSynced));
+        const LogicInputRecord a0 = m.logicInput(0), a1 = m.logicInput(1); // logic, universal counter
+        m.setElapsed(16000);
+        QCOMPARE(m.clock().unixTime, 1700000016u);
+        QCOMPARE(m.clock().syncSource, quint16(ClockRecord::Navigation));
+        QCOMPARE(m.deviceState().uptime, 16u);
+        QVERIFY(m.logicInput(0).value != a0.value); // the level toggles every 15 s
+        QVERIFY(m.logicInput(1).counter > a1.counter);
+
+        m.setElapsed(100000);
+        QVERIFY(m.deviceState().memoryUsed > 1000);
+        m.clearMemory();
+        QCOMPARE(m.deviceState().memoryUsed, 0u);
+        m.setElapsed(130000);
+        QCOMPARE(m.deviceState().memoryUsed, 3u);
+    }
+
+    void registrationPassesThroughSearchToHome() {
+        TrackerModel m;
+        const QVector<int> seconds{1, 5, 20, 112}; // 104 s after registration: a roaming spell
+        const QVector<GsmRegistration> states{GsmRegistration::NotRegistered, GsmRegistration::Searching,
+                                              GsmRegistration::Home, GsmRegistration::Roaming};
+        for (int i = 0; i < seconds.size(); ++i) {
+            m.setElapsed(seconds.at(i) * 1000);
+            QCOMPARE(m.gsm(0).registration, quint8(states.at(i)));
+        }
+        m.setElapsed(20000);
+        QCOMPARE(m.gsm(0).operatorCode, 25001u);
+    }
+
+    void fuelFallsOnlyForFittedSensors() {
+        TrackerModel m; // sensors 0 and 1 fitted
+        m.setElapsed(8000);
+        const FuelSensorsRecord a = m.fuel();
+        QCOMPARE(a.onlineMask, quint16(0x3));
+        QVERIFY(a.level[0] > 0 && a.level[1] > 0);
+        QCOMPARE(a.level[2], 0u);
+        m.setElapsed(400000);
+        QVERIFY(m.fuel().level[0] < a.level[0]);
+    }
+
+    void faultForAnswerNumber_data() {
+        QTest::addColumn<int>("silent");
+        QTest::addColumn<int>("truncate");
+        QTest::addColumn<int>("garbage");
+        QTest::addColumn<int>("n");
+        QTest::addColumn<Fault>("fault");
+        QTest::newRow("nothing set") << 0 << 0 << 0 << 6 << Fault::None;
+        QTest::newRow("silent 3, answer 3") << 3 << 0 << 0 << 3 << Fault::Silent;
+        QTest::newRow("silent 3, answer 4") << 3 << 0 << 0 << 4 << Fault::None;
+        QTest::newRow("truncate 2, answer 4") << 0 << 2 << 0 << 4 << Fault::Truncated;
+        QTest::newRow("garbage 5, answer 10") << 0 << 0 << 5 << 10 << Fault::Garbage;
+        QTest::newRow("silent beats garbage") << 2 << 0 << 2 << 2 << Fault::Silent;
+        QTest::newRow("garbage beats cut") << 0 << 3 << 3 << 3 << Fault::Garbage;
+    }
+
+    void faultForAnswerNumber() {
+        QFETCH(int, silent);
+        QFETCH(int, truncate);
+        QFETCH(int, garbage);
+        QFETCH(int, n);
+        QFETCH(Fault, fault);
+        FaultInjector::Settings s;
+        s.silentEvery = silent;
+        s.truncateEvery = truncate;
+        s.garbageEvery = garbage;
+        QCOMPARE(FaultInjector(s).faultFor(n), fault);
+    }
+
+    void everyNthAnswerIsSpoilt() {
+        FaultInjector::Settings s;
+        s.silentEvery = 3;
+        s.truncateEvery = 2;
+        FaultInjector f(s);
+        QSignalSpy writes(&f, &FaultInjector::write);
+        for (int n = 1; n <= 7; ++n)
+            f.sendAnswer(answer(n));
+        // 3 and 6 silent (silence beats the cut at 6), 2 and 4 cut to half.
+        QCOMPARE(written(writes),
+                 (QByteArrayList{answer(1), answer(2).left(6), answer(4).left(6), answer(5), answer(7)}));
+        QCOMPARE(f.answersSent(), 7);
+        QCOMPARE(FaultInjector::truncated(QByteArray(1, 'x')), QByteArray(1, 'x'));
+    }
+
+    void garbageKeepsLengthAndRepeatsEveryRun() {
+        FaultInjector::Settings s;
+        s.garbageEvery = 1;
+        const QByteArray frame = QByteArray::fromHex("a5a50600040081010000800100");
+        FaultInjector f(s), again(s);
+        QSignalSpy writes(&f, &FaultInjector::write), againWrites(&again, &FaultInjector::write);
+        f.sendAnswer(frame);
+        f.sendAnswer(frame);
+        again.sendAnswer(frame);
+        const QByteArray first = written(writes).value(0);
+        QCOMPARE(first.size(), frame.size());
+        QVERIFY(first != frame);
+        QVERIFY(written(writes).value(1) != first);
+        QCOMPARE(written(againWrites).value(0), first);
+    }
+
+    void splitSendsTwoPiecesThatJoin() {
+        FaultInjector::Settings s;
+        s.split = true;
+        s.splitPauseMs = 5;
+        FaultInjector f(s);
+        QSignalSpy writes(&f, &FaultInjector::write);
+        const QByteArray frame = QByteArray::fromHex("a5a5060011008102000056616e746f72206d6963726f00fa04");
+        f.sendAnswer(frame);
+        QCOMPARE(writes.count(), 1); // the second piece waits for the pause
+        QTRY_COMPARE(writes.count(), 2);
+        const QByteArrayList pieces = written(writes);
+        QVERIFY(!pieces.at(0).isEmpty() && !pieces.at(1).isEmpty());
+        QCOMPARE(pieces.at(0) + pieces.at(1), frame);
+    }
+
+    void hangUpFollowsTheNthAnswerEvenWhenSilent() {
+        FaultInjector::Settings s;
+        s.hangupAfter = 2;
+        s.silentEvery = 2;
+        FaultInjector f(s);
+        QStringList events;
+        connect(&f, &FaultInjector::write, this,
+                [&](const QByteArray &b) { events << QStringLiteral("write %1").arg(int(b.at(0))); });
+        connect(&f, &FaultInjector::hangUp, this, [&] { events << QStringLiteral("hang up"); });
+        f.sendAnswer(answer(1));
+        QCOMPARE(events, QStringList{"write 1"});
+        f.sendAnswer(answer(2));
+        QCOMPARE(events, (QStringList{"write 1", "hang up"}));
+    }
+
+    void lineTime_data() {
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<int>("baud");
+        QTest::addColumn<int>("us");
+        QTest::newRow("unpaced") << 1000 << 0 << 0;
+        QTest::newRow("1152 bytes at 115200") << 1152 << 115200 << 100000;
+        QTest::newRow("one byte rounds up") << 1 << 115200 << 87;
+        QTest::newRow("960 bytes at 9600") << 960 << 9600 << 1000000;
+        QTest::newRow("nothing") << 0 << 9600 << 0;
+    }
+
+    void lineTime() {
+        QFETCH(int, bytes);
+        QFETCH(int, baud);
+        QFETCH(int, us);
+        QCOMPARE(FaultInjector::lineTimeUs(bytes, baud), qint64(us));
+    }
+
+    void baudHoldsAnswerUntilItsLastByteLeft() {
+        FaultInjector::Settings s;
+        s.baud = 115200;
+        s.latencyMs = 30;
+        FaultInjector f(s);
+        qint64 now = 0;
+        f.setClock([&now] { return now; });
+        QSignalSpy writes(&f, &FaultInjector::write);
+        f.sendAnswer(QByteArray(1152, 'a')); // 30 ms latency, then 100 ms on the line
+        f.sendAnswer(QByteArray(1152, 'b')); // queued behind it
+        now = 129000;
+        QTest::qWait(20);
+        QCOMPARE(writes.count(), 0);
+        now = 130000;
+        QTRY_COMPARE(writes.count(), 1);
+        QCOMPARE(written(writes).at(0).at(0), 'a');
+        QTest::qWait(150); // the timer fires, but on our clock the second one is still on the line
+        QCOMPARE(writes.count(), 1);
+        now = 230000;
+        QTRY_COMPARE(writes.count(), 2);
+        QCOMPARE(written(writes).at(1).at(0), 'b');
+
+        // A request takes its own line time before the device can answer: 96 bytes, 8334 us each way.
+        f.sendAnswer(QByteArray(96, 'c'), 96);
+        now = 230000 + 30000 + 2 * 8334 - 1;
+        QTest::qWait(40);
+        QCOMPARE(writes.count(), 2);
+        now = 230000 + 30000 + 2 * 8334;
+        QTRY_COMPARE(writes.count(), 3);
+    }
+
+    void rawBytesAreNeitherSpoiltNorCounted() {
+        FaultInjector::Settings s;
+        s.silentEvery = 1;
+        s.hangupAfter = 1;
+        FaultInjector f(s);
+        QSignalSpy writes(&f, &FaultInjector::write);
+        QSignalSpy hangUps(&f, &FaultInjector::hangUp);
+        f.sendRaw(QByteArray("U page request"));
+        QCOMPARE(written(writes), QByteArrayList{QByteArray("U page request")});
+        QCOMPARE(f.answersSent(), 0);
+        QCOMPARE(hangUps.count(), 0);
+    }
+
+    void bytesArriveAtLineRate_data() {
+        QTest::addColumn<int>("baud");
+        QTest::addColumn<QVector<qint64>>("writeTimes"); // microseconds
+        QTest::addColumn<QVector<int>>("writeSizes");
+        QTest::addColumn<qint64>("at");
+        QTest::addColumn<int>("arrived");
+
+        const QVector<qint64> once{0};
+        const QVector<int> page{526};
+        QTest::newRow("unpaced: all at once") << 0 << once << page << qint64(0) << 526;
+        QTest::newRow("first byte not before its stop bit") << 115200 << once << page << qint64(86) << 0;
+        QTest::newRow("first byte after 87 us") << 115200 << once << page << qint64(87) << 1;
+        QTest::newRow("page one microsecond short") << 115200 << once << page << qint64(45659) << 525;
+        QTest::newRow("page after 45.66 ms") << 115200 << once << page << qint64(45660) << 526;
+        QTest::newRow("page at 9600 after 547.9 ms") << 9600 << once << page << qint64(547917) << 526;
+        QTest::newRow("second write queues behind the first")
+            << 115200 << QVector<qint64>{0, 0} << QVector<int>{10, 10} << qint64(1736) << 19;
+        QTest::newRow("both writes in after 20 byte times")
+            << 115200 << QVector<qint64>{0, 0} << QVector<int>{10, 10} << qint64(1737) << 20;
+        QTest::newRow("write during a page waits for its end")
+            << 115200 << QVector<qint64>{0, 10000} << QVector<int>{526, 10} << qint64(46527) << 535;
+        QTest::newRow("write during a page, all in")
+            << 115200 << QVector<qint64>{0, 10000} << QVector<int>{526, 10} << qint64(46528) << 536;
+        QTest::newRow("idle line, second byte 87 us after its write")
+            << 115200 << QVector<qint64>{0, 5000} << QVector<int>{1, 1} << qint64(5087) << 2;
+        QTest::newRow("write just as the line falls idle")
+            << 115200 << QVector<qint64>{0, 869} << QVector<int>{10, 10} << qint64(1738) << 20;
+    }
+
+    void bytesArriveAtLineRate() {
+        QFETCH(int, baud);
+        QFETCH(QVector<qint64>, writeTimes);
+        QFETCH(QVector<int>, writeSizes);
+        QFETCH(qint64, at);
+        QFETCH(int, arrived);
+
+        InboundLine line(baud);
+        qint64 now = 0;
+        line.setClock([&now] { return now; });
+        QSignalSpy spy(&line, &InboundLine::arrived);
+        QByteArray fed;
+        for (int i = 0; i < writeTimes.size(); ++i) {
+            now = writeTimes.at(i);
+            const QByteArray bytes = numbered(fed.size(), writeSizes.at(i));
+            fed += bytes;
+            line.feed(bytes);
+        }
+        now = at;
+        line.deliverArrived();
+        QCOMPARE(written(spy).join(), fed.left(arrived));
+        QCOMPARE(line.pending(), fed.size() - arrived);
+    }
+
+    void clearForgetsBytesOnTheLine() {
+        InboundLine line(9600);
+        qint64 now = 0;
+        line.setClock([&now] { return now; });
+        QSignalSpy spy(&line, &InboundLine::arrived);
+        line.feed(numbered(0, 100));
+        line.clear();
+        QVERIFY(line.idle());
+        now = 1000000;
+        line.feed(numbered(100, 1));
+        QTest::qWait(5);
+        QCOMPARE(written(spy).join(), QByteArray());
+        now = 1001042;
+        QTRY_COMPARE(written(spy).join(),
+                     numbered(100, 1)); // a fresh run from the write, nothing of the old one
+        QVERIFY(line.idle());
+    }
 };
-
-void tst_VirtualTracker::everySectionReadDecodesToTheDevicesValues() {
-    VirtualTracker device;
-    device.configuration()->system()->value()->setParkingMin(42); // not what a fresh configuration holds
-    VantorConfiguration mine;
-    UNPParcer parser(&mine);
-    for (const char *request : {"81010000", "81020000", "91010000", "83020000", "83030000", "84030000",
-                                "84040000", "90010000", "8c020000", "8d020000", "88010000", "8e010000"}) {
-        const Answer a = ask(device, 6, hex(request));
-        QCOMPARE(a.type, 6);
-        QCOMPARE(a.payload.left(2), hex(request).left(2)); // a data answer, not a status
-        parser.parse(6, a.payload);
-    }
-    QJsonObject ours, theirs;
-    mine.write(ours);
-    device.configuration()->write(theirs);
-    theirs.remove("out_parameters"); // only ever written, as a command
-    for (const QString &key : theirs.keys())
-        QVERIFY2(ours.value(key) == theirs.value(key), qPrintable(key));
-}
-
-void tst_VirtualTracker::requestAnsweredWithStatus_data() {
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("request");
-    QTest::addColumn<int>("answerType");
-    QTest::addColumn<int>("status");
-    QTest::newRow("write of server 5") << 6 << hex("100105000000") << 6 << int(UNPParcer::ExecutionError);
-    QTest::newRow("write of output 7") << 6 << hex("0e0107000100") << 6 << int(UNPParcer::ExecutionError);
-    QTest::newRow("identity part 5") << 6 << hex("81050000") << 6 << int(UNPParcer::NotSupported);
-    QTest::newRow("read of code 9") << 6 << hex("89010000") << 6 << int(UNPParcer::NotSupported);
-    QTest::newRow("write of code 9") << 6 << hex("09010000") << 6 << int(UNPParcer::Executed);
-    QTest::newRow("unknown section") << 6 << hex("95010000") << 6 << int(UNPParcer::NotSupported);
-    QTest::newRow("unknown command") << 7 << hex("33010000") << 7 << int(UNPParcer::NotSupported);
-    QTest::newRow("telemetry 13") << 7 << hex("820d0000") << 7 << -1;
-    QTest::newRow("telemetry 5") << 7 << hex("82050000") << 7 << int(UNPParcer::NotSupported);
-    QTest::newRow("packet type 9") << 9 << hex("81010000") << 6 << int(UNPParcer::UnknownPacketType);
-    QTest::newRow("clear memory") << 7 << hex("010300000100") << 7 << int(UNPParcer::Executed);
-    QTest::newRow("reset kind 7") << 7 << hex("010300000700") << 7 << int(UNPParcer::NotSupported);
-}
-
-void tst_VirtualTracker::requestAnsweredWithStatus() {
-    QFETCH(int, type);
-    QFETCH(QByteArray, request);
-    QFETCH(int, answerType);
-    QFETCH(int, status);
-    VirtualTracker device;
-    const Answer a = ask(device, quint8(type), request);
-    QCOMPARE(a.type, answerType);
-    QCOMPARE(a.status(), status);
-}
-
-void tst_VirtualTracker::passwordGuardsTelemetryAndItsChangeIsStored() {
-    VirtualTracker device;
-    device.setPassword(1234u);
-    const Answer telemetry = ask(device, 7, hex("820a0000"));
-    QCOMPARE(telemetry.type, 7);
-    QCOMPARE(telemetry.status(), int(UNPParcer::AuthorisationNeeded));
-    QCOMPARE(ask(device, 7, hex("01010000d2040000")).payload, hex("018100000100")); // 1234
-    QSignalSpy changed(&device, &VirtualTracker::stateChanged);
-    QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(UNPParcer::Executed));
-    QCOMPARE(device.password(), std::optional<quint32>(0x12345678));
-    QCOMPARE(changed.count(), 1);
-    device.logout();
-    QCOMPARE(ask(device, 6, hex("91010000")).status(), int(UNPParcer::AuthorisationNeeded));
-    QCOMPARE(ask(device, 7, hex("0101000078563412")).status(), int(UNPParcer::Executed));
-}
-
-void tst_VirtualTracker::outputsFollowSetOutputsAndSingleWrites() {
-    VirtualTracker device;
-    QCOMPARE(ask(device, 7, hex("0209000001010101")).status(), int(UNPParcer::Executed));
-    QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 1})); // two outputs
-    QCOMPARE(ask(device, 6, hex("0e0101000000")).status(), int(UNPParcer::Executed));
-    QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
-
-    // The output parameters travel as a command.
-    QCOMPARE(ask(device, 7, hex("0e02000002050609")).status(), int(UNPParcer::Executed));
-    const OutputConfigurationItem *out = device.configuration()->outputs()->value();
-    QCOMPARE(QVector<int>({out->outNum(), out->highCondition(), out->lowCondition(), out->replayCounter()}),
-             QVector<int>({2, 5, 6, 9}));
-}
-
-void tst_VirtualTracker::telemetryOfEveryPolledKindDecodes() {
-    VirtualTracker device;
-    device.setClock([] { return 30000; });
-    for (int kind :
-         {0x09, 0x0A, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18}) {
-        const QByteArray request = hex("82000000").replace(1, 1, QByteArray(1, char(kind)));
-        const Answer a = ask(device, 7, request);
-        QCOMPARE(a.type, 7);
-        QCOMPARE(a.payload.left(2), request.left(2));
-        kd::ControlInfoConfiguration info;
-        QVERIFY2(info.decode(a.payload), qPrintable(QString::number(kind))); // announced by the configurator
-        for (int i = 0; i < kd::ControlInfoConfiguration::recordsKept(kind); ++i)
-            QVERIFY2(info.value()->received(kind, i),
-                     qPrintable(QStringLiteral("kind %1 record %2").arg(kind).arg(i)));
-    }
-}
-
-void tst_VirtualTracker::stateRoundTripsEverything() {
-    VirtualTracker a;
-    VantorConfiguration *cfg = a.configuration();
-    cfg->deviceInfo()->setIMEI(QStringLiteral("111222333444555"));
-    cfg->navigation()->value()->setFaultSpeed(77);
-    cfg->system()->value()->setParkingMin(33);
-    cfg->gsm()->element(0)->setTimetableLow(0x8000000000000001ull);
-    cfg->gsm()->element(0)->setTimetableHi(0xFFFFFFFFFFFFFFFFull);
-    cfg->gsm()->element(1)->setForbidden(0);
-    ask(a, 7, hex("0209000001000000"));
-    ask(a, 6, hex("020100000f000000")); // password 15
-
-    VirtualTracker b;
-    b.loadState(a.saveState());
-    QCOMPARE(b.saveState(), a.saveState());
-    // Equal states could both have lost the low bits of a 64-bit word: those are checked as numbers.
-    QCOMPARE(b.configuration()->gsm()->element(0)->timetableLow(), 0x8000000000000001ull);
-    QCOMPARE(b.configuration()->gsm()->element(0)->timetableHi(), 0xFFFFFFFFFFFFFFFFull);
-    QCOMPARE(b.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
-    QCOMPARE(b.password(), std::optional<quint32>(15));
-
-    // A plain configuration file loads as a state too.
-    QJsonObject root;
-    cfg->write(root);
-    VirtualTracker c;
-    c.loadState(root);
-    QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 33);
-    QCOMPARE(c.configuration()->outputs()->value()->states().size(), 2);
-    QVERIFY(!c.password());
-    // A reset asks for a power cycle and brings the factory values back.
-    QCOMPARE(ask(c, 7, hex("010300000000")).status(), int(UNPParcer::PowerCycleNeeded));
-    QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 5);
-}
 
 QTEST_GUILESS_MAIN(tst_VirtualTracker)
 #include "tst_virtualtracker.moc"
