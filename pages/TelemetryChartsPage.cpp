@@ -7,7 +7,9 @@
 #include <QDateTime>
 #include <QEvent>
 #include <QGridLayout>
+#include <QIcon>
 #include <QLabel>
+#include <QPixmap>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -15,7 +17,6 @@
 #include <QtCharts/QChart>
 #include <QtCharts/QChartView>
 #include <QtCharts/QDateTimeAxis>
-#include <QtCharts/QLegendMarker>
 #include <QtCharts/QLineSeries>
 #include <QtCharts/QValueAxis>
 #include <cmath>
@@ -155,12 +156,14 @@ void TelemetryChartsPage::buildCharts(QWidget *area) {
         c.chart = new QChart;
         c.chart->setTitle(QString::fromUtf8(g.title));
         c.chart->setMargins(QMargins(4, 4, 4, 4));
-        c.chart->legend()->setAlignment(Qt::AlignBottom);
+        // The series list beside the charts is the key (each switch shows its line's colour): a legend
+        // under a chart of eight sensors has no room for their names.
         c.time = new QDateTimeAxis;
         c.time->setFormat(QStringLiteral("hh:mm:ss"));
         c.time->setTickCount(5);
         c.values = new QValueAxis;
         c.values->setLabelFormat(g.group == Group::Voltage ? QStringLiteral("%.1f") : QStringLiteral("%.0f"));
+        c.chart->legend()->hide();
         c.chart->addAxis(c.time, Qt::AlignBottom);
         c.chart->addAxis(c.values, Qt::AlignLeft);
         for (int i = 0; i < columns.size(); ++i) {
@@ -248,9 +251,22 @@ void TelemetryChartsPage::changeEvent(QEvent *event) {
 void TelemetryChartsPage::applyTheme() {
     const bool dark = palette().color(QPalette::Window).lightness() < 128;
     const QChart::ChartTheme theme = dark ? QChart::ChartThemeDark : QChart::ChartThemeLight;
+    // The theme sets its own fonts: the axis labels get a smaller one again, so that the times and the
+    // values fit beside a chart of the default window's size.
+    QFont labels = font();
+    labels.setPointSizeF(labels.pointSizeF() * 0.8);
     for (const Chart &c : qAsConst(m_charts)) {
         if (c.chart->theme() != theme)
             c.chart->setTheme(theme);
+        c.chart->legend()->hide();
+        c.time->setLabelsFont(labels);
+        c.values->setLabelsFont(labels);
+    }
+    // The theme also chose the lines' colours: the switches show them.
+    for (int i = 0; i < m_series.size() && i < m_switches.size(); ++i) {
+        QPixmap swatch(12, 12);
+        swatch.fill(m_series[i]->color());
+        m_switches[i]->setIcon(QIcon(swatch));
     }
 }
 
@@ -284,9 +300,6 @@ void TelemetryChartsPage::redraw() {
             const QVector<QPointF> points =
                 m_series[i]->isVisible() ? m_history->series(i).range(from, to) : QVector<QPointF>();
             m_series[i]->replace(points);
-            // A sensor that never reported keeps its line switched on but stays out of the legend.
-            for (QLegendMarker *marker : it->chart->legend()->markers(m_series[i]))
-                marker->setVisible(!points.isEmpty());
             for (const QPointF &p : points) {
                 low = std::min(low, p.y());
                 high = std::max(high, p.y());
