@@ -190,52 +190,14 @@ private slots:
         QVERIFY(r.elapsedMs < 4000);
     }
 
-    // The tracker starts from a known state; what it stores after the write is saved when it stops.
-    void readAndWrite_fileAndDeviceStateAgree() {
-        const QString state = stateCopy(m_dir.filePath("state.json")), out = m_dir.filePath("read.json");
+    // Group titles in the order of the state page, each followed by its "  name: value" lines; raw, one
+    // line per record of every polled kind, ordered by kind then index.
+    void telemetry_once_textAndRaw() {
         Devsim sim;
-        QVERIFY(sim.start(Pty, {"--state", state}));
-        Result r = runCli(sim.link() + QStringList{"read", "-o", out});
-        QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
-        QJsonObject read = readJson(out);
-        const QJsonObject initial = readJson(DataDir + "/device-state.json");
-        QCOMPARE(differences(read, initial), QStringList());
-        QCOMPARE(read.value("navigation").toObject().value("faultSpeed"),
-                 initial.value("navigation").toObject().value("faultSpeed"));
-        QCOMPARE(read.value("IMEI").toString(), DeviceImei);
-        QCOMPARE(read.value("name").toString(), QStringLiteral("Vantor micro"));
-        QCOMPARE(read.value("out_parameters").toArray().size(), 1);
-
-        // One request in four is lost on the way in: the write still counts only blocks the device confirmed
-        // with their own status answers, so the state it leaves must equal the file.
-        sim.stop();
-        QVERIFY(sim.start(Pty, {"--state", state, "--drop-requests-every", "4"}));
-        const QString source = DataDir + "/write-config.json";
-        r = runCli(sim.link() + QStringList{"--timeout", "6", "write", source});
-        QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
-        sim.stop();
-        QVERIFY(sim.start(Pty, {"--state", state}));
-        r = runCli(sim.link() + QStringList{"read", "-o", out});
-        QVERIFY2(r.exitCode == 0 && !(read = readJson(out)).isEmpty(), qPrintable(r.describe()));
-        QCOMPARE(differences(read, readJson(source)), QStringList());
-        // The file's "faultSpeed" is never loaded, so the device gets the fresh configuration's zero.
-        QCOMPARE(read.value("navigation").toObject().value("faultSpeed").toInt(), 0);
-
-        // A target that cannot be written is named in the error.
-        const QString bad = m_dir.filePath("no-such-folder/read.json");
-        r = runCli(sim.link() + QStringList{"read", "-o", bad});
-        QVERIFY2(r.exitCode == 1 && isOneErrorLine(r.err) && r.err.contains(bad), qPrintable(r.describe()));
-        sim.stop();
-        QCOMPARE(differences(readJson(state), readJson(source)), QStringList());
-    }
-
-    void telemetry_once_printsStateGroups() {
-        Devsim sim;
-        QVERIFY(sim.start(Pty));
-        const Result r = runCli(sim.link() + QStringList{"telemetry", "--once"});
+        QVERIFY(sim.start(Tcp));
+        Result r = runCli(sim.link() + QStringList{"telemetry", "--once"});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
         const QStringList lines = r.out.split('\n');
-        // Group titles in the order of the state page, each followed by its "  name: value" lines.
         int previous = -1;
         for (const char *title : {"Прибор", "Часы", "Навигация", "Навигационный приемник 1", "SIM 1",
                                   "Сервер 1", "Аналоговый вход 1", "Логический вход 1", "Датчики топлива"}) {
@@ -249,18 +211,14 @@ private slots:
         // the other.
         QVERIFY(lines.contains("  Состояние: Сим отсутсвует") && lines.contains("  Слот: Сим отсутствует"));
         QVERIFY(r.out.contains(QRegularExpression("  Адрес: \\d+\\.\\d+\\.\\d+\\.\\d+:\\d+\\n")));
-    }
 
-    void telemetry_raw_oneLinePerRecordInOrder() {
-        Devsim sim;
-        QVERIFY(sim.start(Tcp));
-        const Result r = runCli(sim.link() + QStringList{"telemetry", "--once", "--raw"});
+        r = runCli(sim.link() + QStringList{"telemetry", "--once", "--raw"});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
         static const QRegularExpression rawLine("^kind=(\\d+) index=(\\d+) ([0-9a-f]+)$");
         const QHash<int, int> sizes{{10, 72}, {11, 6},  {14, 38}, {15, 48}, {16, 44}, {17, 10},
                                     {18, 10}, {19, 42}, {21, 8},  {22, 8},  {23, 2},  {24, 36}};
         QSet<int> kinds;
-        int previous = -1;
+        previous = -1;
         for (const QString &l : r.out.split('\n', Qt::SkipEmptyParts)) {
             const QRegularExpressionMatch m = rawLine.match(l);
             const int kind = m.captured(1).toInt(), order = kind * 16 + m.captured(2).toInt();
@@ -615,25 +573,37 @@ private slots:
         QCOMPARE(lines.constLast(), QStringLiteral("Справка: tavrel-cli --help"));
     }
 
-    // The round trip through a file loses the roaming and the false-speed threshold: the write says so
-    // before anything is sent, keeps the tracker's own values on request, a snapshot taken before a write
-    // restores the tracker exactly, and the read-back catches a tracker that confirms but ignores a write.
-    void safeWrite_previewKeepVerifyRestore() {
-        const QString state = stateCopy(m_dir.filePath("safe-state.json")),
-                      file = m_dir.filePath("safe.json");
-        const QString log = m_dir.filePath("dry-run.log");
+    // The tracker starts from a known state and saves what it stores, in its own layout, when it stops. The
+    // round trip through a file loses the roaming and the false-speed threshold: the write says so before
+    // anything is sent, keeps the tracker's own values on request, a snapshot taken before a write restores
+    // the tracker exactly, a write survives lost requests, and the read-back catches a tracker that confirms
+    // but ignores a write.
+    void readAndWrite_fileAndDeviceStateAgree() {
+        const QString state = stateCopy(m_dir.filePath("state.json")), file = m_dir.filePath("read.json");
+        const QString log = m_dir.filePath("dry-run.log"), source = DataDir + "/write-config.json";
         auto stateNow = [&state] {
             QFile f(state);
             return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
         };
-        Devsim first; // the tracker saves its state in its own layout when it stops
-        QVERIFY(first.start(Pty, {"--state", state}));
-        first.stop();
-        const QByteArray before = stateNow();
         Devsim sim;
+        QVERIFY(sim.start(Pty, {"--state", state}));
+        sim.stop();
+        const QByteArray before = stateNow();
         QVERIFY(sim.start(Pty, {"--state", state}));
         Result r = runCli(sim.link() + QStringList{"read", "-o", file});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
+        QJsonObject read = readJson(file);
+        const QJsonObject initial = readJson(DataDir + "/device-state.json");
+        QCOMPARE(differences(read, initial), QStringList());
+        QCOMPARE(read.value("navigation").toObject().value("faultSpeed"),
+                 initial.value("navigation").toObject().value("faultSpeed"));
+        QCOMPARE(read.value("IMEI").toString(), DeviceImei);
+        QCOMPARE(read.value("name").toString(), QStringLiteral("Vantor micro"));
+        QCOMPARE(read.value("out_parameters").toArray().size(), 1);
+        // A target that cannot be written is named in the error.
+        const QString bad = m_dir.filePath("no-such-folder/read.json");
+        r = runCli(sim.link() + QStringList{"read", "-o", bad});
+        QVERIFY2(r.exitCode == 1 && isOneErrorLine(r.err) && r.err.contains(bad), qPrintable(r.describe()));
 
         r = runCli(sim.link() + QStringList{"--log", log, "write", file, "--dry-run"});
         QVERIFY2(r.exitCode == 0 && r.err.contains("\nnavigation.faultSpeed: 9 -> 0\n") &&
@@ -649,7 +619,7 @@ private slots:
         QVERIFY2(r.exitCode == 0 && r.err.contains("Отличий нет") && r.out.contains("подтверждена чтением"),
                  qPrintable(r.describe()));
         QCOMPARE(stateNow(), before);
-        r = runCli(sim.link() + QStringList{"write", DataDir + "/write-config.json", "--no-verify"});
+        r = runCli(sim.link() + QStringList{"write", source, "--no-verify"});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
         const QString snapshot = r.err.section("Снимок настроек прибора: ", 1).section('\n', 0, 0);
         r = runCli(sim.link() + QStringList{"restore", snapshot});
@@ -660,9 +630,24 @@ private slots:
         sim.stop();
         QCOMPARE(stateNow(), before);
 
+        // One request in four is lost on the way in: the write still counts only blocks the device confirmed
+        // with their own status answers, so the state it leaves must equal the file.
+        QVERIFY(sim.start(Pty, {"--state", state, "--drop-requests-every", "4"}));
+        r = runCli(sim.link() + QStringList{"--timeout", "6", "write", source});
+        QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
+        sim.stop();
+        QVERIFY(sim.start(Pty, {"--state", state}));
+        r = runCli(sim.link() + QStringList{"read", "-o", file});
+        QVERIFY2(r.exitCode == 0 && !(read = readJson(file)).isEmpty(), qPrintable(r.describe()));
+        QCOMPARE(differences(read, readJson(source)), QStringList());
+        // The file's "faultSpeed" is never loaded, so the device gets the fresh configuration's zero.
+        QCOMPARE(read.value("navigation").toObject().value("faultSpeed").toInt(), 0);
+        sim.stop();
+        QCOMPARE(differences(readJson(state), readJson(source)), QStringList());
+
         Devsim ignoring;
         QVERIFY(ignoring.start(Pty, {"--state", stateCopy(state), "--ignore-writes", "SystemConfiguration"}));
-        r = runCli(ignoring.link() + QStringList{"write", DataDir + "/write-config.json"});
+        r = runCli(ignoring.link() + QStringList{"write", source});
         QVERIFY2(r.exitCode == 1 &&
                      r.err.contains("tavrel-cli: Система: Чувствительность акселерометра: записано 3, в "
                                     "приборе 9\n") &&
