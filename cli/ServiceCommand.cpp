@@ -29,7 +29,11 @@ void ServiceCommand::jobDone(const JobResult &result) {
         return;
     switch (m_action) {
     case Action::Reset:
-        out() << QStringLiteral("Настройки сброшены на заводские") << '\n';
+        // A device that wants a power cycle has taken the reset but not applied it yet.
+        out() << (result.powerCycleText.isEmpty()
+                      ? QStringLiteral("Настройки сброшены на заводские")
+                      : QStringLiteral("Сброс настроек принят: прибор выполнит его после отключения питания"))
+              << '\n';
         break;
     case Action::ClearMemory:
         out() << QStringLiteral("Память очищена") << '\n';

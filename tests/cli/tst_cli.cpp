@@ -392,7 +392,8 @@ private slots:
         const QStringList reset{"reset"}, flash{"flash", "%image"};
         // The device takes the reset with status 6: the user has to cut its power for it to apply.
         QTest::newRow("reset") << none << reset << 0
-                               << "Настройки сброшены на заводские\nДля сброса настроек необходимо "
+                               << "Сброс настроек принят: прибор выполнит его после отключения питания\nДля "
+                                  "сброса настроек необходимо "
                                   "отключить питание прибора";
         QTest::newRow("clear-memory") << none << QStringList{"clear-memory"} << 0 << "Память очищена";
         QTest::newRow("set-password") << none << QStringList{"set-password", "4321"} << 0 << "Пароль изменен";
@@ -403,7 +404,7 @@ private slots:
         // Command answers (telemetry, reset) ask for the password with statuses the parser leaves unreported.
         QTest::newRow("telemetry right") << locked << QStringList(right + telemetry) << 0 << "kind=";
         QTest::newRow("telemetry none") << locked << telemetry << 1 << "--password";
-        QTest::newRow("reset right") << locked << QStringList(right + reset) << 0 << "Настройки сброшены";
+        QTest::newRow("reset right") << locked << QStringList(right + reset) << 0 << "Сброс настроек принят";
         QTest::newRow("reset wrong") << locked << QStringList(wrong + reset) << 1 << "неверный пароль";
         QTest::newRow("read password file")
             << locked << QStringList(QStringList{"--password-file", "%pwfile"} + read) << 0 << QString();
