@@ -67,9 +67,14 @@ Result runCli(const QStringList &args, int limitMs = 30000, const QByteArray &in
     return r;
 }
 
-QJsonObject readJson(const QString &path) {
+// A file's bytes, empty when it cannot be read.
+QByteArray contents(const QString &path) {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject readJson(const QString &path) {
+    return QJsonDocument::fromJson(contents(path)).object();
 }
 
 // How the settings of two configuration files differ once the configurator has loaded them ("path: a -> b"
@@ -139,9 +144,7 @@ private slots:
         const Result r = runCli(sim.link() + QStringList{"--log", log} +
                                 (json ? QStringList{"info", "--json"} : QStringList{"info"}));
         QVERIFY2(r.exitCode == 0 && r.err.isEmpty(), qPrintable(r.describe()));
-        QFile file(log);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll());
+        const QString text = QString::fromUtf8(contents(log));
         // Requests and answers as the exchange log writes them: seconds, a blank, lower-case hex.
         QVERIFY2(text.contains(QRegularExpression("(^|\\n)\\d+ Command a5a506000400810100008301\\n")) &&
                      text.contains(QRegularExpression("\\n\\d+ From device: a5a50600[0-9a-f]+: \\d+\\n")),
@@ -266,43 +269,39 @@ private slots:
         while (bench.waitForReadyRead(5000) && bench.readAll().count('\n') < 3 &&
                !QFile::exists(dir + "/t-3"))
             ;
-        QFile csv(dir + "/devices.csv");
-        QVERIFY(csv.open(QIODevice::WriteOnly));
-        csv.write("IMEI;Server[0].server;gsm[1].gprs 2.apn\n");
+        const QString csv = dir + "/devices.csv";
         const QStringList imeis{"863071010000013", "863071010000021", "863071010000039"};
+        QByteArray table = "IMEI;Server[0].server;gsm[1].gprs 2.apn\n";
         for (int i = 0; i < 2; ++i)
-            csv.write(QStringLiteral("%1;srv%2.example.ru;apn%2\n").arg(imeis.at(i)).arg(i + 1).toUtf8());
-        csv.close();
+            table += QStringLiteral("%1;srv%2.example.ru;apn%2\n").arg(imeis.at(i)).arg(i + 1).toUtf8();
+        QVERIFY(BskBuilder::write(csv, table));
         const QString report = dir + "/report.csv";
         const Result r =
-            runCli({"batch", "--template", DataDir + "/write-config.json", "--overrides", csv.fileName(),
-                    "--ports", dir + "/t-*", "--report", report, "--timeout", "5", "--flash", m_image});
+            runCli({"batch", "--template", DataDir + "/write-config.json", "--overrides", csv, "--ports",
+                    dir + "/t-*", "--report", report, "--timeout", "5", "--flash", m_image});
         QVERIFY2(r.exitCode == 1 && r.out.count(QStringLiteral(": успешно\n")) == 2 &&
                      r.out.contains(imeis.at(2) + " (" + dir +
                                     "/t-3): успешно (только шаблон: IMEI нет в таблице значений)") &&
                      r.out.contains("(" + dir + "/t-locked): ошибка: прибор запросил пароль"),
                  qPrintable(r.describe()));
-        QFile rows(report);
-        QVERIFY(rows.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(rows.readAll()).split('\n', Qt::SkipEmptyParts);
+        const QStringList lines = QString::fromUtf8(contents(report)).split('\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 5);
         QVERIFY(lines.constFirst().startsWith("время,порт,IMEI,"));
         ::kill(pid_t(bench.processId()), SIGTERM);
         QVERIFY(bench.waitForFinished(5000));
+        const QJsonObject expected = readJson(DataDir + "/write-config.json");
         for (int i = 0; i < 3; ++i) {
             QVERIFY2(
                 lines.filter(imeis.at(i) + ",918,918,успешно").filter(QRegularExpression(",да$")).size() == 1,
                 qPrintable(lines.join('\n')));
             const QJsonObject state = readJson(QStringLiteral("%1/s-%2.json").arg(dir).arg(i + 1));
-            const QJsonObject expected = readJson(DataDir + "/write-config.json");
-            const auto server = [](const QJsonObject &root) {
-                return root.value("Server").toArray().at(0).toObject().value("server").toString();
+            const auto serverAndApn = [](const QJsonObject &root) {
+                return QStringList{root["Server"][0]["server"].toString(),
+                                   root["gsm"][1]["gprs 2"]["apn"].toString()};
             };
-            const auto apn = [](const QJsonObject &root) {
-                return root.value("gsm").toArray().at(1).toObject().value("gprs 2").toObject().value("apn");
-            };
-            QCOMPARE(server(state), i < 2 ? QStringLiteral("srv%1.example.ru").arg(i + 1) : server(expected));
-            QCOMPARE(apn(state), i < 2 ? QJsonValue(QStringLiteral("apn%1").arg(i + 1)) : apn(expected));
+            const QStringList own{QStringLiteral("srv%1.example.ru").arg(i + 1),
+                                  QStringLiteral("apn%1").arg(i + 1)};
+            QCOMPARE(serverAndApn(state), i < 2 ? own : serverAndApn(expected));
             QCOMPARE(state.value("SystemParameters"), expected.value("SystemParameters"));
         }
     }
@@ -349,9 +348,7 @@ private slots:
         QVERIFY2(out.contains("863071010000013 (" + dir + "/b-1): успешно") &&
                      out.contains("863071010000021 (" + dir + "/b-2): успешно"),
                  qPrintable(out));
-        QFile report(dir + "/report.csv");
-        QVERIFY(report.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(report.readAll()).count('\n'), out.count('\n') + 1);
+        QCOMPARE(contents(dir + "/report.csv").count('\n'), out.count('\n') + 1);
         QCOMPARE(cli.exitCode(), 0);
     }
 
@@ -448,11 +445,8 @@ private slots:
         Devsim sim;
         QVERIFY(sim.start(Pty, devsim));
         const QString out = tagFile(m_dir.path(), ".json");
-        QFile file(out);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"kept\": true}\n") && file.flush());
         const QString passwordFile = m_dir.filePath("password.txt");
-        QFile secret(passwordFile);
-        QVERIFY(secret.open(QIODevice::WriteOnly) && secret.write("1234\n") && secret.flush());
+        QVERIFY(BskBuilder::write(out, "{\"kept\": true}\n") && BskBuilder::write(passwordFile, "1234\n"));
         args.replaceInStrings("%out", out)
             .replaceInStrings("%image", m_image)
             .replaceInStrings("%pwfile", passwordFile);
@@ -582,14 +576,10 @@ private slots:
     void readAndWrite_fileAndDeviceStateAgree() {
         const QString state = stateCopy(m_dir.filePath("state.json")), file = m_dir.filePath("read.json");
         const QString log = m_dir.filePath("dry-run.log"), source = DataDir + "/write-config.json";
-        auto stateNow = [&state] {
-            QFile f(state);
-            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-        };
         Devsim sim;
         QVERIFY(sim.start(Pty, {"--state", state}));
         sim.stop();
-        const QByteArray before = stateNow();
+        const QByteArray before = contents(state);
         QVERIFY(sim.start(Pty, {"--state", state}));
         Result r = runCli(sim.link() + QStringList{"read", "-o", file});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
@@ -610,16 +600,14 @@ private slots:
         QVERIFY2(r.exitCode == 0 && r.err.contains("\nnavigation.faultSpeed: 9 -> 0\n") &&
                      r.err.contains("gsm[0].roaming.forbidden"),
                  qPrintable(r.describe()));
-        QFile sent(log);
-        QVERIFY(sent.open(QIODevice::ReadOnly));
         // Requests with bit 7 of the code clear are writes.
         QVERIFY(
-            !QString::fromUtf8(sent.readAll()).contains(QRegularExpression("Command a5a50[67]00....[0-7]")));
+            !QString::fromUtf8(contents(log)).contains(QRegularExpression("Command a5a50[67]00....[0-7]")));
 
         r = runCli(sim.link() + QStringList{"write", file, "--keep-device-values"});
         QVERIFY2(r.exitCode == 0 && r.err.contains("Отличий нет") && r.out.contains("подтверждена чтением"),
                  qPrintable(r.describe()));
-        QCOMPARE(stateNow(), before);
+        QCOMPARE(contents(state), before);
         r = runCli(sim.link() + QStringList{"write", source, "--no-verify"});
         QVERIFY2(r.exitCode == 0, qPrintable(r.describe()));
         const QString snapshot = r.err.section("Снимок настроек прибора: ", 1).section('\n', 0, 0);
@@ -629,7 +617,7 @@ private slots:
         r = runCli(sim.link() + QStringList{"diff", snapshot, "device"});
         QVERIFY2(r.exitCode == 0 && r.out.isEmpty(), qPrintable(r.describe()));
         sim.stop();
-        QCOMPARE(stateNow(), before);
+        QCOMPARE(contents(state), before);
 
         // One request in four is lost on the way in: the write still counts only blocks the device confirmed
         // with their own status answers, so the state it leaves must equal the file.
