@@ -602,12 +602,9 @@ void tst_MainWindow::virtualTracker() {
             QWidget *input = shownField(&w, e.row, e.tab, QString::fromUtf8(e.field));
             QVERIFY2(input, e.field);
             QCOMPARE(fieldValue(input), QString::fromUtf8(e.deviceValue));
-            QVERIFY(!w.settingsPage(e.row)->isModified());
             setFieldValue(input, QString::fromUtf8(e.edited));
-            QVERIFY2(w.settingsPage(e.row)->isModified(), e.field);
             m_prompter->answers = {true};
             w.findChild<QPushButton *>(QStringLiteral("applyButton"))->click();
-            QVERIFY(!w.settingsPage(e.row)->isModified());
             QTRY_COMPARE_WITH_TIMEOUT(w.session()->state(), SessionController::State::Ready, 5000);
         }
 
@@ -754,7 +751,6 @@ void tst_MainWindow::replaceConfiguration_data() {
     QTest::newRow("new, no: kept") << QByteArray("new") << false << "Ничего не делаем" << 5;
     QTest::newRow("missing file") << QByteArray() << true << "Не удалось открыть файл конфигурации" << 5;
     QTest::newRow("not json") << QByteArray("{ \"SystemParameters\": ") << true << broken << 5;
-    QTest::newRow("json but not an object") << QByteArray("[1, 2]") << true << broken << 5;
     QTest::newRow("values masked to their width") << QByteArray("{\"SystemParameters\": {\"gsens\": 300}}")
                                                   << true << "Конфигурация успешно загружена" << 44;
 }
@@ -790,8 +786,8 @@ void tst_MainWindow::saveThenOpen_restoresConfiguration() {
     const QString failing = m_dir.filePath(QStringLiteral("no-such-folder/cfg.json"));
     m_prompter->fileNames = QStringList{failing, QString()};
     w->on_action_SaveCfgToFile_triggered();
-    QVERIFY(m_prompter->calls.last().startsWith(QLatin1String("critical|")));
-    QVERIFY(m_prompter->text(-1).startsWith(QStringLiteral("Не удалось сохранить файл конфигурации")));
+    QVERIFY(m_prompter->calls.last().startsWith(
+        QStringLiteral("critical|Tavrel_micro_cfg|Не удалось сохранить файл конфигурации")));
     QVERIFY(!QFile::exists(failing));
     m_prompter->calls.clear();
     w->on_action_SaveCfgToFile_triggered();
@@ -923,7 +919,6 @@ void tst_MainWindow::leavingModifiedPage() {
     const QString before = fieldValue(input);
     setFieldValue(input, value);
     SettingsPageBase *page = w->settingsPage(row);
-    QVERIFY(page->isModified());
     QTRY_COMPARE(w->session()->state(), SessionController::State::Ready);
     m_link->written.clear();
     m_prompter->calls.clear();
