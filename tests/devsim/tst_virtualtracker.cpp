@@ -436,19 +436,25 @@ private slots:
         QCOMPARE(pieces.at(0) + pieces.at(1), frame);
     }
 
+    // The hang-up follows the nth answer even when that one is silent; the boot loader's raw bytes between
+    // answers are neither spoilt nor counted.
     void hangUpFollowsTheNthAnswerEvenWhenSilent() {
         FaultInjector::Settings s;
         s.hangupAfter = 2;
         s.silentEvery = 2;
+        s.truncateEvery = 1;
         FaultInjector f(s);
-        QStringList events;
-        connect(&f, &FaultInjector::write, this,
-                [&](const QByteArray &b) { events << QStringLiteral("write %1").arg(int(b.at(0))); });
+        QStringList events; // first byte x size
+        connect(&f, &FaultInjector::write, this, [&](const QByteArray &b) {
+            events << QStringLiteral("%1x%2").arg(int(b.at(0))).arg(b.size());
+        });
         connect(&f, &FaultInjector::hangUp, this, [&] { events << QStringLiteral("hang up"); });
         f.sendAnswer(answer(1));
-        QCOMPARE(events, QStringList{"write 1"});
+        f.sendRaw(QByteArray("U page request"));
+        QCOMPARE(events, (QStringList{"1x6", "85x14"}));
+        QCOMPARE(f.answersSent(), 1);
         f.sendAnswer(answer(2));
-        QCOMPARE(events, (QStringList{"write 1", "hang up"}));
+        QCOMPARE(events, (QStringList{"1x6", "85x14", "hang up"}));
     }
 
     void baudHoldsAnswerUntilItsLastByteLeft() {
@@ -480,19 +486,6 @@ private slots:
         QCOMPARE(writes.count(), 2);
         now = 230000 + 30000 + 2 * 8334;
         QTRY_COMPARE(writes.count(), 3);
-    }
-
-    void rawBytesAreNeitherSpoiltNorCounted() {
-        FaultInjector::Settings s;
-        s.silentEvery = 1;
-        s.hangupAfter = 1;
-        FaultInjector f(s);
-        QSignalSpy writes(&f, &FaultInjector::write);
-        QSignalSpy hangUps(&f, &FaultInjector::hangUp);
-        f.sendRaw(QByteArray("U page request"));
-        QCOMPARE(written(writes), QByteArrayList{QByteArray("U page request")});
-        QCOMPARE(f.answersSent(), 0);
-        QCOMPARE(hangUps.count(), 0);
     }
 
     void bytesArriveAtLineRate_data() {
