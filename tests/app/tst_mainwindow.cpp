@@ -216,8 +216,6 @@ private slots:
     void startUp();
     void linkError_data();
     void linkError();
-    void silentDevice_data();
-    void silentDevice();
     void virtualTracker_data();
     void virtualTracker();
     void confirmation_data();
@@ -416,6 +414,11 @@ void tst_MainWindow::linkError_data() {
     row("serial unsupported operation is not fatal", 1, 10, "");
     // Two trackers on USB: the window refuses both, with a warning, instead of picking one.
     row("two devices", -1, 0, "Подключено более одного прибора, отключите лишние \n для избежания ошибок");
+    // The device stops answering with the link open: one waiting box, whatever more silence comes; an
+    // answer closes it, giving up reports the broken link.
+    QTest::newRow("silent device, user gives up")
+        << -2 << 0 << QStringList{"information|Tavrel_micro_cfg|Соединение разорвано"} << true;
+    QTest::newRow("silent device, an answer brings it back") << -2 << 1 << QStringList() << false;
 }
 
 void tst_MainWindow::linkError() {
@@ -423,7 +426,7 @@ void tst_MainWindow::linkError() {
     QFETCH(int, code);
     QFETCH(bool, disconnected);
     std::unique_ptr<MainWindow> w;
-    if (group < 0) {
+    if (group == -1) {
         MainWindow::Options o = options();
         o.linkFactory = [](int) {
             auto *serial = new SerialConnection;
@@ -438,6 +441,24 @@ void tst_MainWindow::linkError() {
         };
         w.reset(new MainWindow(o));
         QTRY_VERIFY(!m_prompter->calls.isEmpty());
+    } else if (group == -2) {
+        w = makeWindow(false, 20);
+        w->reconnect();
+        QTRY_VERIFY(m_link);
+        m_link->fault = FakeLink::Silent;
+        QTRY_VERIFY(w->waitDialog()); // the identity request waits unanswered
+        QTest::qWait(120);
+        QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
+        m_prompter->calls.clear();
+        if (code) {
+            m_link->fault = FakeLink::NoFault;
+            m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
+            QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
+        } else {
+            w->waitDialog()->reject();
+            QVERIFY(!m_link || !m_link->isOpen());
+        }
+        QVERIFY(!w->waitDialog());
     } else {
         w = identified(false);
         QVERIFY(w);
@@ -450,39 +471,6 @@ void tst_MainWindow::linkError() {
     QCOMPARE(enabled(*w, "readButton"), !disconnected);
     if (group >= 0)
         QCOMPARE(w->connectionTypeButton()->property("connected").toBool(), !disconnected);
-}
-
-// The device stops answering with the link open: one waiting box, whatever more silence comes; an answer
-// closes it, giving up reports the broken link.
-void tst_MainWindow::silentDevice_data() {
-    QTest::addColumn<bool>("answerComes");
-    QTest::newRow("user gives up") << false;
-    QTest::newRow("an answer brings it back") << true;
-}
-
-void tst_MainWindow::silentDevice() {
-    QFETCH(bool, answerComes);
-    auto w = makeWindow(false, 20);
-    w->reconnect();
-    QTRY_VERIFY(m_link);
-    m_link->fault = FakeLink::Silent;
-    QTRY_VERIFY(w->waitDialog()); // the identity request waits unanswered
-    QTest::qWait(120);
-    QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
-    m_prompter->calls.clear();
-    if (answerComes) {
-        m_link->fault = FakeLink::NoFault;
-        m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
-        QTRY_VERIFY(!w->waitDialog());
-        QVERIFY(m_prompter->calls.isEmpty());
-        QTRY_VERIFY(w->connectionStateButton()->text().startsWith(QStringLiteral("Подключен прибор: ")));
-        return;
-    }
-    w->waitDialog()->reject();
-    QVERIFY(!w->waitDialog());
-    QVERIFY(m_prompter->of(QStringLiteral("information")).contains(QStringLiteral("Соединение разорвано")));
-    QVERIFY(!m_link || !m_link->isOpen());
-    QCOMPARE(w->connectionStateButton()->text(), NoDevice);
 }
 
 // The window against the virtual tracker, off the happy path, one flow per row (short response time-outs
