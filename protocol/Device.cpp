@@ -306,7 +306,7 @@ void Device::onNonsense() {
         return;
     Request &oldest = m_outstanding.first();
     if (++oldest.nonsense >= NonsenseLimit) {
-        abandonOldest();
+        abandonOldest(true);
         sendNextCommand();
         return;
     }
@@ -333,11 +333,11 @@ void Device::remember(const Request &request) {
         m_recent.removeFirst();
 }
 
-void Device::abandonOldest() {
+void Device::abandonOldest(bool nonsense) {
     const Request r = m_outstanding.takeFirst();
     proto::TrafficLog::write(QStringLiteral("Запрос без ответа: ") + proto::TrafficLog::maskedHex(r.frame));
     remember(r);
-    emit requestAbandoned(r.code, r.operation, r.parameter);
+    emit requestAbandoned(r.code, r.operation, r.parameter, nonsense);
 }
 
 void Device::onResponseTimeout() {
@@ -349,7 +349,7 @@ void Device::onResponseTimeout() {
         return;
     }
     if (!m_outstanding.isEmpty())
-        abandonOldest();
+        abandonOldest(false);
     if (m_retries < m_retryLimit) {
         ++m_retries;
     } else if (m_retries == m_retryLimit) {

@@ -100,8 +100,9 @@ signals:
     void chunkReceived(const QByteArray &chunk);
     // A chunk neither claimed nor making a frame (announced length not all there, garbage).
     void chunkDropped(const QByteArray &chunk);
-    // A request given up: its time-out passed, or it was answered with nonsense three times in a row.
-    void requestAbandoned(quint8 code, quint8 operation, quint8 parameter);
+    // A request given up: its time-out passed, or (`nonsense`) it was answered with nonsense three times in
+    // a row, so that asking it again is no use.
+    void requestAbandoned(quint8 code, quint8 operation, quint8 parameter, bool nonsense);
     void answerAccepted(quint8 type, const QByteArray &payload);
     void connectionLost();
     // A time-out found the link closed although nothing reported it: the device is gone.
@@ -136,7 +137,7 @@ private:
     void handleFrame(const proto::StreamDeframer::Item &frame);
     void onNonsense();
     void onStall();
-    void abandonOldest();
+    void abandonOldest(bool nonsense);
     void remember(const Request &request);
     void writeFrame(const QByteArray &frame);
     static int find(const QList<Request> &requests, const QByteArray &payload);

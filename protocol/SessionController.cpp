@@ -422,6 +422,19 @@ struct SessionController::Private {
         }
     }
 
+    // The device answers this request with nothing that makes sense: asking it again in the next round
+    // would only bring the same, so it ends unanswered now.
+    void onNonsenseGivenUp(quint8 code, quint8 operation, quint8 parameter) {
+        if (!job)
+            return;
+        for (Request &r : job->requests) {
+            if (!r.settled && r.code == code && r.operation == operation && r.parameter == parameter) {
+                settle(r, JobResult::Outcome::NotAnswered, {});
+                return;
+            }
+        }
+    }
+
     // A status answer settles only the request with its own code, operation and parameter.
     void settleStatus(quint8 code, quint8 operation, quint8 parameter, JobResult::Outcome outcome,
                       const QString &status) {
@@ -581,6 +594,11 @@ SessionController::SessionController(kd::Configuration *configuration, QObject *
         if (d->job)
             d->stallTimer.start();
     });
+    connect(device, &Device::requestAbandoned, this,
+            [this](quint8 code, quint8 operation, quint8 parameter, bool nonsense) {
+                if (nonsense)
+                    d->onNonsenseGivenUp(code, operation, parameter);
+            });
     connect(device, &Device::connectionLost, this, [this] { d->onSilence(); });
     connect(device, &Device::connectionRestored, this, [this] { d->onRestored(); });
     connect(device, &Device::linkDown, this, [this] {

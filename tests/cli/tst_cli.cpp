@@ -432,6 +432,11 @@ private slots:
             << QStringList{"--window", "1", "write", DataDir + "/write-config.json"} << 1
             << "Прибор был отключен; подтверждено: навигация на стоянке.*; отправлено без подтверждения: .+; "
                "не отправлено: .*сервер 1$";
+        // A section answered with nonsense is given up after a few tries, named alone, the rest is read.
+        for (const char *kind : {"garbage", "short", "long", "loader"})
+            QTest::addRow("read, navigation answered with %s", kind)
+                << QStringList{"--nonsense", QStringLiteral("NavConfiguration:") + kind} << read << 1
+                << "(нет ответа|без подтверждения): навигация в движении, навигация на стоянке$";
         QTest::newRow("set-password unanswered")
             << QStringList{"--silent-every", "1"} << QStringList{"set-password", "4321"} << 1
             << "отправлено без подтверждения: смена пароля; новый пароль мог уже вступить в силу$";

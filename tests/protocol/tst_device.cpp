@@ -215,7 +215,7 @@ private slots:
         QSignalSpy idle(s.device, &Device::idle);
         s.timeouts(1); // the oldest, the system read, is given up
         QCOMPARE(abandoned.count(), 1);
-        QCOMPARE(abandoned.at(0), (QList<QVariant>{quint8(0x91), quint8(1), quint8(0)}));
+        QCOMPARE(abandoned.at(0), (QList<QVariant>{quint8(0x91), quint8(1), quint8(0), false}));
         QCOMPARE(idle.count(), 0); // a time-out ends no round: the owner's quiet spell does
         QVERIFY(s.device->isIdle());
         s.link->deliverNow(statusAnswer(0x91, 1)); // late, yet the device is there
@@ -250,7 +250,7 @@ private slots:
         }
         QCOMPARE(s.link->written.mid(3), (QList<QByteArray>{FuelRead, FuelRead}));
         QTRY_COMPARE(abandoned.count(), 2);
-        QCOMPARE(abandoned.at(1), (QList<QVariant>{quint8(0x88), quint8(1), quint8(0)}));
+        QCOMPARE(abandoned.at(1), (QList<QVariant>{quint8(0x88), quint8(1), quint8(0), true}));
         QCOMPARE(s.device->retryCount(), 1);
         s.link->deliverNow(statusAnswer(0x8E, 1));
         QCOMPARE(s.device->retryCount(), 0);
