@@ -179,9 +179,12 @@ void Device::sendNextCommand() {
         writeFrame(frame);
         m_protocol->dropFirst();
         if (watched && awaitsAnswer(frame))
-            m_outstanding << Request{frame, payloadByte(frame, proto::Frame::CodeOffset),
+            m_outstanding << Request{frame,
+                                     payloadByte(frame, proto::Frame::CodeOffset),
                                      payloadByte(frame, proto::Frame::OperationOffset),
-                                     payloadByte(frame, proto::Frame::ParameterOffset), 0};
+                                     payloadByte(frame, proto::Frame::ParameterOffset),
+                                     0,
+                                     m_lostPending};
         if (!watched)
             return;
     }
@@ -289,9 +292,6 @@ void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
         m_retries = 0;
         if (m_lostPending) {
             m_lostPending = false;
-            // What went out while the device was silent is asked again now that it listens.
-            for (const Request &r : qAsConst(m_outstanding))
-                writeFrame(r.frame);
             emit connectionRestored();
         }
     }
@@ -348,8 +348,16 @@ void Device::onResponseTimeout() {
             emit linkDown();
         return;
     }
-    if (!m_outstanding.isEmpty())
+    if (!m_outstanding.isEmpty() && m_outstanding.first().intoSilence && !m_lostPending) {
+        // Written while the device was silent, and it has answered since: most likely never heard, so it is
+        // asked once more instead of being given up.
+        Request again = m_outstanding.takeFirst();
+        again.intoSilence = false;
+        writeFrame(again.frame);
+        m_outstanding << again;
+    } else if (!m_outstanding.isEmpty()) {
         abandonOldest(false);
+    }
     if (m_retries < m_retryLimit) {
         ++m_retries;
     } else if (m_retries == m_retryLimit) {

@@ -131,6 +131,7 @@ private:
         quint8 operation = 0;
         quint8 parameter = 0;
         int nonsense = 0;
+        bool intoSilence = false; // written while the device was taken for lost
     };
 
     void onReadyRead();
