@@ -223,8 +223,6 @@ private slots:
     void replaceConfiguration_data();
     void replaceConfiguration();
     void saveThenOpen_restoresConfiguration();
-    void programUpdateCheck_data();
-    void programUpdateCheck();
     void firmwareUpdate_entersLoaderAndComesBack();
     void leavingModifiedPage_data();
     void leavingModifiedPage();
@@ -397,15 +395,18 @@ void tst_MainWindow::startUp() {
         QVERIFY(shown || !qobject_cast<MainWindow *>(w));
 }
 
-// A link error: the user's text, and whether the window lets the device go.
+// A link error (or, with no device, the program's update check): the user's text, and whether the window
+// is without a device afterwards.
 void tst_MainWindow::linkError_data() {
     QTest::addColumn<int>("group");
     QTest::addColumn<int>("code");
     QTest::addColumn<QStringList>("said");
     QTest::addColumn<bool>("disconnected");
-    auto row = [](const char *name, int group, int code, const char *text) {
-        const QStringList said = *text ? QStringList{LinkWarning + QString::fromUtf8(text)} : QStringList();
-        QTest::newRow(name) << group << code << said << bool(*text);
+    // One message box "kind|title|text" (none when empty); a link's warning when `kind` is empty.
+    auto row = [](const char *name, int group, int code, const char *text, const char *kind = "") {
+        const QString said =
+            *kind ? QString::fromUtf8(kind) + QString::fromUtf8(text) : LinkWarning + QString::fromUtf8(text);
+        QTest::newRow(name) << group << code << (*text ? QStringList{said} : QStringList()) << bool(*text);
     };
     row("server closed the connection", 0, 1, "Отключен от сервера");
     row("serial device not found", 1, 1, "Прибор отключен");
@@ -416,9 +417,17 @@ void tst_MainWindow::linkError_data() {
     row("two devices", -1, 0, "Подключено более одного прибора, отключите лишние \n для избежания ошибок");
     // The device stops answering with the link open: one waiting box, whatever more silence comes; an
     // answer closes it, giving up reports the broken link.
-    QTest::newRow("silent device, user gives up")
-        << -2 << 0 << QStringList{"information|Tavrel_micro_cfg|Соединение разорвано"} << true;
-    QTest::newRow("silent device, an answer brings it back") << -2 << 1 << QStringList() << false;
+    row("silent device, user gives up", -2, 0, "Соединение разорвано", "information|Tavrel_micro_cfg|");
+    row("silent device, an answer brings it back", -2, 1, "");
+    // The program's own update check, with no device.
+    row("update check failed", -3, 0,
+        "Ошибка проверки обновлений программы конфигуратора\nОшибка: Updates checking timeout",
+        "warning|Tavrel_micro_cfg|");
+    row("no updates", -3, 1, "Нет доступных обновлений конфигуратора", "information|Tavrel_micro_cfg|");
+    row("one update", -3, 2,
+        "Количество обновлений: 1\nДоступно обновление.\nНазвание приложения: tavrel-cfg\n"
+        "Версия: 1.0.1\nРазмер: 12 MB\n\n",
+        "question|Результат проверки обновлений|");
 }
 
 void tst_MainWindow::linkError() {
@@ -441,6 +450,17 @@ void tst_MainWindow::linkError() {
         };
         w.reset(new MainWindow(o));
         QTRY_VERIFY(!m_prompter->calls.isEmpty());
+    } else if (group == -3) {
+        w = makeWindow(false);
+        auto *checker = w->findChild<QTIFWUpdater *>();
+        QVERIFY(checker);
+        if (code == 0)
+            emit checker->errorOccurred(QStringLiteral("Updates checking timeout"));
+        else if (code == 1)
+            emit checker->warningOccurred(QStringLiteral("There are currently no updates available."));
+        else
+            emit checker->checkComplete({ComponentInformation{
+                QStringLiteral("tavrel-cfg"), QStringLiteral("1.0.1"), QStringLiteral("12 MB")}});
     } else if (group == -2) {
         w = makeWindow(false, 20);
         w->reconnect();
@@ -795,35 +815,6 @@ void tst_MainWindow::saveThenOpen_restoresConfiguration() {
     w->on_action_OpenCfgFromFile_triggered();
     QCOMPARE(int(w->configuration()->system()->value()->gsens()), 9);
     QCOMPARE(qobject_cast<SystemPage *>(w->settingsPage(MainWindow::SystemPage))->gsens->value(), 9);
-}
-
-void tst_MainWindow::programUpdateCheck_data() {
-    QTest::addColumn<int>("outcome"); // 0 error, 1 no updates, 2 updates found
-    QTest::addColumn<QString>("said");
-    QTest::newRow("tool failed") << 0
-                                 << "warning|Tavrel_micro_cfg|Ошибка проверки обновлений программы "
-                                    "конфигуратора\nОшибка: Updates checking timeout";
-    QTest::newRow("no updates") << 1 << "information|Tavrel_micro_cfg|Нет доступных обновлений конфигуратора";
-    QTest::newRow("one update") << 2
-                                << "question|Результат проверки обновлений|Количество обновлений: "
-                                   "1\nДоступно обновление.\nНазвание приложения: tavrel-cfg\nВерсия: "
-                                   "1.0.1\nРазмер: 12 MB\n\n";
-}
-
-void tst_MainWindow::programUpdateCheck() {
-    QFETCH(int, outcome);
-    QFETCH(QString, said);
-    auto w = makeWindow(false);
-    auto *checker = w->findChild<QTIFWUpdater *>();
-    QVERIFY(checker);
-    if (outcome == 0)
-        emit checker->errorOccurred(QStringLiteral("Updates checking timeout"));
-    else if (outcome == 1)
-        emit checker->warningOccurred(QStringLiteral("There are currently no updates available."));
-    else
-        emit checker->checkComplete({ComponentInformation{QStringLiteral("tavrel-cfg"),
-                                                          QStringLiteral("1.0.1"), QStringLiteral("12 MB")}});
-    QCOMPARE(m_prompter->calls, QStringList{said});
 }
 
 void tst_MainWindow::firmwareUpdate_entersLoaderAndComesBack() {
