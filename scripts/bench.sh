@@ -6,12 +6,15 @@ build=${1:-build}
 sim="$build/tools/devsim/tavrel-devsim"
 cli="$build/cli/tavrel-cli"
 for exe in "$build/bench/readwrite/bench-readwrite" "$build/bench/flash/bench-flash" "$build/bench/startup/bench_startup" \
-           "$build/bench/batch/bench-batch" "$build/bench/charts/bench_charts"; do
+           "$build/bench/batch/bench-batch" "$build/bench/charts/bench_charts" "$build/bench/remote/bench-remote"; do
     [ -x "$exe" ] || { echo "bench: $exe is not built" >&2; exit 1; }
 done
 
 echo "== read all / write all at 115200 baud"
 "$build/bench/readwrite/bench-readwrite" --devsim "$sim"
+echo
+echo "== read all, write all and a telemetry round: remote at 300 ms latency and at 115200 baud"
+"$build/bench/remote/bench-remote" --devsim "$sim"
 echo
 echo "== firmware flash, 512 pages at 115200 baud"
 "$build/bench/flash/bench-flash" --devsim "$sim" --cli "$cli"
