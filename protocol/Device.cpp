@@ -290,6 +290,9 @@ void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
     }
     if (answered) {
         m_retries = 0;
+        // Nonsense counts only in a row: an answer that makes sense between breaks the run.
+        for (Request &r : m_outstanding)
+            r.nonsense = 0;
         if (m_lostPending) {
             m_lostPending = false;
             emit connectionRestored();
