@@ -9,6 +9,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 namespace {
 
 // The session reports the power-cycle answer itself; the parser needs no box of its own.
@@ -124,6 +126,7 @@ void Device::stop() {
     m_stallTimer->stop();
     m_outstanding.clear();
     m_recent.clear();
+    m_parked.clear();
     m_deframer.clear();
 }
 
@@ -295,6 +298,7 @@ void Device::handleFrame(const proto::StreamDeframer::Item &frame) {
             r.nonsense = 0;
         if (m_lostPending) {
             m_lostPending = false;
+            resendParked();
             emit connectionRestored();
         }
     }
@@ -336,6 +340,21 @@ void Device::remember(const Request &request) {
         m_recent.removeFirst();
 }
 
+// The device answers again: what it was asked in vain while silent, and is not on the line now, is asked
+// again.
+void Device::resendParked() {
+    const QList<Request> parked = std::exchange(m_parked, {});
+    for (Request r : parked) {
+        if (find(m_outstanding, r.frame.mid(proto::Frame::PayloadOffset)) >= 0)
+            continue;
+        writeFrame(r.frame);
+        r.intoSilence = false;
+        m_outstanding << r;
+    }
+    if (!m_outstanding.isEmpty() && !m_responseTimer->isActive())
+        m_responseTimer->start();
+}
+
 void Device::abandonOldest(bool nonsense) {
     const Request r = m_outstanding.takeFirst();
     proto::TrafficLog::write(QStringLiteral("Запрос без ответа: ") + proto::TrafficLog::maskedHex(r.frame));
@@ -359,6 +378,13 @@ void Device::onResponseTimeout() {
         writeFrame(again.frame);
         m_outstanding << again;
     } else if (!m_outstanding.isEmpty()) {
+        if (m_lostPending) {
+            Request parked = m_outstanding.first();
+            parked.nonsense = 0;
+            if (find(m_parked, parked.frame.mid(proto::Frame::PayloadOffset)) < 0 &&
+                m_parked.size() < m_window)
+                m_parked << parked;
+        }
         abandonOldest(false);
     }
     if (m_retries < m_retryLimit) {

@@ -140,6 +140,7 @@ private:
     void onStall();
     void abandonOldest(bool nonsense);
     void remember(const Request &request);
+    void resendParked();
     void writeFrame(const QByteArray &frame);
     static int find(const QList<Request> &requests, const QByteArray &payload);
     void raiseConnectionLost();
@@ -154,6 +155,7 @@ private:
     proto::StreamDeframer m_deframer;
     QList<Request> m_outstanding; // oldest first
     QList<Request> m_recent;      // the last ones answered or given up: a late answer is no nonsense
+    QList<Request> m_parked;      // given up at a time-out while the device was taken for lost
     int m_window = DefaultWindow;
     int m_retries = 0;
     int m_retryLimit = DefaultRetryLimit;

@@ -222,6 +222,23 @@ private slots:
         QCOMPARE(s.device->retryCount(), 0);
     }
 
+    // Requests given up while the device was taken for lost are asked again once it answers.
+    void askedInVainWhileLostAskedAgainOnReturn() {
+        Session s;
+        s.device->setWindow(2);
+        s.queueThree();
+        s.device->sendNextCommand();
+        s.timeouts(4);
+        QVERIFY(s.device->isConnectionLost());
+        s.protocol()->readFuel();
+        s.protocol()->readOutputs();
+        s.device->sendNextCommand();
+        s.timeouts(2);
+        s.link->written.clear();
+        s.link->deliverNow(statusAnswer(0x91, 1)); // late, for the first system read
+        QCOMPARE(s.link->written, (QList<QByteArray>{FuelRead, OutputsRead}));
+    }
+
     void nonsenseCountsAsSilence_data() {
         QTest::addColumn<QByteArray>("reply");
         QTest::newRow("garbage") << QByteArray::fromHex("0102030405ff0708");
