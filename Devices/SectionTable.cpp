@@ -143,12 +143,12 @@ QVector<SectionRequest> gsmWrites(const Configuration *cfg) {
     for (int sim = 0; sim < GsmSims; ++sim) {
         const QByteArray access = s->encodeAccess(sim);
         if (!access.isEmpty())
-            requests << write(access, QStringLiteral("GSM, провайдер SIM%1").arg(sim + 1));
+            requests << write(access, QStringLiteral("GSM (провайдер SIM%1)").arg(sim + 1));
     }
     for (int sim = 0; sim < GsmSims; ++sim) {
         const QByteArray roaming = s->encodeRoaming(sim);
         if (!roaming.isEmpty())
-            requests << write(roaming, QStringLiteral("GSM, роуминг SIM%1").arg(sim + 1));
+            requests << write(roaming, QStringLiteral("GSM (роуминг SIM%1)").arg(sim + 1));
     }
     return requests;
 }
@@ -212,8 +212,8 @@ QVector<Section> buildTable() {
          answerKind<DeviceInfo, keys::MainDeviceInfo>, nullptr},
         {keys::Gsm, QStringLiteral("GSM"), "GSM configuration",
          ConfigType, Gsm::Code, Gsm::AnswerCode, 2, 1, 2, {QStringLiteral("gsm")},
-         {read(Gsm::AnswerCode, Gsm::AccessBlock, QStringLiteral("GSM, провайдеры")),
-          read(Gsm::AnswerCode, Gsm::RoamingBlock, QStringLiteral("GSM, роуминг"))},
+         {read(Gsm::AnswerCode, Gsm::AccessBlock, QStringLiteral("GSM (провайдеры)")),
+          read(Gsm::AnswerCode, Gsm::RoamingBlock, QStringLiteral("GSM (роуминг)"))},
          create<Gsm>, decode<Gsm, keys::Gsm>, gsmWrites, answerBlock<Gsm, keys::Gsm>,
          decodeWrite<Gsm, keys::Gsm>},
         {keys::Agc, QStringLiteral("аналоговые входы"), "ADC configuration",

@@ -255,17 +255,22 @@ private slots:
         QVERIFY(p.readAllStandardError().isEmpty());
     }
 
-    // A bench of three trackers plus one that wants a password nobody gave: each of the three is flashed and
-    // gets its own row of the table (its state file shows it) or, the third being unlisted, the template
-    // alone; the fourth fails alone with its reason.
+    // A bench of three trackers plus three that fail: each of the three is flashed and gets its own row of
+    // the table (its state file shows it) or, the third being unlisted, the template alone; the others fail
+    // alone, each with its reason.
     void batch_bench_eachTrackerItsOwnValues() {
         const QString dir = m_dir.filePath("bench");
         QVERIFY(QDir().mkpath(dir));
         QProcess bench;
         bench.start(DevsimBinary,
                     {"--pty", "--bench", "3", "--link", dir + "/t", "--state", dir + "/s.json"});
-        Devsim locked;
+        // Trackers that fail, each alone with its reason: a password nobody gave, a blocked device, a
+        // section answered with nonsense.
+        Devsim locked, blocked, nonsense;
         QVERIFY(locked.start(Pty, {"--link", dir + "/t-locked", "--password", "5"}));
+        QVERIFY(blocked.start(Pty, {"--link", dir + "/t-blocked", "--blocked"}));
+        QVERIFY(
+            nonsense.start(Pty, {"--link", dir + "/t-nonsense", "--nonsense", "ServerConfiguration:short"}));
         while (bench.waitForReadyRead(5000) && bench.readAll().count('\n') < 3 &&
                !QFile::exists(dir + "/t-3"))
             ;
@@ -282,10 +287,12 @@ private slots:
         QVERIFY2(r.exitCode == 1 && r.out.count(QStringLiteral(": успешно\n")) == 2 &&
                      r.out.contains(imeis.at(2) + " (" + dir +
                                     "/t-3): успешно (только шаблон: IMEI нет в таблице значений)") &&
-                     r.out.contains("(" + dir + "/t-locked): ошибка: прибор запросил пароль"),
+                     r.out.contains("(" + dir + "/t-locked): ошибка: прибор запросил пароль") &&
+                     r.out.contains("(" + dir + "/t-blocked): ошибка: прибор заблокирован") &&
+                     r.out.contains("(" + dir + "/t-nonsense): ошибка: нет ответа: серверы"),
                  qPrintable(r.describe()));
         const QStringList lines = QString::fromUtf8(contents(report)).split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 5);
+        QCOMPARE(lines.size(), 7);
         QVERIFY(lines.constFirst().startsWith("время,порт,IMEI,"));
         ::kill(pid_t(bench.processId()), SIGTERM);
         QVERIFY(bench.waitForFinished(5000));
@@ -314,8 +321,11 @@ private slots:
         Devsim solo;
         QVERIFY(solo.start(Pty, {"--link", dir + "/solo"}));
         QProcess cli;
+        // The bench goes on plugging in trackers: only the first two are chosen, so that none is being
+        // programmed when the run is interrupted.
         cli.start(CliBinary, {"batch", "--template", DataDir + "/write-config.json", "--ports",
-                              dir + "/b-*," + dir + "/solo", "--wait-new", "--report", dir + "/report.csv"});
+                              dir + "/b-1," + dir + "/b-2," + dir + "/solo", "--wait-new", "--report",
+                              dir + "/report.csv"});
         QProcess bench;
         bench.start(DevsimBinary, {"--pty", "--bench", "1", "--appear-every", "1", "--link", dir + "/b"});
         QString out, err;

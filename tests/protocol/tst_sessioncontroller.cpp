@@ -200,8 +200,8 @@ private slots:
             QVERIFY(session.writeSection(kd::keys::Gsm));
             QTRY_VERIFY(!session.isJobRunning());
             QCOMPARE(last.labels(JobResult::Outcome::Confirmed),
-                     QStringList({"GSM, провайдер SIM1", "GSM, роуминг SIM1", "GSM, роуминг SIM2"}));
-            QCOMPARE(last.labels(JobResult::Outcome::NotAnswered), QStringList{"GSM, провайдер SIM2"});
+                     QStringList({"GSM (провайдер SIM1)", "GSM (роуминг SIM1)", "GSM (роуминг SIM2)"}));
+            QCOMPARE(last.labels(JobResult::Outcome::NotAnswered), QStringList{"GSM (провайдер SIM2)"});
         }
         QTRY_COMPARE(log, events);
     }
