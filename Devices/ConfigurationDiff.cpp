@@ -80,9 +80,10 @@ void keepDeviceValues(VantorConfiguration &target, const VantorConfiguration &de
         f->assign(target, f->rawValue(device));
 }
 
-void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo) {
+void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo,
+                const QStringList &sections) {
     for (const ConfigField &f : configurationFields()) {
-        if (identityToo || f.writable)
+        if (f.writable ? sections.isEmpty() || sections.contains(f.section) : identityToo)
             f.assign(to, f.rawValue(from));
     }
 }

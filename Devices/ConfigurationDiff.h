@@ -49,7 +49,9 @@ void keepDeviceValues(VantorConfiguration &target, const VantorConfiguration &de
                       const QVector<const ConfigField *> &fields);
 
 // The fields of `from` into `to`: every one, or the writable ones only (the identity stays).
-void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo = true);
+// The fields of `sections` (every section when empty), and the identity when `identityToo`.
+void copyFields(VantorConfiguration &to, const VantorConfiguration &from, bool identityToo = true,
+                const QStringList &sections = {});
 
 // The sections a full write sends; the outputs are written only from their own page.
 QStringList writeAllSections();

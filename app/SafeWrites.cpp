@@ -45,8 +45,11 @@ void SafeWrites::configurationReplaced() {
 }
 
 bool SafeWrites::confirm(const QString &title, const QString &question, const QStringList &sections) {
-    if (!m_deviceKnown)
-        return m_prompter->question(m_window, title, question);
+    // The changes can only be shown against values read from the device.
+    for (const QString &key : sections) {
+        if (!m_known.contains(key))
+            return m_prompter->question(m_window, title, question);
+    }
     kd::WritePreview preview;
     preview.device = m_device;
     preview.planned = m_configuration;
@@ -74,27 +77,45 @@ bool SafeWrites::confirm(const QString &title, const QString &question, const QS
 
 void SafeWrites::onJobFinished(const JobResult &result) {
     switch (result.kind) {
-    case JobResult::Kind::ReadAll:
+    case JobResult::Kind::ReadAll: {
+        // A section is the device's when every request of it brought its data, whatever became of others.
+        QSet<QString> missed;
+        for (const JobResult::Request &r : result.requests) {
+            if (r.outcome != JobResult::Outcome::Answered)
+                missed.insert(r.sectionKey);
+        }
+        QStringList arrived;
+        for (const JobResult::Request &r : result.requests) {
+            if (!r.sectionKey.isEmpty() && !missed.contains(r.sectionKey) && !arrived.contains(r.sectionKey))
+                arrived << r.sectionKey;
+        }
         if (m_step == Verify::AwaitRead) {
             m_step = Verify::Idle;
-            if (!result.ok())
-                return; // the window reports the missing sections
-            const kd::ConfigurationDiff mismatch =
-                kd::ConfigurationDiff::compare(*m_written, *m_configuration, m_writtenSections);
-            if (!mismatch.isEmpty()) {
-                m_prompter->warning(m_window, QStringLiteral("Проверка записи"),
-                                    QStringLiteral("Записано, но не подтверждено чтением:\n") +
-                                        kd::mismatchLines(mismatch).join('\n'));
-            } else {
-                kd::trafficLog(QStringLiteral("Запись подтверждена чтением"));
+            // What did not come back is named by the window's own report of the read.
+            QStringList checked;
+            for (const QString &key : qAsConst(m_writtenSections)) {
+                if (arrived.contains(key))
+                    checked << key;
+            }
+            if (!checked.isEmpty()) {
+                const kd::ConfigurationDiff mismatch =
+                    kd::ConfigurationDiff::compare(*m_written, *m_configuration, checked);
+                if (!mismatch.isEmpty())
+                    m_prompter->warning(m_window, QStringLiteral("Проверка записи"),
+                                        QStringLiteral("Записано, но не подтверждено чтением:\n") +
+                                            kd::mismatchLines(mismatch).join('\n'));
+                else
+                    kd::trafficLog(QStringLiteral("Запись подтверждена чтением"));
             }
         }
-        if (result.ok()) {
-            kd::copyFields(*m_device, *m_configuration);
-            m_deviceKnown = true;
-            configurationReplaced();
+        if (!arrived.isEmpty()) {
+            kd::copyFields(*m_device, *m_configuration, true, arrived);
+            m_known.unite(QSet<QString>(arrived.begin(), arrived.end()));
         }
+        if (result.ok())
+            configurationReplaced();
         return;
+    }
     case JobResult::Kind::WriteAll:
     case JobResult::Kind::WriteSection:
         if (m_step != Verify::AwaitWrite)
@@ -118,7 +139,7 @@ void SafeWrites::showHistory() {
 }
 
 void SafeWrites::showCompare() {
-    CompareDialog dialog(m_deviceKnown ? m_device : nullptr, m_configuration, m_store, imei(), m_window);
+    CompareDialog dialog(m_known.isEmpty() ? nullptr : m_device, m_configuration, m_store, imei(), m_window);
     if (dialog.exec() != QDialog::Accepted || !dialog.writeSource())
         return;
     QSet<QString> sections;

@@ -5,6 +5,7 @@
 
 #include <QJsonObject>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <memory>
 
@@ -26,7 +27,7 @@ public:
     ~SafeWrites() override;
 
     void setVerify(bool on) { m_verify = on; }
-    bool deviceValuesKnown() const { return m_deviceKnown; }
+    bool deviceValuesKnown() const { return !m_known.isEmpty(); }
     const VantorConfiguration &deviceValues() const { return *m_device; }
     // The configuration was loaded from the file at `path`, or built anew (no file).
     void fileLoaded(const QString &path);
@@ -59,7 +60,7 @@ private:
     QStringList m_writtenSections;
     QJsonObject m_fileRoot;
     bool m_fromFile = false;
-    bool m_deviceKnown = false;
+    QSet<QString> m_known; // the sections whose device values were read
     bool m_verify = true;
     enum class Verify { Idle, AwaitWrite, AwaitRead } m_step = Verify::Idle;
 };
