@@ -1,7 +1,6 @@
 #include "Devices/WriteErrorText.h"
 
 #include <QDir>
-#include <QFileDevice>
 #include <QFileInfo>
 #include <QStorageInfo>
 
@@ -25,10 +24,6 @@ QString writeErrorText(const QString &path, const QString &systemText) {
     if (storage.isValid() && storage.bytesAvailable() == 0)
         return QStringLiteral("нет места на диске (%1)").arg(QDir::toNativeSeparators(storage.rootPath()));
     return QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path), systemText);
-}
-
-QString writeErrorText(const QFileDevice &file) {
-    return writeErrorText(file.fileName(), file.errorString());
 }
 
 } // namespace kd

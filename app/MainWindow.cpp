@@ -418,9 +418,9 @@ void MainWindow::writeAll() {
 void MainWindow::writeSections(const QStringList &sections) {
     m_pages->storeModified();
     // A section that was never read, loaded or created holds zeros, not the device's values: it stays out.
-    const QStringList all = kd::writeAllSections();
     QStringList leftOut;
-    const QStringList keys = m_pages->sectionsWithValues(sections.isEmpty() ? all : sections, &leftOut);
+    const QStringList keys =
+        m_pages->sectionsWithValues(sections.isEmpty() ? kd::writeAllSections() : sections, &leftOut);
     if (keys.isEmpty()) {
         m_prompter->warning(this, appTitle(),
                             QStringLiteral("Нет значений для записи: считайте конфигурацию из прибора или "
@@ -435,8 +435,6 @@ void MainWindow::writeSections(const QStringList &sections) {
         return;
     if (keys.size() == 1)
         m_session->writeSection(keys.constFirst());
-    else if (keys == all)
-        m_session->writeAll();
     else
         m_session->writeSections(keys);
     for (SettingsPageBase *page : m_pages->all())

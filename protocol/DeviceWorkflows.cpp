@@ -51,22 +51,13 @@ void DeviceWorkflows::readAll() {
 }
 
 void DeviceWorkflows::writeAll() {
-    auto *p = protocol();
-    p->clearQueue();
-    p->writeNavigation();
-    p->writeGsm();
-    p->writeFuel();
-    p->writeSystem();
-    writeEach<kd::AgcConfiguration>(kd::keys::Agc, [p](int i) { p->writeAnalogInput(i); });
-    writeEach<kd::LogicConfiguration>(kd::keys::Logic, [p](int i) { p->writeLogicInput(i); });
-    writeEach<kd::ServerConfiguration>(kd::keys::Server, [p](int i) { p->writeServer(i); });
-    start();
+    writeSections({});
 }
 
 void DeviceWorkflows::writeSections(const QStringList &keys) {
     protocol()->clearQueue();
     for (const kd::Section *section : kd::writeOrder()) {
-        if (keys.contains(QLatin1String(section->key)))
+        if (keys.isEmpty() || keys.contains(QLatin1String(section->key)))
             protocol()->writeSection(section->key);
     }
     start();

@@ -24,7 +24,8 @@ public:
     void readAll();
     // Drops whatever waits and writes every section but the outputs (those only from their own page).
     void writeAll();
-    // Drops whatever waits and writes the given sections, in the order of the full write.
+    // Drops whatever waits and writes the given sections (all of the full write when empty), in the order
+    // of the full write.
     void writeSections(const QStringList &keys);
     // Both device-information kinds; the queue is not cleared.
     void readIdentity();

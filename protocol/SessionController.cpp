@@ -741,9 +741,7 @@ bool SessionController::readAll() {
 }
 
 bool SessionController::writeAll() {
-    if (!d->canStart(false))
-        return false;
-    return d->startJob(JobResult::Kind::WriteAll, false, [](DeviceWorkflows &w) { w.writeAll(); });
+    return writeSections({});
 }
 
 bool SessionController::writeSections(const QStringList &keys) {

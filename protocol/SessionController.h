@@ -81,7 +81,7 @@ public:
     bool readIdentity();
     bool readAll();
     bool writeAll();
-    // Some of the sections of the full write, in its order (a job of the full write's kind).
+    // Some of the sections of the full write (all when empty), in its order (a job of the full write's kind).
     bool writeSections(const QStringList &keys);
     // One section by its key ("NavConfiguration", "ServerConfiguration", ...).
     bool writeSection(const QString &key);

@@ -18,6 +18,7 @@
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
+#include "protocol/StreamDeframer.h"
 #include "tests/support/DevsimProcess.h"
 #include "tests/support/FakeLink.h"
 #include "tests/update/BskBuilder.h"
@@ -119,12 +120,8 @@ class RecordingSerial : public SerialConnection {
 public:
     using SerialConnection::SerialConnection;
     qint64 write(const QByteArray &bytes) override {
-        for (int at = 0; at + proto::Frame::Overhead <= bytes.size();) {
-            const int size = proto::Frame::Overhead + quint8(bytes.at(at + proto::Frame::LengthOffset)) +
-                             256 * quint8(bytes.at(at + proto::Frame::LengthOffset + 1));
-            written.append(bytes.mid(at, size));
-            at += size;
-        }
+        for (const proto::StreamDeframer::Item &item : proto::StreamDeframer().feed(bytes))
+            written.append(item.bytes);
         return SerialConnection::write(bytes);
     }
     int count(const QByteArray &head) const {
