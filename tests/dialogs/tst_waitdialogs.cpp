@@ -1,5 +1,6 @@
 #include "app/ConnectionToServerDialog.h"
 #include "app/ConnectionWaitDlg.h"
+#include "app/PopUp.h"
 #include "app/WaitMessageDlg.h"
 
 #include <QElapsedTimer>
@@ -10,7 +11,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-// The boxes the window shows while it waits for a device: they end only as the user or the device decides.
+// The boxes the window shows while it waits for a device (they end only as the user or the device decides)
+// and the notification that fades in and out by itself.
 class tst_WaitDialogs : public QObject {
     Q_OBJECT
 
@@ -91,6 +93,67 @@ private slots:
                 flags & Qt::WindowStaysOnBottomHint);
         QVERIFY(!(flags & (Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint |
                            Qt::WindowContextHelpButtonHint)));
+    }
+
+    void popupTextResizesTheBox() {
+        PopUp popup;
+        popup.setPopupText(QStringLiteral("Ok"));
+        const int narrow = popup.width();
+        popup.setPopupText(QStringLiteral("Конфигурация прибора успешно записана в прибор"));
+        QCOMPARE(popup.text(), QStringLiteral("Конфигурация прибора успешно записана в прибор"));
+        QVERIFY(popup.width() > narrow);
+    }
+
+    void popupFadesInHoldsAndFadesOut_data() {
+        QTest::addColumn<int>("fadeIn");
+        QTest::addColumn<int>("hold");
+        QTest::addColumn<int>("fadeOut");
+        QTest::newRow("short") << 10 << 200 << 10;
+        QTest::newRow("slow fade") << 5 << 150 << 100;
+    }
+
+    void popupFadesInHoldsAndFadesOut() {
+        QFETCH(int, fadeIn);
+        QFETCH(int, hold);
+        QFETCH(int, fadeOut);
+        PopUp popup;
+        popup.setTimings({fadeIn, hold, fadeOut});
+        popup.setPopupText(QStringLiteral("Настройки записаны"));
+        popup.setPopupOpacity(0.7f);
+        QElapsedTimer clock;
+        clock.start();
+        popup.show();
+        QVERIFY(popup.isVisible() && popup.getPopupOpacity() < 0.7f);
+        auto *animation = popup.findChild<QPropertyAnimation *>();
+        // At the end of each fade: the opacity, whether shown and the fade's length; and when it ended.
+        QStringList steps;
+        QList<qint64> at;
+        connect(animation, &QAbstractAnimation::finished, &popup, [&] {
+            steps << QStringLiteral("%1 %2 %3")
+                         .arg(popup.getPopupOpacity())
+                         .arg(popup.isVisible())
+                         .arg(animation->duration());
+            at << clock.elapsed();
+        });
+        QTRY_VERIFY(!popup.isVisible());
+        // Faded in: opaque and still shown, the hold time not yet over; faded out after it: transparent,
+        // hidden.
+        QCOMPARE(steps,
+                 (QStringList{QStringLiteral("1 1 %1").arg(fadeIn), QStringLiteral("0 0 %1").arg(fadeOut)}));
+        // Coarse timers may fire up to 5 % early.
+        QVERIFY(at[0] >= fadeIn && at[1] >= (hold + fadeOut) * 19 / 20);
+    }
+
+    void popupShownAgainRestartsTheFade() {
+        PopUp popup;
+        popup.setTimings({5, 30, 5});
+        popup.show();
+        QTRY_VERIFY(!popup.isVisible());
+        popup.show();
+        QVERIFY(popup.isVisible());
+        QVERIFY(!popup.isFadingOut());
+        QTRY_COMPARE(popup.getPopupOpacity(), 1.0f);
+        QTRY_VERIFY(!popup.isVisible());
     }
 };
 
