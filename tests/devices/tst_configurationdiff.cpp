@@ -37,38 +37,29 @@ private slots:
         QTest::addColumn<QVariant>("after");
         QTest::addColumn<QString>("human");
         QTest::addColumn<QString>("plain");
-        QTest::newRow("roaming") << "gsm[1].roaming.forbidden" << QVariant(1ULL) << QVariant(0ULL)
-                                 << "SIM 2: роуминг: запрещен → разрешен"
-                                 << "gsm[1].roaming.forbidden: 1 -> 0";
-        QTest::newRow("unit") << "navigation.faultSpeed" << QVariant(3ULL) << QVariant(0ULL)
-                              << "Навигация: Порог ложной скорости: 3 км/ч → 0 км/ч"
-                              << "navigation.faultSpeed: 3 -> 0";
-        QTest::newRow("text") << "Server[0].server" << QVariant("a.ru") << QVariant("")
-                              << "Сервер 1: Адрес сервера: «a.ru» → (пусто)"
-                              << "Server[0].server: \"a.ru\" -> \"\"";
-        QTest::newRow("timetable count")
-            << "gsm[0].roaming.timetable" << QVariant("ff") << QVariant("0")
-            << "SIM 1: расписание роуминга: 8 из 112 интервалов → 0 из 112 интервалов"
-            << "gsm[0].roaming.timetable: 0x000000000000000000000000000000ff -> "
-               "0x00000000000000000000000000000000";
-        QTest::newRow("timetable same count")
-            << "gsm[0].roaming.timetable" << QVariant("1") << QVariant("2")
-            << "SIM 1: расписание роуминга: 1 из 112 интервалов (0x00000000000000000000000000000001) → 1 из "
-               "112 "
-               "интервалов (0x00000000000000000000000000000002)"
-            << "gsm[0].roaming.timetable: 0x00000000000000000000000000000001 -> "
-               "0x00000000000000000000000000000002";
-        QTest::newRow("masked to 4 bits")
-            << "SystemParameters.gsens" << QVariant(16ULL) << QVariant(0ULL) << ""
-            << "";
-        QTest::newRow("flag bit") << "adcs[2].enabled" << QVariant(3ULL) << QVariant(1ULL) << ""
-                                  << "";
-        QTest::newRow("unsendable tail")
-            << "gsm[0].gprs.apn" << QVariant("internet") << QVariant("internetЖx") << ""
-            << "";
-        QTest::newRow("beyond 32") << "gsm[1].gprs.apn_password" << QVariant(QString(32, 'p'))
-                                   << QVariant(QString(40, 'p')) << ""
-                                   << "";
+        const auto row = [](const char *name, const char *path, const QVariant &before, const QVariant &after,
+                            const QString &human = {}, const QString &plain = {}) {
+            QTest::newRow(name) << QString::fromLatin1(path) << before << after << human << plain;
+        };
+        row("roaming", "gsm[1].roaming.forbidden", 1ULL, 0ULL, "SIM 2: роуминг: запрещен → разрешен",
+            "gsm[1].roaming.forbidden: 1 -> 0");
+        row("unit", "navigation.faultSpeed", 3ULL, 0ULL, "Навигация: Порог ложной скорости: 3 км/ч → 0 км/ч",
+            "navigation.faultSpeed: 3 -> 0");
+        row("text", "Server[0].server", "a.ru", "", "Сервер 1: Адрес сервера: «a.ru» → (пусто)",
+            "Server[0].server: \"a.ru\" -> \"\"");
+        row("timetable count", "gsm[0].roaming.timetable", "ff", "0",
+            "SIM 1: расписание роуминга: 8 из 112 интервалов → 0 из 112 интервалов",
+            "gsm[0].roaming.timetable: 0x000000000000000000000000000000ff -> "
+            "0x00000000000000000000000000000000");
+        row("timetable same count", "gsm[0].roaming.timetable", "1", "2",
+            "SIM 1: расписание роуминга: 1 из 112 интервалов (0x00000000000000000000000000000001) → 1 из 112 "
+            "интервалов (0x00000000000000000000000000000002)",
+            "gsm[0].roaming.timetable: 0x00000000000000000000000000000001 -> "
+            "0x00000000000000000000000000000002");
+        row("masked to 4 bits", "SystemParameters.gsens", 16ULL, 0ULL);
+        row("flag bit", "adcs[2].enabled", 3ULL, 1ULL);
+        row("unsendable tail", "gsm[0].gprs.apn", "internet", "internetЖx");
+        row("beyond 32", "gsm[1].gprs.apn_password", QString(32, 'p'), QString(40, 'p'));
     }
     void fieldChange() {
         QFETCH(QString, path);
@@ -137,39 +128,30 @@ private slots:
     void fileCheck_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QStringList>("lines");
-        QTest::newRow("empty") << QByteArray("{}")
-                               << QStringList{"в файле нет ни одного параметра конфигурации"};
-        QTest::newRow("identity only") << QByteArray(R"({"name":"x","hardver.devtype":3})")
-                                       << QStringList{"в файле нет ни одного параметра конфигурации"};
-        QTest::newRow("fine") << QByteArray(R"({"SystemParameters":{"gsens":15,"lowSpeed":1}})")
-                              << QStringList();
-        QTest::newRow("masked") << QByteArray(R"({"SystemParameters":{"gsens":300}})")
-                                << QStringList{
-                                       "SystemParameters.gsens: в файле 300 (вне диапазона, читается как "
-                                       "44), в прибор уйдет 12"};
-        QTest::newRow("negative port")
-            << QByteArray(R"({"Server":[{"port":-5}]})")
-            << QStringList{"Server[0].port: в файле -5 (вне диапазона), в прибор уйдет "
-                           "4294967291"};
-        QTest::newRow("fraction") << QByteArray(R"({"navigation":{"deltaSpeed":2.5}})")
-                                  << QStringList{
-                                         "navigation.deltaSpeed: в файле 2.5 (вне диапазона), в прибор "
-                                         "уйдет 2"};
-        QTest::newRow("string for a number") << QByteArray(R"({"adcs":[{},{"averaging":"10"}]})")
-                                             << QStringList{"adcs[1].averaging: в файле \"10\" (не число), в "
-                                                            "прибор уйдет 0"};
-        QTest::newRow("long text")
-            << QByteArray(R"({"gsm":[{"gprs 1":{"apn":"abcdefghijklmnopqrstuvwxyz0123456789"}}]})")
-            << QStringList{"gsm[0].gprs.apn: в файле \"abcdefghijklmnopqrstuvwxyz0123456789\" "
-                           "(длиннее 32 символов), в прибор уйдет "
-                           "\"abcdefghijklmnopqrstuvwxyz012345\""};
-        QTest::newRow("cyrillic") << QByteArray(R"({"gsm":[{},{"gprs 2":{"apn_name":"юзер"}}]})")
-                                  << QStringList{
-                                         "gsm[1].gprs.apn_name: в файле \"юзер\" (символы, которые прибор "
-                                         "не принимает), в прибор уйдет \"\""};
-        QTest::newRow("number for text")
-            << QByteArray(R"({"Server":[{"server":7}]})")
-            << QStringList{"Server[0].server: в файле 7 (не текст), в прибор уйдет \"\""};
+        const auto row = [](const char *name, const QByteArray &json, const QString &line = {}) {
+            QTest::newRow(name) << json << (line.isEmpty() ? QStringList() : QStringList{line});
+        };
+        const QString none = "в файле нет ни одного параметра конфигурации";
+        row("empty", "{}", none);
+        row("identity only", R"({"name":"x","hardver.devtype":3})", none);
+        row("fine", R"({"SystemParameters":{"gsens":15,"lowSpeed":1}})");
+        row("masked", R"({"SystemParameters":{"gsens":300}})",
+            "SystemParameters.gsens: в файле 300 (вне диапазона, читается как 44), в прибор уйдет 12");
+        row("negative port", R"({"Server":[{"port":-5}]})",
+            "Server[0].port: в файле -5 (вне диапазона), в прибор уйдет 4294967291");
+        row("fraction", R"({"navigation":{"deltaSpeed":2.5}})",
+            "navigation.deltaSpeed: в файле 2.5 (вне диапазона), в прибор уйдет 2");
+        row("string for a number", R"({"adcs":[{},{"averaging":"10"}]})",
+            "adcs[1].averaging: в файле \"10\" (не число), в прибор уйдет 0");
+        row("long text", R"({"gsm":[{"gprs 1":{"apn":"abcdefghijklmnopqrstuvwxyz0123456789"}}]})",
+            "gsm[0].gprs.apn: в файле \"abcdefghijklmnopqrstuvwxyz0123456789\" (длиннее 32 символов), в "
+            "прибор "
+            "уйдет \"abcdefghijklmnopqrstuvwxyz012345\"");
+        row("cyrillic", R"({"gsm":[{},{"gprs 2":{"apn_name":"юзер"}}]})",
+            "gsm[1].gprs.apn_name: в файле \"юзер\" (символы, которые прибор не принимает), в прибор уйдет "
+            "\"\"");
+        row("number for text", R"({"Server":[{"server":7}]})",
+            "Server[0].server: в файле 7 (не текст), в прибор уйдет \"\"");
     }
     void fileCheck() {
         QFETCH(QByteArray, json);

@@ -6,26 +6,15 @@
 #include "Devices/FuelConfiguration.h"
 #include "Devices/GSMConfiguration.h"
 #include "Devices/LogicConfiguration.h"
-#include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
 #include "Devices/SectionKeys.h"
 #include "Devices/SectionTable.h"
 #include "Devices/ServerConfiguration.h"
-#include "Devices/SystemConfiguration.h"
 
 #include <QSignalSpy>
 #include <QtTest>
 
-using kd::AgcConfiguration;
-using kd::ControlInfoConfiguration;
-using kd::DeviceInfoConfiguration;
-using kd::FuelConfiguration;
-using kd::GSMConfiguration;
-using kd::LogicConfiguration;
-using kd::NavigationConfiguration;
-using kd::OutputConfiguration;
-using kd::ServerConfiguration;
-using kd::SystemConfiguration;
+using namespace kd;
 
 namespace {
 
@@ -254,18 +243,17 @@ private slots:
         QTest::addColumn<int>("channel");
         QTest::addColumn<QByteArray>("elementSignal");
         QTest::addColumn<QByteArray>("sectionSignal");
-        QTest::newRow("high threshold of the third channel")
-            << 2 << QByteArray("thresholdHighChanged")
-            << QByteArray(SIGNAL(agcChannelHighThresholdChanged(uint32_t, uint32_t)));
-        QTest::newRow("low threshold of the first channel")
-            << 0 << QByteArray("thresholdLowChanged")
-            << QByteArray(SIGNAL(agcChannelLowThresholdChanged(uint32_t, uint32_t)));
-        QTest::newRow("averaging of the second channel")
-            << 1 << QByteArray("averagingChanged")
-            << QByteArray(SIGNAL(agcChannelAveragingChanged(uint32_t, uint32_t)));
-        QTest::newRow("sensitivity of the third channel")
-            << 2 << QByteArray("sensitivityChanged")
-            << QByteArray(SIGNAL(agcChannelSensitivityChanged(uint32_t, uint32_t)));
+        const auto row = [](const char *name, int channel, const char *element, const char *section) {
+            QTest::newRow(name) << channel << QByteArray(element) << QByteArray(section);
+        };
+        row("high threshold of the third channel", 2, "thresholdHighChanged",
+            SIGNAL(agcChannelHighThresholdChanged(uint32_t, uint32_t)));
+        row("low threshold of the first channel", 0, "thresholdLowChanged",
+            SIGNAL(agcChannelLowThresholdChanged(uint32_t, uint32_t)));
+        row("averaging of the second channel", 1, "averagingChanged",
+            SIGNAL(agcChannelAveragingChanged(uint32_t, uint32_t)));
+        row("sensitivity of the third channel", 2, "sensitivityChanged",
+            SIGNAL(agcChannelSensitivityChanged(uint32_t, uint32_t)));
     }
 
     void agc_elementSignals_areReemittedWithTheChannel() {
@@ -370,18 +358,13 @@ private slots:
     }
 
     void deviceInfo_identityAnswer_hasTheFixedLayout() {
-        DeviceInfoConfiguration device(1);
-        device.setDeviceGroup(1);
-        device.setDeviceType(3);
-        device.setDeviceMod(2);
-        device.setSerialNumber(100234);
-        device.setVersion(918);
-        device.setIMEI(QStringLiteral("12"));
-        QCOMPARE(device.encodeAnswer(1).toHex(' '),
+        VantorConfiguration device;
+        setFields(device, kd::keys::MainDeviceInfo, "x 918 1 3 2 100234 12");
+        QCOMPARE(device.deviceInfo()->encodeAnswer(1).toHex(' '),
                  QByteArray::fromHex("81 01 00 00 01000000 03000000 02000000 8a870100 96030000"
                                      "000000000000000000000000 31 32 00")
                      .toHex(' '));
-        QVERIFY(device.encodeAnswer(3).isEmpty());
+        QVERIFY(device.deviceInfo()->encodeAnswer(3).isEmpty());
     }
 
     void fuel_decode_data() {
@@ -452,20 +435,17 @@ private slots:
         QTest::addColumn<int>("func1");
         QTest::addColumn<QString>("loggedHead"); // empty: nothing decoded
 
-        QTest::newRow("two records") << QByteArray::fromHex("8d 02 00 00 03 00 07 00") << 3 << 7
-                                     << "8d 02 00 00";
-        QTest::newRow("index byte 5 is clamped to 1, records still start at input 0")
-            << QByteArray::fromHex("8d 02 05 00 03 00 07 00") << 3 << 7 << "8d 02 01 00";
-        QTest::newRow("index byte 1 stays 1")
-            << QByteArray::fromHex("8d 02 01 00 04 00") << 4 << 9 << "8d 02 01 00";
-        QTest::newRow("odd byte is no record")
-            << QByteArray::fromHex("8d 02 00 00 04 00 05") << 4 << 9 << "8d 02 00 00";
-        QTest::newRow("a third record is skipped")
-            << QByteArray::fromHex("8d 02 00 00 01 00 02 00 03 00") << 1 << 2 << "8d 02 00 00";
-        QTest::newRow("another kind changes nothing")
-            << QByteArray::fromHex("8d 01 00 00 01 00 02 00") << 9 << 9 << "";
-        QTest::newRow("status answer changes nothing")
-            << QByteArray::fromHex("8d 82 00 00 01 00") << 9 << 9 << "";
+        const auto row = [](const char *name, const char *hex, int func0, int func1, const char *head) {
+            QTest::newRow(name) << QByteArray::fromHex(hex) << func0 << func1 << QString::fromLatin1(head);
+        };
+        row("two records", "8d 02 00 00 03 00 07 00", 3, 7, "8d 02 00 00");
+        row("index byte 5 is clamped to 1, records still start at input 0", "8d 02 05 00 03 00 07 00", 3, 7,
+            "8d 02 01 00");
+        row("index byte 1 stays 1", "8d 02 01 00 04 00", 4, 9, "8d 02 01 00");
+        row("odd byte is no record", "8d 02 00 00 04 00 05", 4, 9, "8d 02 00 00");
+        row("a third record is skipped", "8d 02 00 00 01 00 02 00 03 00", 1, 2, "8d 02 00 00");
+        row("another kind changes nothing", "8d 01 00 00 01 00 02 00", 9, 9, "");
+        row("status answer changes nothing", "8d 82 00 00 01 00", 9, 9, "");
     }
 
     void logic_decode() {

@@ -56,31 +56,15 @@ private slots:
         const NavReceiverRecord r = NavReceiverRecord::fromBytes(
             QByteArray::fromHex("17 0b 1a 0e 05 09 02 03 37 00 25 01 59 da 44 00 21 75 38 00"
                                 "96 00 5a 00 78 00 09 0e 67 02 8c 0a 85 ff ff ff 03 00"));
-        QCOMPARE(
-            QList<int>({r.day,
-                        r.month,
-                        r.year,
-                        r.hours,
-                        r.minutes,
-                        r.seconds,
-                        r.fixQuality,
-                        r.latDegrees,
-                        r.latFlags & NavReceiverRecord::HemisphereBit,
-                        r.lonDegrees,
-                        r.lonFlags & NavReceiverRecord::HemisphereBit,
-                        r.pdop,
-                        r.hdop,
-                        r.vdop,
-                        r.satellites,
-                        r.satellitesInView,
-                        r.speed,
-                        r.course,
-                        r.altitude,
-                        r.receiverFlags}),
-            QList<int>({23, 11, 26, 14, 5, 9, 2, 55, 0, 37, 1, 150, 90, 120, 9, 14, 615, 2700, -123, 3}));
-        QCOMPARE(r.latMinutes, 4512345u);
-        QCOMPARE(r.lonMinutes, 3700001u);
-        QVERIFY(r.hasFix());
+        const int south = r.latFlags & NavReceiverRecord::HemisphereBit;
+        const int west = r.lonFlags & NavReceiverRecord::HemisphereBit;
+        const QList<qint64> fields{
+            r.day,        r.month,      r.year,       r.hours,         r.minutes,    r.seconds,
+            r.fixQuality, r.latDegrees, r.latMinutes, south,           r.lonDegrees, r.lonMinutes,
+            west,         r.pdop,       r.hdop,       r.vdop,          r.satellites, r.satellitesInView,
+            r.speed,      r.course,     r.altitude,   r.receiverFlags, r.hasFix()};
+        QCOMPARE(fields, QList<qint64>({23, 11,  26, 14,  5, 9,  2,   55,   4512345, 0, 37, 3700001,
+                                        1,  150, 90, 120, 9, 14, 615, 2700, -123,    3, 1}));
     }
 
     void deviceState_temperaturesAreSigned() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/Connection.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
@@ -46,6 +48,26 @@ inline QList<QByteArray> chunks(const QByteArray &data) {
     return list;
 }
 
+// A link that is always up, takes every write and hands over what deliver() puts in.
+class Link : public Connection {
+public:
+    QByteArray pending;
+    bool open() override { return true; }
+    void close() override {}
+    bool isOpen() const override { return true; }
+    int state() const override { return Connected; }
+    qint64 write(const QByteArray &bytes) override { return bytes.size(); }
+    QByteArray readAll() override {
+        QByteArray taken;
+        taken.swap(pending);
+        return taken;
+    }
+    void deliver(const QByteArray &chunk) {
+        pending = chunk;
+        emit readyRead();
+    }
+};
+
 inline QByteArray chunkRecord(const QByteArray &chunk) {
     QByteArray r;
     r.append(char(chunk.size() & 0xFF)).append(char(chunk.size() >> 8));
@@ -54,9 +76,10 @@ inline QByteArray chunkRecord(const QByteArray &chunk) {
 
 // Readers that take a path get the input through one file per process, rewritten for every input.
 inline QString scratchFile(const QByteArray &content, const char *name) {
-    static const QString dir = QFile::exists(QStringLiteral("/dev/shm")) ? QStringLiteral("/dev/shm")
-                                                                           : QDir::tempPath();
-    const QString path = QStringLiteral("%1/tavrel-fuzz-%2-%3").arg(dir).arg(::getpid()).arg(QLatin1String(name));
+    static const QString dir =
+        QFile::exists(QStringLiteral("/dev/shm")) ? QStringLiteral("/dev/shm") : QDir::tempPath();
+    const QString path =
+        QStringLiteral("%1/tavrel-fuzz-%2-%3").arg(dir).arg(::getpid()).arg(QLatin1String(name));
     QFile file(path);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(content);
@@ -66,8 +89,8 @@ inline QString scratchFile(const QByteArray &content, const char *name) {
 } // namespace fuzz
 
 // Every harness defines its initialisation through this, so the application object exists first.
-#define TAVREL_FUZZ_INITIALISE()                                                                        \
-    extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {                                      \
-        fuzz::initialise(argc, argv);                                                                   \
-        return 0;                                                                                       \
+#define TAVREL_FUZZ_INITIALISE()                                                                             \
+    extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {                                           \
+        fuzz::initialise(argc, argv);                                                                        \
+        return 0;                                                                                            \
     }

@@ -3,25 +3,10 @@
 #include "tests/fuzz/FuzzSupport.h"
 #include "tests/update/BskBuilder.h"
 
-#include "protocol/Connection.h"
 #include "update/DeviceUpdater.h"
 #include "update/FirmwareImage.h"
 
-namespace {
-
-class SinkLink : public Connection {
-public:
-    bool open() override { return true; }
-    void close() override {}
-    bool isOpen() const override { return true; }
-    int state() const override { return Connected; }
-    qint64 write(const QByteArray &bytes) override { return bytes.size(); }
-    QByteArray readAll() override { return {}; }
-};
-
-FirmwareImage *image = nullptr;
-
-} // namespace
+static FirmwareImage *image = nullptr;
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
     fuzz::initialise(argc, argv);
@@ -33,7 +18,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    SinkLink link;
+    fuzz::Link link;
     DeviceUpdater updater;
     updater.setConnection(&link);
     updater.setImage(image);

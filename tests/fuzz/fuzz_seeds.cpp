@@ -5,6 +5,7 @@
 #include "tests/update/BskBuilder.h"
 
 #include "Devices/ConfigurationFile.h"
+#include "Devices/SectionTable.h"
 #include "Devices/VantorConfiguration.h"
 #include "pages/GsmProfileStore.h"
 #include "protocol/Frame.h"
@@ -36,36 +37,20 @@ QByteArray readFile(const QString &path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Every request the configurator sends: each read, each telemetry poll, each write and command.
+// Every request the configurator sends: each section's reads and writes, each telemetry
+// poll and each command.
 QList<QByteArray> requests(VantorConfiguration &configuration) {
     proto::UNPProtocol p(&configuration);
-    p.readDeviceInfo(1);
-    p.readDeviceInfo(2);
-    p.readNavigation();
-    p.readNavigationBlock2();
-    p.readNavigationBlock3();
-    p.readGsm();
-    p.readGsmBlock3(0);
+    for (const kd::Section &section : kd::sections()) {
+        p.readSection(section.key);
+        p.writeSection(section.key);
+    }
     p.readGsmBlock3(1);
-    p.readGsmBlock4();
-    p.readFuel();
-    p.readCode9();
-    p.readAnalogInputs();
-    p.readLogicInputs();
-    p.readOutputs();
-    p.readServers();
-    p.readSystem();
     for (quint8 subCode : proto::UNPProtocol::telemetrySubCodes())
         p.readTelemetry(subCode);
-    p.writeNavigation();
-    p.writeGsm();
-    p.writeFuel();
+    p.readCode9();
     p.writeCode9();
-    p.writeAnalogInput(0);
-    p.writeLogicInput(0);
     p.setOutputs();
-    p.writeServer(0);
-    p.writeSystem();
     p.setOutput(1, 0);
     p.login(1234);
     p.changePassword(4321);

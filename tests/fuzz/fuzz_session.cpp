@@ -3,31 +3,7 @@
 #include "tests/fuzz/FuzzSupport.h"
 
 #include "Devices/VantorConfiguration.h"
-#include "protocol/Connection.h"
 #include "protocol/Device.h"
-
-namespace {
-
-class FuzzLink : public Connection {
-public:
-    QByteArray pending;
-    bool open() override { return true; }
-    void close() override {}
-    bool isOpen() const override { return true; }
-    int state() const override { return Connected; }
-    qint64 write(const QByteArray &bytes) override { return bytes.size(); }
-    QByteArray readAll() override {
-        QByteArray taken;
-        taken.swap(pending);
-        return taken;
-    }
-    void deliver(const QByteArray &chunk) {
-        pending = chunk;
-        emit readyRead();
-    }
-};
-
-} // namespace
 
 TAVREL_FUZZ_INITIALISE()
 
@@ -35,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     {
         VantorConfiguration configuration;
         Device device(&configuration);
-        auto *link = new FuzzLink;
+        auto *link = new fuzz::Link;
         device.setLink(link);
         for (const QByteArray &chunk : fuzz::chunks(fuzz::bytes(data, size)))
             link->deliver(chunk);
