@@ -1,16 +1,34 @@
+#include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
 #include "app/Skin.h"
+#include "pages/SettingsStatePage.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QFile>
 #include <QImage>
+#include <QLabel>
 #include <QMainWindow>
 #include <QMovie>
+#include <QPainter>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
+
+namespace {
+// The pixels of an image, `margin` in from its edges, whose brightness differs by more than `by` from
+// `background`'s.
+int differing(const QImage &image, int background, int by, int margin = 0) {
+    int n = 0;
+    for (int y = margin; y < image.height() - margin; ++y) {
+        for (int x = margin; x < image.width() - margin; ++x)
+            n += qAbs(qGray(image.pixel(x, y)) - background) > by ? 1 : 0;
+    }
+    return n;
+}
+} // namespace
 
 class tst_Skin : public QObject {
     Q_OBJECT
@@ -129,18 +147,49 @@ private slots:
         const int background = qGray(image.pixel(2, image.height() / 2));
         // Inside the border: of the pixels the icon changes at all, a good part must differ clearly (a
         // translucent fill may stay close to the background).
-        int drawn = 0;
-        int clear = 0;
-        for (int y = 4; y < image.height() - 4; ++y) {
-            for (int x = 4; x < image.width() - 4; ++x) {
-                const int difference = qAbs(qGray(image.pixel(x, y)) - background);
-                drawn += difference > 8 ? 1 : 0;
-                clear += difference > 60 ? 1 : 0;
-            }
-        }
+        const int drawn = differing(image, background, 8, 4);
+        const int clear = differing(image, background, 60, 4);
         QVERIFY(drawn > 0);
         const double share = double(clear) / drawn;
         QVERIFY2(share >= 0.35, qPrintable(QStringLiteral("%1 of the icon stands out").arg(share)));
+    }
+
+    void inactiveStateIconStandsOut_data() {
+        QTest::addColumn<QString>("icon"); // an icon label, or "fix" for the third receiver's button
+        QTest::addColumn<int>("skin");
+        QTest::addColumn<QColor>("background"); // of the state page's group boxes under that skin
+        for (const char *icon : {"ignitionIcon", "fix"}) {
+            QTest::addRow("%s, light", icon) << icon << int(Skin::Light) << QColor(Qt::white);
+            QTest::addRow("%s, dark", icon) << icon << int(Skin::Dark) << QColor(0x2c, 0x34, 0x3c);
+        }
+    }
+
+    // The state page's "off" pictures are white outlines: on a light page they must not vanish.
+    void inactiveStateIconStandsOut() {
+        QFETCH(QString, icon);
+        QFETCH(int, skin);
+        QFETCH(QColor, background);
+        QVERIFY(applySkin(qApp, skin));
+        VantorConfiguration cfg;
+        SettingsStatePage page(&cfg);
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        const bool fix = icon == QLatin1String("fix");
+        QCOMPARE(fix ? page.fixButton(2)->property("iconResource").toString() : page.iconResource(icon),
+                 fix ? QStringLiteral(":/images/satellite_white.png")
+                     : QStringLiteral(":/images/light_bulb_white.png"));
+        const auto visible = [&] {
+            auto *label = page.findChild<QLabel *>(icon);
+            const QPixmap pixmap = fix     ? page.fixButton(2)->icon().pixmap(20, 20)
+                                   : label ? label->pixmap(Qt::ReturnByValue)
+                                           : QPixmap();
+            QImage image(pixmap.size(), QImage::Format_ARGB32);
+            image.fill(background);
+            QPainter(&image).drawPixmap(0, 0, pixmap);
+            return differing(image, qGray(background.rgb()), 60);
+        };
+        // The icons are drawn again once the new colours have reached every label.
+        QTRY_VERIFY2(visible() >= 20, qPrintable(QString::number(visible())));
     }
 };
 
