@@ -18,9 +18,6 @@ private:
         QMouseEvent e(type, pos, w->mapToGlobal(pos), button, held, Qt::NoModifier);
         QApplication::sendEvent(w, &e);
     }
-    static void press(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseButtonPress, pos); }
-    static void drag(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseMove, pos); }
-    static void release(QWidget *w, const QPoint &pos) { mouse(w, QEvent::MouseButtonRelease, pos); }
 
 private slots:
     void slotToWordsAndBack_data() {
@@ -59,18 +56,10 @@ private slots:
         }
     }
 
-    void slotStart_data() {
-        QTest::addColumn<int>("slot");
-        QTest::addColumn<QString>("start");
-        QTest::newRow("first") << 0 << "00:00";
-        QTest::newRow("fifth") << 5 << "07:30";
-        QTest::newRow("last") << 15 << "22:30";
-        QTest::newRow("end of day") << 16 << "24:00";
-    }
     void slotStart() {
-        QFETCH(int, slot);
-        QFETCH(QString, start);
-        QCOMPARE(RoamingTimetable::slotStart(slot), start);
+        QCOMPARE((QStringList{RoamingTimetable::slotStart(0), RoamingTimetable::slotStart(5),
+                              RoamingTimetable::slotStart(15), RoamingTimetable::slotStart(16)}),
+                 (QStringList{"00:00", "07:30", "22:30", "24:00"}));
     }
 
     void setAll_keepsBitsOfNoDay_data() {
@@ -123,13 +112,13 @@ private slots:
         QSignalSpy spy(&grid, &RoamingTimetableGrid::timetableChanged);
 
         // Monday, slots 1 to 4, passing slot 2 twice.
-        press(&grid, grid.cellRect(0, 1).center());
-        drag(&grid, grid.cellRect(0, 2).center());
-        drag(&grid, grid.cellRect(0, 2).topLeft() + QPoint(1, 1));
-        drag(&grid, grid.cellRect(0, 3).center());
-        drag(&grid, grid.cellRect(0, 4).center());
-        release(&grid, grid.cellRect(0, 4).center());
-        drag(&grid, grid.cellRect(0, 5).center()); // after release: no painting
+        mouse(&grid, QEvent::MouseButtonPress, grid.cellRect(0, 1).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 2).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 2).topLeft() + QPoint(1, 1));
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 3).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 4).center());
+        mouse(&grid, QEvent::MouseButtonRelease, grid.cellRect(0, 4).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 5).center()); // after release: no painting
 
         QCOMPARE(grid.timetable().low(), lowAfter);
         QCOMPARE(grid.timetable().high(), quint64(0));
