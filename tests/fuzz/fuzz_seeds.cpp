@@ -117,14 +117,8 @@ int main(int argc, char *argv[]) {
     QObject::connect(&loader, &BootLoader::send, [&](const QByteArray &bytes) { loaderTalk += bytes; });
     loader.start();
     auto message = [&](quint8 kind, quint16 page) {
-        UpdateChannel::Message m;
-        m.kind = kind;
-        m.hardware = options.hwVersion;
-        m.fwMajor = options.fwMajor;
-        m.fwMiddle = options.fwMiddle;
-        m.fwBuild = options.fwBuild;
-        m.page = page;
-        return UpdateChannel::encodeMessage(m);
+        return UpdateChannel::encodeMessage(
+            {kind, options.hwVersion, options.fwMiddle, options.fwBuild, options.fwMajor, page});
     };
     seed("bootloader", QStringLiteral("start"), fuzz::chunkRecord(loaderTalk));
     // The loader's first request right behind the device's last answer, in the same read.

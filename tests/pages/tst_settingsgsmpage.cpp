@@ -1,7 +1,12 @@
 #include "pages/DeviceTextValidator.h"
+#include "pages/GSMSubnetsEditor.h"
 #include "pages/GsmProfileDialog.h"
 #include "pages/GsmProfileStore.h"
+#include "pages/PreferredNetworkStore.h"
+#include "pages/RoamingTimetable.h"
+#include "pages/RoamingTimetableGrid.h"
 #include "pages/SettingsGSMPage.h"
+#include "pages/roumingShedulerDialog.h"
 #include "tests/pages/PageSession.h"
 
 #include "Devices/GSMConfiguration.h"
@@ -10,14 +15,17 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
 
 #include <memory>
 
 Q_DECLARE_METATYPE(GsmProfileStore::AddResult)
 
-// The GSM page, its profile store and the rule for the texts it sends.
+// The GSM page and what it is made of: the profile store, the rule for the texts it sends, the roaming
+// timetable with its grid and dialog, the preferred-network editor and the file of its lists.
 class tst_SettingsGSMPage : public QObject {
     Q_OBJECT
 
@@ -63,6 +71,20 @@ private:
         QStringList out;
         for (int i = 0; i < page.profileList()->count(); ++i)
             out << page.profileList()->item(i)->text();
+        return out;
+    }
+
+    static void mouse(QWidget *w, QEvent::Type type, const QPoint &pos) {
+        const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
+        const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton;
+        QMouseEvent e(type, pos, w->mapToGlobal(pos), button, held, Qt::NoModifier);
+        QApplication::sendEvent(w, &e);
+    }
+
+    static QStringList codes(const QVector<MobileOperator> &ops) {
+        QStringList out;
+        for (const MobileOperator &op : ops)
+            out << op.code();
         return out;
     }
 
@@ -322,6 +344,223 @@ private slots:
         typeText(&edit, QStringLiteral("ж"));
         QCOMPARE(edit.text(), QStringLiteral("apn"));
         QCOMPARE(edit.maxLength(), 32);
+    }
+    void slotToWordsAndBack_data() {
+        QTest::addColumn<int>("day");
+        QTest::addColumn<int>("slot");
+        QTest::addColumn<quint64>("low");
+        QTest::addColumn<quint64>("high");
+        QTest::newRow("Monday 00:00") << 0 << 0 << quint64(1) << quint64(0);
+        QTest::newRow("Monday 22:30") << 0 << 15 << (quint64(1) << 15) << quint64(0);
+        QTest::newRow("Tuesday 00:00") << 1 << 0 << (quint64(1) << 16) << quint64(0);
+        QTest::newRow("Thursday 22:30, top of low word") << 3 << 15 << (quint64(1) << 63) << quint64(0);
+        QTest::newRow("Friday 00:00, bottom of high word") << 4 << 0 << quint64(0) << quint64(1);
+        QTest::newRow("Sunday 22:30, last day bit 111") << 6 << 15 << quint64(0) << (quint64(1) << 47);
+        QTest::newRow("day -1 ignored") << -1 << 0 << quint64(0) << quint64(0);
+        QTest::newRow("day 7 ignored") << 7 << 0 << quint64(0) << quint64(0);
+        QTest::newRow("slot -1 ignored") << 0 << -1 << quint64(0) << quint64(0);
+        QTest::newRow("slot 16 ignored") << 0 << 16 << quint64(0) << quint64(0);
+    }
+    void slotToWordsAndBack() {
+        QFETCH(int, day);
+        QFETCH(int, slot);
+        QFETCH(quint64, low);
+        QFETCH(quint64, high);
+        RoamingTimetable t;
+        t.setSlot(day, slot, true);
+        QCOMPARE(t.low(), low);
+        QCOMPARE(t.high(), high);
+        const bool inGrid = low | high;
+        QCOMPARE(t.slot(day, slot), inGrid);
+        QCOMPARE(RoamingTimetable::bitIndex(day, slot), inGrid ? day * 16 + slot : -1);
+
+        const RoamingTimetable back(low, high);
+        for (int d = 0; d < RoamingTimetable::Days; ++d) {
+            for (int s = 0; s < RoamingTimetable::SlotsPerDay; ++s)
+                QCOMPARE(back.slot(d, s), d == day && s == slot);
+        }
+    }
+
+    void slotStart() {
+        QCOMPARE((QStringList{RoamingTimetable::slotStart(0), RoamingTimetable::slotStart(5),
+                              RoamingTimetable::slotStart(15), RoamingTimetable::slotStart(16)}),
+                 (QStringList{"00:00", "07:30", "22:30", "24:00"}));
+    }
+
+    void setAll_keepsBitsOfNoDay_data() {
+        QTest::addColumn<quint64>("highBefore");
+        QTest::addColumn<bool>("on");
+        QTest::addColumn<quint64>("low");
+        QTest::addColumn<quint64>("high");
+        QTest::newRow("all on, reserved clear")
+            << quint64(0) << true << ~quint64(0) << quint64(0x0000FFFFFFFFFFFF);
+        QTest::newRow("all off, reserved set")
+            << ~quint64(0) << false << quint64(0) << quint64(0xFFFF000000000000);
+        QTest::newRow("all on, reserved partly set")
+            << quint64(0x8001000000000000) << true << ~quint64(0) << quint64(0x8001FFFFFFFFFFFF);
+    }
+    void setAll_keepsBitsOfNoDay() {
+        QFETCH(quint64, highBefore);
+        QFETCH(bool, on);
+        QFETCH(quint64, low);
+        QFETCH(quint64, high);
+        RoamingTimetable t(on ? 0 : ~quint64(0), highBefore);
+        t.setAll(on);
+        QCOMPARE(t.low(), low);
+        QCOMPARE(t.high(), high);
+    }
+
+    void cellAt_mapsEveryCellBack() {
+        RoamingTimetableGrid grid;
+        for (int d = 0; d < RoamingTimetable::Days; ++d) {
+            for (int s = 0; s < RoamingTimetable::SlotsPerDay; ++s)
+                QCOMPARE(grid.cellAt(grid.cellRect(d, s).center()), qMakePair(d, s));
+        }
+        QCOMPARE(grid.cellAt(QPoint(0, 0)), qMakePair(-1, -1));
+        const QRect last = grid.cellRect(6, 15);
+        QCOMPARE(grid.cellAt(last.bottomRight() + QPoint(2, 2)), qMakePair(-1, -1));
+    }
+
+    void pressAndDrag_data() {
+        QTest::addColumn<quint64>("lowBefore");
+        QTest::addColumn<quint64>("lowAfter");
+        QTest::newRow("drag over empty cells sets them") << quint64(0) << quint64(0x1E);
+        QTest::newRow("drag from a set cell clears") << quint64(0xFF) << quint64(0xE1);
+        // The first cell decides: set cells met later stay set.
+        QTest::newRow("mixed row painted on") << quint64(0x08) << quint64(0x1E);
+    }
+    void pressAndDrag() {
+        QFETCH(quint64, lowBefore);
+        QFETCH(quint64, lowAfter);
+        RoamingTimetableGrid grid;
+        grid.setTimetable(RoamingTimetable(lowBefore, 0));
+        QSignalSpy spy(&grid, &RoamingTimetableGrid::timetableChanged);
+
+        // Monday, slots 1 to 4, passing slot 2 twice.
+        mouse(&grid, QEvent::MouseButtonPress, grid.cellRect(0, 1).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 2).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 2).topLeft() + QPoint(1, 1));
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 3).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 4).center());
+        mouse(&grid, QEvent::MouseButtonRelease, grid.cellRect(0, 4).center());
+        mouse(&grid, QEvent::MouseMove, grid.cellRect(0, 5).center()); // after release: no painting
+
+        QCOMPARE(grid.timetable().low(), lowAfter);
+        QCOMPARE(grid.timetable().high(), quint64(0));
+        QVERIFY(spy.count() >= 1);
+    }
+
+    void dialog_clearAndMarkAllKeepReservedBits() {
+        roumingShedulerDialog dialog(RoamingTimetable(0x5, 0xF000000000000000), 1);
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Расписание роуминга SIM 2")); // the SIM counts from 1
+        QPushButton *all = nullptr, *none = nullptr;
+        for (QPushButton *b : dialog.findChildren<QPushButton *>()) {
+            if (b->text() == QStringLiteral("Отметить все"))
+                all = b;
+            if (b->text() == QStringLiteral("Очистить"))
+                none = b;
+        }
+        QVERIFY(all && none);
+        none->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(0, 0xF000000000000000));
+        all->click();
+        QCOMPARE(dialog.timetable(), RoamingTimetable(~quint64(0), 0xF000FFFFFFFFFFFF));
+    }
+
+    // Each slot's start is written centred over its column; the last one ("22:30") is wider than a
+    // column and must still lie inside the widget.
+    void slotLabels_fitInsideTheWidget() {
+        RoamingTimetableGrid grid;
+        const int last = RoamingTimetable::SlotsPerDay - 1;
+        for (int slot : {0, last}) {
+            const QRect cell = grid.cellRect(0, slot);
+            const int half =
+                (grid.fontMetrics().horizontalAdvance(RoamingTimetable::slotStart(slot)) + 1) / 2;
+            const int centre = cell.left() + cell.width() / 2;
+            QVERIFY2(centre + half <= grid.sizeHint().width(),
+                     qPrintable(QStringLiteral("%1 > %2").arg(centre + half).arg(grid.sizeHint().width())));
+            QVERIFY(centre - half >= 0);
+        }
+    }
+    void filter_data() {
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QStringList>("codes");
+        const char *const builtIn[][2] = {{"МТС", "25001"},   {"МегаФон", "25002"}, {"Yota", "25011"},
+                                          {"Tele2", "25020"}, {"Мотив", "25035"},   {"Ростелеком", "25039"},
+                                          {"Билайн", "25099"}};
+        for (const auto &row : builtIn)
+            QTest::newRow(row[0]) << QString::fromUtf8(row[0]) << QStringList{QString::fromLatin1(row[1])};
+        QTest::newRow("lower-case name part") << "мега" << QStringList{"25002"};
+        QTest::newRow("code prefix") << "2509" << QStringList{"25099"};
+        QTest::newRow("code with dash") << "250-20" << QStringList{"25020"};
+        QTest::newRow("no match") << "Vodafone" << QStringList();
+    }
+    void filter() {
+        QFETCH(QString, query);
+        QFETCH(QStringList, codes);
+        QCOMPARE(tst_SettingsGSMPage::codes(MobileOperatorList::filter(query)), codes);
+        QCOMPARE(MobileOperatorList::filter(QString()).size(), MobileOperatorList::russian().size());
+    }
+
+    void editor_searchAddMoveRemove() {
+        GSMSubnetsEditor editor({{QStringLiteral("МТС"), 250, QStringLiteral("01")}}, 0);
+        // The clear button fades in with an animation that would outlive this test without an event loop.
+        editor.searchEdit()->setClearButtonEnabled(false);
+        editor.searchEdit()->setText(QStringLiteral("билайн"));
+        QCOMPARE(codes(editor.shownOperators()), QStringList{"25099"});
+        editor.addShown(0);
+        editor.addShown(0); // already listed
+        editor.addManual(257, QStringLiteral("02"), QStringLiteral("A1"));
+        editor.addManual(250, QStringLiteral("7"), QString()); // MNC too short
+        QCOMPARE(codes(editor.networks()), (QStringList{"25001", "25099", "25702"}));
+        editor.move(2, -1);
+        QCOMPARE(codes(editor.networks()), (QStringList{"25001", "25702", "25099"}));
+        editor.move(0, -1); // already first
+        editor.removeAt(0);
+        QCOMPARE(codes(editor.networks()), (QStringList{"25702", "25099"}));
+    }
+
+    // The operator table is the editor's main tool: several rows at once and whole names and headings.
+    void editor_tableShowsSeveralWholeRows() {
+        GSMSubnetsEditor editor({}, 0);
+        editor.searchEdit()->setClearButtonEnabled(false);
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&editor));
+        auto *table = editor.findChild<QTableWidget *>();
+        QVERIFY(table);
+        QVERIFY(table->rowCount() >= 6);
+        QVERIFY2(table->viewport()->height() >= 6 * table->rowHeight(0),
+                 qPrintable(QString::number(table->viewport()->height())));
+        for (int column = 0; column < table->columnCount(); ++column) {
+            int widest = table->fontMetrics().horizontalAdvance(table->horizontalHeaderItem(column)->text());
+            for (int row = 0; row < table->rowCount(); ++row)
+                widest =
+                    qMax(widest, table->fontMetrics().horizontalAdvance(table->item(row, column)->text()));
+            QVERIFY2(table->columnWidth(column) >= widest, qPrintable(QString::number(column)));
+        }
+    }
+
+    void store_keepsEachSimsListInOrderAndReadsABrokenFileAsEmpty() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("nets.json"));
+        PreferredNetworkStore store(file);
+        store.setNetworks(0, {{QStringLiteral("Билайн"), 250, QStringLiteral("99")},
+                              {QStringLiteral("МТС"), 250, QStringLiteral("01")}});
+        store.setNetworks(1, {{QStringLiteral("Tele2"), 250, QStringLiteral("20")}});
+        QVERIFY(store.save());
+        PreferredNetworkStore loaded(file);
+        loaded.load();
+        QCOMPARE(loaded.networks(0), store.networks(0));
+        QCOMPARE(loaded.networks(1), store.networks(1));
+        QVERIFY(loaded.networks(2).isEmpty());
+
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("[1, 2");
+        f.close();
+        loaded.load();
+        QVERIFY(loaded.networks(0).isEmpty());
+        QVERIFY(loaded.networks(1).isEmpty());
     }
 };
 
