@@ -4,11 +4,35 @@
 #include <QtTest>
 
 using proto::Frame;
+using proto::StreamDeframer;
+using Policy = StreamDeframer::Policy;
 
 namespace {
+
 QByteArray hex(const char *h) {
     return QByteArray::fromHex(h);
 }
+
+// A status answer "executed" and a system read: 14 and 12 bytes.
+const QByteArray Executed = hex("a5a5060006001181000001009181");
+const QByteArray Identity = Frame::build(6, hex("81010000"));
+const QByteArray Telemetry = Frame::build(7, hex("820e0000"));
+const QByteArray LoaderRequest = hex("550203120900110300901d1c");
+
+QByteArray badChecksum(QByteArray frame) {
+    frame[frame.size() - 1] = char(frame.at(frame.size() - 1) ^ 0x01);
+    return frame;
+}
+
+// "type:payload" for a frame, "fw:bytes" for a boot-loader message.
+QStringList render(const QList<StreamDeframer::Item> &items) {
+    QStringList out;
+    for (const StreamDeframer::Item &i : items)
+        out << (i.firmware ? QStringLiteral("fw:") + i.bytes.toHex()
+                           : QStringLiteral("%1:%2").arg(i.type).arg(QString::fromLatin1(i.payload.toHex())));
+    return out;
+}
+
 } // namespace
 
 class tst_Frame : public QObject {
@@ -107,13 +131,90 @@ private slots:
         if (r.kind == Frame::ChunkKind::Accepted)
             QCOMPARE(int(r.length), payload.size());
         // The stream deframer takes the same chunk, read on its own, the same way.
-        const QList<proto::StreamDeframer::Item> items = proto::StreamDeframer().feed(chunk);
+        const QList<StreamDeframer::Item> items = StreamDeframer().feed(chunk);
         QCOMPARE(items.isEmpty(), r.kind == Frame::ChunkKind::Short);
         if (!items.isEmpty()) {
             QCOMPARE(items.first().firmware, r.kind == Frame::ChunkKind::Firmware);
             QCOMPARE(int(items.first().type), type);
             QCOMPARE(items.first().payload.toHex(), payload.toHex());
         }
+    }
+
+    void deframer_data() {
+        QTest::addColumn<int>("policy");
+        QTest::addColumn<QList<QByteArray>>("reads");
+        QTest::addColumn<QList<int>>("times"); // ms of each read (stale limit 100 ms when given)
+        QTest::addColumn<QStringList>("items");
+        QTest::addColumn<int>("buffered");
+        using L = QList<QByteArray>;
+        const int lenient = int(Policy::Lenient);
+        const int checked = int(Policy::Checked);
+        const auto row = [](const QString &name, int policy, const L &reads, const QStringList &items,
+                            int buffered = 0, const QList<int> &times = {}) {
+            QTest::newRow(qPrintable(name)) << policy << reads << times << items << buffered;
+        };
+        const QString exec = QStringLiteral("6:118100000100");
+        const QString ident = QStringLiteral("6:81010000");
+        const QString tele = QStringLiteral("7:820e0000");
+        const QString loader = QStringLiteral("fw:") + QString::fromLatin1(LoaderRequest.toHex());
+
+        row("two frames in one read", lenient, {Executed + Identity}, {exec, ident});
+        row("one frame in three reads", lenient, {Executed.left(3), Executed.mid(3, 5), Executed.mid(8)},
+            {exec});
+        row("garbage before a frame", lenient, {hex("0102030405ff") + Identity}, {ident});
+        row("announced length does not fit, a good frame behind in the same read", lenient,
+            {hex("a5a506004000831122") + Identity}, {ident});
+        row("announced length does not fit, a good frame in the next read", lenient,
+            {hex("a5a5060001008300"), Identity}, {ident});
+        row("length past the bound is not waited for", lenient,
+            {hex("a5a50600ff7f8302") + Identity.left(5), Identity.mid(5)}, {ident});
+        row("boot-loader message behind a frame, a frame behind that", lenient,
+            {Executed + LoaderRequest + Identity}, {exec, loader, ident});
+        row("frame, then the head of the next one held", lenient,
+            {Executed + Identity.left(7), Identity.mid(7)}, {exec, ident});
+        row("a bad checksum behind a frame is no frame", lenient,
+            {Executed + badChecksum(Identity) + Telemetry}, {exec, tele});
+        row("surplus behind a frame dropped, a lone marker kept", lenient, {Executed + hex("00ffa5")}, {exec},
+            1);
+        row("a read starting with the markers drops a held head", lenient, {Executed.chopped(1), Identity},
+            {ident});
+        // The first frame of a read stands as it is; garbage with a fitting length is taken.
+        row("first frame of a read unexamined", lenient, {hex("0000070004008201000000000000")},
+            {"7:82010000"});
+
+        row("device: two requests", checked, {Identity + Telemetry}, {ident, tele});
+        row("device: noise before a request skipped", checked, {hex("00ffa5") + Identity}, {ident});
+        row("device: bad checksum dropped, next kept", checked, {badChecksum(Identity) + Telemetry}, {tele});
+        row("device: implausible length resynchronises", checked, {hex("a5a50600ffff") + Identity}, {ident});
+        row("device: stale head forgotten after a gap", checked, {Identity.left(5), QByteArray(), Telemetry},
+            {tele}, 0, {0, 500, 510});
+        L bytes;
+        QList<int> times;
+        for (int i = 0; i < Identity.size(); ++i) {
+            bytes << Identity.mid(i, 1);
+            times << i * 90;
+        }
+        row("device: slow but steady bytes kept", checked, bytes, {ident}, 0, times);
+        for (int cut = 1; cut < Telemetry.size(); ++cut) {
+            row(QStringLiteral("split after %1 (lenient)").arg(cut), lenient,
+                {Telemetry.left(cut), Telemetry.mid(cut)}, {tele});
+            row(QStringLiteral("split after %1 (checked)").arg(cut), checked,
+                {Telemetry.left(cut), Telemetry.mid(cut)}, {tele});
+        }
+    }
+
+    void deframer() {
+        QFETCH(int, policy);
+        QFETCH(QList<QByteArray>, reads);
+        QFETCH(QList<int>, times);
+        QFETCH(QStringList, items);
+        QFETCH(int, buffered);
+        StreamDeframer deframer(Policy(policy), 512, times.isEmpty() ? 0 : 100);
+        QList<StreamDeframer::Item> out;
+        for (int i = 0; i < reads.size(); ++i)
+            out += deframer.feed(reads.at(i), times.value(i));
+        QCOMPARE(render(out), items);
+        QCOMPARE(deframer.buffered(), buffered);
     }
 };
 

@@ -46,21 +46,17 @@ private slots:
         ROW("readGsmBlock3(1)", readGsmBlock3(1), "a5a506000400840301008703");
         ROW("readGsmBlock4", readGsmBlock4(), "a5a506000400840400008604");
         ROW("readSystem", readSystem(), "a5a506000400910100009301");
-        ROW("readTelemetryDeviceState", readTelemetryDeviceState(), "a5a507000400820a0000810a");
-        ROW("readTelemetry09", readTelemetry09(), "a5a507000400820900008109");
-        ROW("readTelemetryClock", readTelemetryClock(), "a5a507000400820b0000810b");
-        ROW("readTelemetry0C", readTelemetry0C(), "a5a507000400820c0000810c");
-        ROW("readTelemetryNavReceivers", readTelemetryNavReceivers(), "a5a507000400820e0000810e");
-        ROW("readTelemetryServers", readTelemetryServers(), "a5a507000400820f0000810f");
-        ROW("readTelemetryNavSummary", readTelemetryNavSummary(), "a5a507000400821000008110");
-        ROW("readTelemetryAnalogInputs", readTelemetryAnalogInputs(), "a5a507000400821100008111");
-        ROW("readTelemetryLogicInputs", readTelemetryLogicInputs(), "a5a507000400821200008112");
-        ROW("readTelemetryFuel", readTelemetryFuel(), "a5a507000400821300008113");
-        ROW("readTelemetry14", readTelemetry14(), "a5a507000400821400008114");
-        ROW("readTelemetryState21", readTelemetryState21(), "a5a507000400821500008115");
-        ROW("readTelemetryState22", readTelemetryState22(), "a5a507000400821600008116");
-        ROW("readTelemetrySim", readTelemetrySim(), "a5a507000400821700008117");
-        ROW("readTelemetryGsmRegistration", readTelemetryGsmRegistration(), "a5a507000400821800008118");
+        ROW("telemetry requests", readTelemetryDeviceState(); p.readTelemetry09(); p.readTelemetryClock();
+            p.readTelemetry0C(); p.readTelemetryNavReceivers(); p.readTelemetryServers();
+            p.readTelemetryNavSummary(); p.readTelemetryAnalogInputs(); p.readTelemetryLogicInputs();
+            p.readTelemetryFuel(); p.readTelemetry14(); p.readTelemetryState21(); p.readTelemetryState22();
+            p.readTelemetrySim();
+            p.readTelemetryGsmRegistration(), "a5a507000400820a0000810a", "a5a507000400820900008109",
+            "a5a507000400820b0000810b", "a5a507000400820c0000810c", "a5a507000400820e0000810e",
+            "a5a507000400820f0000810f", "a5a507000400821000008110", "a5a507000400821100008111",
+            "a5a507000400821200008112", "a5a507000400821300008113", "a5a507000400821400008114",
+            "a5a507000400821500008115", "a5a507000400821600008116", "a5a507000400821700008117",
+            "a5a507000400821800008118");
         ROW("enterFirmwareUpdate", enterFirmwareUpdate(), "a5a507000400010200000202");
         ROW("login", login(0x12345678), "a5a50700080001010000785634124245");
         ROW("changePassword", changePassword(0x0A0B0C0D), "a5a506000800020100000d0c0b0a0a07");
@@ -83,16 +79,10 @@ private slots:
         ROW("writeOutputParameters: caller's head, command packet", writeOutputParameters(0x0E, 0x05),
             "a5a5070008000e050000+4");
         // Writes of a section that is not there, or of an element beyond the section's, send nothing.
-        ROW("writeNavigation, no sections", setConfiguration(nullptr); p.writeNavigation());
-        ROW("writeGsm, no sections", setConfiguration(nullptr); p.writeGsm());
-        ROW("writeFuel, no sections", setConfiguration(nullptr); p.writeFuel());
-        ROW("writeSystem, no sections", setConfiguration(nullptr); p.writeSystem());
-        ROW("writeAnalogInput, no sections", setConfiguration(nullptr); p.writeAnalogInput(0));
-        ROW("setOutputs, no sections", setConfiguration(nullptr); p.setOutputs());
-        ROW("writeAnalogInput(3) of three", writeAnalogInput(3));
-        ROW("writeAnalogInput(-1)", writeAnalogInput(-1));
-        ROW("writeLogicInput(2) of two", writeLogicInput(2));
-        ROW("writeServer(1) of one", writeServer(1));
+        ROW("writes without sections", setConfiguration(nullptr); p.writeNavigation(); p.writeGsm();
+            p.writeFuel(); p.writeSystem(); p.writeAnalogInput(0); p.setOutputs());
+        ROW("writes of elements out of range", writeAnalogInput(3); p.writeAnalogInput(-1);
+            p.writeLogicInput(2); p.writeServer(1));
         ROW("writeGsm, one SIM: its two blocks, no empty ones for the second",
             setConfiguration(oneSimGsm(&p));
             p.writeGsm(), "a5a50600640004030000+96", "a5a50600160004040000+18");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDataStream>
 #include <QFile>
 #include <QString>
 #include <QVector>
@@ -27,28 +28,16 @@ struct BskBuilder {
         return p;
     }
 
-    static void putU16(QByteArray &b, quint16 v) {
-        b.append(char(v & 0xFF));
-        b.append(char(v >> 8));
-    }
-
     // The header and version lists up to and including the checksum word, no filler.
     QByteArray head() const {
         QByteArray b = magic.left(10).leftJustified(10, '\0');
-        b.append(2, '\0');
-        putU16(b, quint16(pages));
-        putU16(b, quint16(pageSize));
-        putU16(b, versionNumber);
-        putU16(b, middle);
-        b.append(char(kept));
-        b.append(char(major));
-        putU16(b, quint16(builds.size()));
-        putU16(b, quint16(hardware.size()));
-        for (quint16 v : builds)
-            putU16(b, v);
-        for (quint16 v : hardware)
-            putU16(b, v);
-        putU16(b, crc);
+        QDataStream s(&b, QIODevice::Append);
+        s.setByteOrder(QDataStream::LittleEndian);
+        s << quint16(0) << quint16(pages) << quint16(pageSize) << versionNumber << middle << kept << major
+          << quint16(builds.size()) << quint16(hardware.size());
+        for (quint16 v : builds + hardware)
+            s << v;
+        s << crc;
         return b;
     }
 

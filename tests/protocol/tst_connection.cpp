@@ -4,9 +4,13 @@
 
 #include "Devices/VantorConfiguration.h"
 #include "protocol/ConnectionWatcher.h"
+#include "protocol/Frame.h"
 #include "protocol/PortWatcher.h"
 #include "protocol/SerialConnection.h"
+#include "protocol/TcpConnection.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
 
 #include <fcntl.h>
@@ -52,7 +56,7 @@ struct Pty {
 
 } // namespace
 
-class tst_SerialConnection : public QObject {
+class tst_Connection : public QObject {
     Q_OBJECT
 private slots:
     void recognition_data() {
@@ -179,15 +183,14 @@ private slots:
     }
 
     void recordShowsUnknownFields() {
-        const SerialPortRecord r = SerialConnection::record(port("ttyACM3", 0x2226, 0x0013, QString()));
-        QCOMPARE(r.portName, QStringLiteral("ttyACM3"));
-        QCOMPARE(r.manufacturer, QStringLiteral(" - "));
-        QCOMPARE(r.description, QStringLiteral(" - "));
-        QCOMPARE(r.vendorIdentifier, QStringLiteral("2226"));
-        QCOMPARE(r.productIdentifier, QStringLiteral("13"));
-        const SerialPortRecord none = SerialConnection::record(port("ttyS0", -1, -1));
-        QCOMPARE(none.vendorIdentifier, QStringLiteral(" - "));
-        QCOMPARE(none.productIdentifier, QStringLiteral(" - "));
+        const auto fields = [](const SerialPortRecord &r) {
+            return QStringList{r.portName, r.manufacturer, r.description, r.vendorIdentifier,
+                               r.productIdentifier};
+        };
+        QCOMPARE(fields(SerialConnection::record(port("ttyACM3", 0x2226, 0x0013, QString()))),
+                 (QStringList{"ttyACM3", " - ", " - ", "2226", "13"}));
+        QCOMPARE(fields(SerialConnection::record(port("ttyS0", -1, -1))),
+                 (QStringList{"ttyS0", "T", "T", " - ", " - "}));
     }
 
     void pseudoTerminal_data() {
@@ -244,7 +247,69 @@ private slots:
         QCOMPARE(errors.count() + connected.count(), 0);
         QCOMPARE(link.state(), int(Connection::Closed));
     }
+
+    void imeiFrameSentOnConnect_data() {
+        QTest::addColumn<QString>("imei");
+        QTest::newRow("15-digit IMEI") << "863071014478127";
+        QTest::newRow("empty IMEI still sends the frame") << "";
+    }
+    void imeiFrameSentOnConnect() {
+        QFETCH(QString, imei);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost, 0));
+        TcpConnection link(QStringLiteral("127.0.0.1"), server.serverPort(), imei);
+        QCOMPARE(link.state(), int(Connection::Closed));
+        QSignalSpy connected(&link, &Connection::connected);
+        QVERIFY(link.open());
+        QVERIFY(link.state() != int(Connection::Connected)); // still connecting: the response timer stays off
+        QVERIFY(!link.isOpen());
+        QVERIFY(connected.wait(5000));
+        QCOMPARE(link.state(), int(Connection::Connected));
+        QVERIFY(link.isOpen());
+        QTRY_VERIFY(server.hasPendingConnections());
+        QTcpSocket *peer = server.nextPendingConnection();
+        QByteArray got;
+        QTRY_VERIFY((got += peer->readAll()).size() >= proto::Frame::TextFrameSize);
+        QCOMPARE(got.toHex(), proto::Frame::textFrame(proto::ServerLoginPacketType, imei).toHex());
+        // From then on bytes pass both ways unchanged.
+        const QByteArray answer = QByteArray::fromHex("a5a5060006001181000001009181");
+        peer->write(answer);
+        QByteArray received;
+        QTRY_VERIFY((received += link.readAll()).size() >= answer.size());
+        QCOMPARE(received, answer);
+    }
+
+    void networkErrors_data() {
+        QTest::addColumn<bool>("serverUp");
+        QTest::addColumn<int>("socketError");
+        QTest::newRow("refused") << false << int(QAbstractSocket::ConnectionRefusedError);
+        QTest::newRow("server closes") << true << int(QAbstractSocket::RemoteHostClosedError);
+    }
+    void networkErrors() {
+        QFETCH(bool, serverUp);
+        QFETCH(int, socketError);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost, 0));
+        const quint16 port = server.serverPort();
+        if (!serverUp)
+            server.close();
+        TcpConnection link(QStringLiteral("127.0.0.1"), port);
+        QSignalSpy errors(&link, &Connection::error);
+        QSignalSpy connected(&link, &Connection::connected);
+        QSignalSpy disconnected(&link, &Connection::disconnected);
+        link.open();
+        if (serverUp) {
+            QVERIFY(server.waitForNewConnection(5000));
+            QTRY_VERIFY(link.isOpen());
+            server.nextPendingConnection()->close();
+            QTRY_COMPARE(disconnected.count(), 1);
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(errors.count(), 1, 5000);
+        QCOMPARE(errors.first().at(0).toInt(), int(Connection::NetworkError));
+        QCOMPARE(errors.first().at(1).toInt(), socketError);
+        QCOMPARE(connected.count(), serverUp ? 1 : 0);
+    }
 };
 
-QTEST_GUILESS_MAIN(tst_SerialConnection)
-#include "tst_serialconnection.moc"
+QTEST_GUILESS_MAIN(tst_Connection)
+#include "tst_connection.moc"
