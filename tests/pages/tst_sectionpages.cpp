@@ -7,7 +7,9 @@
 #include "pages/SettingsOutputs.h"
 #include "pages/SettingsTransmittDataToServer.h"
 #include "pages/SystemPage.h"
+#include "pages/TelemetryChartsPage.h"
 #include "pages/Widgetoutputs.h"
+#include "support/TelemetryHistory.h"
 #include "tests/pages/PageSession.h"
 #include "tests/support/SectionFields.h"
 
@@ -20,10 +22,15 @@
 
 #include <QLabel>
 #include <QTemporaryDir>
+#include <QtCharts/QChart>
+#include <QtCharts/QDateTimeAxis>
+#include <QtCharts/QLineSeries>
 
+#include <cmath>
 #include <functional>
 #include <memory>
 
+using namespace QtCharts;
 using PageMaker = std::function<SettingsPageBase *(VantorConfiguration *)>;
 Q_DECLARE_METATYPE(PageMaker)
 
@@ -62,10 +69,35 @@ void decodeOutputs(PageSession &s, const QVector<quint8> &states) {
     s.configuration.outputs()->decode(device.outputs()->encodeAnswer());
 }
 
+constexpr qint64 Start = 1700000000000; // ms since the epoch
+constexpr int Minutes = 20;
+
+int column(const QString &key) {
+    const QVector<TelemetrySeries::Column> &columns = TelemetrySeries::columns();
+    for (int i = 0; i < columns.size(); ++i) {
+        if (columns[i].key == key)
+            return i;
+    }
+    return -1;
+}
+
+// One round a second: the supply voltage rises by 1 mV a round, everything else unknown.
+void addRounds(TelemetryHistory &history, int from, int count) {
+    QVector<double> values(TelemetrySeries::columns().size(), NAN);
+    for (int s = from; s < from + count; ++s) {
+        values[column("supply_v")] = 12.0 + s / 1000.0;
+        history.add(Start + qint64(s) * 1000, values);
+    }
+}
+
+qint64 shownFrom(const TelemetryChartsPage &page, TelemetrySeries::Group group) {
+    const auto axes = page.chart(group)->axes(Qt::Horizontal);
+    return qobject_cast<QDateTimeAxis *>(axes.value(0))->min().toMSecsSinceEpoch();
+}
 } // namespace
 
 // The pages of one section each: what the device sent is shown, and applying sends what is shown; and
-// the behaviour every page shares, exercised through the system page.
+// the behaviour every page shares, exercised through the system page; the telemetry charts.
 class tst_SectionPages : public QObject {
     Q_OBJECT
 
@@ -369,6 +401,44 @@ private slots:
         QCOMPARE(page.isModified(), !leaves);
         QVERIFY(!page.applyToDevice(s.workflows) || values);
         QCOMPARE(page.findChild<QLabel *>(QStringLiteral("noValuesNote"))->isVisibleTo(&page), !values);
+    }
+
+    // The page draws the last span of the rings, stops following while paused, and a switched-off or a
+    // never-reported series draws nothing.
+    void telemetryCharts_followPausesAndSwitches() {
+        TelemetryHistory history(TelemetrySeries::columns().size());
+        addRounds(history, 0, Minutes * 60);
+        TelemetryChartsPage page(&history);
+        page.show();
+        QLineSeries *supply = page.series("supply_v");
+        QVERIFY(supply);
+
+        const qint64 last = Start + qint64(Minutes * 60 - 1) * 1000;
+        QCOMPARE(page.spanMinutes(), TelemetryChartsPage::DefaultSpanMinutes);
+        QCOMPARE(page.shownUntil(), last);
+        QCOMPARE(supply->count(), TelemetryChartsPage::DefaultSpanMinutes * 60 + 1);
+        QCOMPARE(supply->at(supply->count() - 1), QPointF(last, 12.0 + (Minutes * 60 - 1) / 1000.0));
+        QCOMPARE(shownFrom(page, TelemetrySeries::Group::Voltage), last - 10 * 60 * 1000);
+
+        page.setSpanMinutes(1);
+        page.refresh();
+        QCOMPARE(supply->count(), 61);
+
+        page.setPaused(true);
+        addRounds(history, Minutes * 60, 5);
+        page.refresh();
+        QCOMPARE(page.shownUntil(), last);
+        page.setPaused(false);
+        QCOMPARE(page.shownUntil(), last + 5000);
+
+        QCOMPARE(page.series("battery_v")->count(), 0);
+
+        page.setSeriesVisible("supply_v", false);
+        page.refresh();
+        QCOMPARE(supply->count(), 0);
+        page.setSeriesVisible("supply_v", true);
+        page.refresh();
+        QCOMPARE(supply->count(), 61);
     }
 };
 

@@ -22,8 +22,6 @@
 
 #include <memory>
 
-Q_DECLARE_METATYPE(GsmProfileStore::AddResult)
-
 // The GSM page and what it is made of: the profile store, the rule for the texts it sends, the roaming
 // timetable with its grid and dialog, the preferred-network editor and the file of its lists.
 class tst_SettingsGSMPage : public QObject {
@@ -193,10 +191,9 @@ private slots:
 
         page.profileTarget()->setCurrentIndex(1);
         page.profileList()->setCurrentRow(1);
-        QCOMPARE(page.sim(1).apn->text(), QStringLiteral("work.apn"));
-        QCOMPARE(page.sim(1).user->text(), QStringLiteral("wu"));
-        QCOMPARE(page.sim(1).password->text(), QStringLiteral("wp"));
-        QCOMPARE(page.sim(0).apn->text(), QString());
+        QCOMPARE((QStringList{page.sim(1).apn->text(), page.sim(1).user->text(), page.sim(1).password->text(),
+                              page.sim(0).apn->text()}),
+                 (QStringList{"work.apn", "wu", "wp", ""}));
         QVERIFY(page.isModified());
     }
 
@@ -208,35 +205,40 @@ private slots:
         typeText(dialog.passwordEdit(), QStringLiteral("p"));
         QCOMPARE(dialog.profile(), (GsmProfile{QStringLiteral("Дом"), "inernet", "u", "p"}));
     }
-    void defaultPath_isInTheCurrentDirectory() {
-        QCOMPARE(GsmProfileStore::defaultPath(),
-                 QDir::currentPath() + QStringLiteral("/GSMprofileList.json"));
-    }
-
-    void add_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<GsmProfileStore::AddResult>("result");
+    // "+name" adds a profile, a number deletes the profile of that row; the file always holds the list.
+    void addAndRemove_data() {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<bool>("done");
         QTest::addColumn<QStringList>("names");
-        QTest::newRow("new name appended")
-            << "D" << GsmProfileStore::AddResult::Added << QStringList{"A", "B", "C", "D"};
-        QTest::newRow("single dash refused")
-            << "-" << GsmProfileStore::AddResult::InvalidName << QStringList{"A", "B", "C"};
-        QTest::newRow("double dash accepted")
-            << "--" << GsmProfileStore::AddResult::Added << QStringList{"A", "B", "C", "--"};
-        QTest::newRow("existing name left alone")
-            << "B" << GsmProfileStore::AddResult::Exists << QStringList{"A", "B", "C"};
+        const QStringList abc{"A", "B", "C"};
+        QTest::newRow("new name appended") << "+D" << true << abc + QStringList{"D"};
+        QTest::newRow("single dash refused") << "+-" << false << abc;
+        QTest::newRow("double dash accepted") << "+--" << true << abc + QStringList{"--"};
+        QTest::newRow("existing name left alone") << "+B" << false << abc;
+        QTest::newRow("remove first") << "0" << true << QStringList{"B", "C"};
+        QTest::newRow("remove middle keeps order") << "1" << true << QStringList{"A", "C"};
+        QTest::newRow("remove last") << "2" << true << QStringList{"A", "B"};
+        QTest::newRow("remove with nothing selected") << "-1" << false << abc;
+        QTest::newRow("remove past the end") << "3" << false << abc;
     }
-    void add() {
-        QFETCH(QString, name);
-        QFETCH(GsmProfileStore::AddResult, result);
+    void addAndRemove() {
+        QFETCH(QString, action);
+        QFETCH(bool, done);
         QFETCH(QStringList, names);
         GsmProfileStore store(m_file);
         fill(store);
         const QByteArray before = fileBytes();
-        QCOMPARE(store.add({name, "apn", "user", "secret"}), result);
+        if (action.startsWith(QLatin1Char('+'))) {
+            const auto result = store.add({action.mid(1), "apn", "user", "secret"});
+            QCOMPARE(result, action == "+-" ? GsmProfileStore::AddResult::InvalidName
+                             : done         ? GsmProfileStore::AddResult::Added
+                                            : GsmProfileStore::AddResult::Exists);
+        } else {
+            QCOMPARE(store.remove(action.toInt()), done);
+        }
         QCOMPARE(tst_SettingsGSMPage::names(store), names);
         QCOMPARE(reloaded(), names);
-        if (result != GsmProfileStore::AddResult::Added)
+        if (!done)
             QCOMPARE(fileBytes(), before);
     }
 
@@ -249,24 +251,6 @@ private slots:
         loaded.load();
         QCOMPARE(names(loaded), (QStringList{"A", "B", "C"}));
         QCOMPARE(loaded.profiles().at(1), (GsmProfile{"B", "new.apn", "u2", "p2"}));
-    }
-
-    void remove_data() {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QStringList>("names");
-        QTest::newRow("first") << 0 << QStringList{"B", "C"};
-        QTest::newRow("middle keeps order") << 1 << QStringList{"A", "C"};
-        QTest::newRow("last") << 2 << QStringList{"A", "B"};
-        QTest::newRow("nothing selected") << -1 << QStringList{"A", "B", "C"};
-        QTest::newRow("past the end") << 3 << QStringList{"A", "B", "C"};
-    }
-    void remove() {
-        QFETCH(int, index);
-        QFETCH(QStringList, names);
-        GsmProfileStore store(m_file);
-        fill(store);
-        QCOMPARE(store.remove(index), names.size() == 2);
-        QCOMPARE(reloaded(), names);
     }
 
     void fileLayout_isIndentedWithTheFourKeys() {
