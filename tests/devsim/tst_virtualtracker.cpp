@@ -101,32 +101,22 @@ private slots:
     }
 
     void badCommandLines_data() {
-        QTest::addColumn<QStringList>("args");
-        QTest::newRow("no link") << QStringList{"--state", "x.json"};
-        QTest::newRow("both links") << QStringList{"--pty", "--tcp", "0"};
-        QTest::newRow("port too big") << QStringList{"--tcp", "65536"};
-        QTest::newRow("negative count") << QStringList{"--pty", "--silent-every", "-1"};
-        QTest::newRow("word for a count") << QStringList{"--pty", "--baud", "fast"};
-        QTest::newRow("short firmware version") << QStringList{"--pty", "--fw-version", "3.9"};
-        QTest::newRow("major above a byte") << QStringList{"--pty", "--fw-version", "256.1.1"};
-        QTest::newRow("hardware not hex") << QStringList{"--pty", "--hw-version", "xyz"};
-        QTest::newRow("password not a number") << QStringList{"--pty", "--password", "secret"};
-        QTest::newRow("link with tcp") << QStringList{"--tcp", "0", "--link", "/tmp/x"};
-        QTest::newRow("imei with pty") << QStringList{"--pty", "--imei", "1"};
-        QTest::newRow("bench with tcp") << QStringList{"--tcp", "0", "--bench", "4"};
-        QTest::newRow("unknown option") << QStringList{"--pty", "--colour"};
-        QTest::newRow("unwritten section") << QStringList{"--pty", "--ignore-writes", "mainDviceInfo"};
-        QTest::newRow("stray argument") << QStringList{"--pty", "extra"};
-        QTest::newRow("help, not an error") << QStringList{"--help"};
+        QTest::addColumn<QString>("args");
+        for (const char *bad : {"--state x.json", "--pty --tcp 0", "--tcp 65536", "--pty --silent-every -1",
+                                "--pty --baud fast", "--pty --fw-version 3.9", "--pty --fw-version 256.1.1",
+                                "--pty --hw-version xyz", "--pty --password secret", "--tcp 0 --link /tmp/x",
+                                "--pty --imei 1", "--tcp 0 --bench 4", "--pty --colour",
+                                "--pty --ignore-writes mainDviceInfo", "--pty extra", "--help"})
+            QTest::newRow(bad) << bad;
     }
 
+    // Refused with a message; help, not an error, without one.
     void badCommandLines() {
-        QFETCH(QStringList, args);
-        args.prepend("tavrel-devsim");
+        QFETCH(QString, args);
         DevsimOptions o;
         QString error = "x";
-        QVERIFY(!o.parse(args, &error));
-        QCOMPARE(error.isEmpty(), args.contains("--help"));
+        QVERIFY(!o.parse(QString("tavrel-devsim " + args).split(' '), &error));
+        QCOMPARE(error.isEmpty(), args == "--help");
     }
 
     void everySectionReadDecodesToTheDevicesValues() {
@@ -263,21 +253,29 @@ private slots:
         QCOMPARE(int(c.configuration()->system()->value()->parkingMin()), 5);
     }
 
-    void fixComesAndGoes_data() {
+    // The receiver searches after power-on, finds a 2D then a 3D fix, loses it at each new minute; the modem
+    // searches, registers at home and roams for a spell.
+    void timeline_data() {
         QTest::addColumn<int>("second");
         QTest::addColumn<int>("fixMode");
         QTest::addColumn<bool>("dateKnown");
-        QTest::newRow("searching after power-on") << 5 << 0 << false;
-        QTest::newRow("first 2D fix") << 13 << 2 << true;
-        QTest::newRow("3D fix") << 30 << 3 << true;
-        QTest::newRow("lost at the next minute") << 65 << 0 << true;
-        QTest::newRow("back in the next minute") << 90 << 3 << true;
+        QTest::addColumn<int>("registration");
+        using G = GsmRegistration;
+        QTest::newRow("power-on") << 1 << 0 << false << int(G::NotRegistered);
+        QTest::newRow("searching") << 5 << 0 << false << int(G::Searching);
+        QTest::newRow("first 2D fix") << 13 << 2 << true << int(G::Home);
+        QTest::newRow("registered") << 20 << 3 << true << int(G::Home);
+        QTest::newRow("3D fix") << 30 << 3 << true << int(G::Home);
+        QTest::newRow("lost at the next minute") << 65 << 0 << true << int(G::Home);
+        QTest::newRow("back in the next minute") << 90 << 3 << true << int(G::Home);
+        QTest::newRow("roaming 104 s after registration") << 112 << 3 << true << int(G::Roaming);
     }
 
-    void fixComesAndGoes() {
+    void timeline() {
         QFETCH(int, second);
         QFETCH(int, fixMode);
         QFETCH(bool, dateKnown);
+        QFETCH(int, registration);
         TrackerModel m;
         m.setElapsed(second * 1000);
         const NavReceiverRecord rx = m.receiver(0);
@@ -288,6 +286,9 @@ private slots:
         QVERIFY(rx.satellitesInView >= rx.satellites);
         const bool navigationActive = m.deviceState().activityFlags & DeviceStateRecord::NavigationActive;
         QCOMPARE(navigationActive, fixMode != 0);
+        QCOMPARE(m.gsm(0).registration, quint8(registration));
+        if (registration == int(GsmRegistration::Home))
+            QCOMPARE(m.gsm(0).operatorCode, 25001u);
     }
 
     void positionMovesOnlyWithFix() {
@@ -341,19 +342,6 @@ private slots:
         QCOMPARE(m.deviceState().memoryUsed, 3u);
     }
 
-    void registrationPassesThroughSearchToHome() {
-        TrackerModel m;
-        const QVector<int> seconds{1, 5, 20, 112}; // 104 s after registration: a roaming spell
-        const QVector<GsmRegistration> states{GsmRegistration::NotRegistered, GsmRegistration::Searching,
-                                              GsmRegistration::Home, GsmRegistration::Roaming};
-        for (int i = 0; i < seconds.size(); ++i) {
-            m.setElapsed(seconds.at(i) * 1000);
-            QCOMPARE(m.gsm(0).registration, quint8(states.at(i)));
-        }
-        m.setElapsed(20000);
-        QCOMPARE(m.gsm(0).operatorCode, 25001u);
-    }
-
     void fuelFallsOnlyForFittedSensors() {
         TrackerModel m; // sensors 0 and 1 fitted
         m.setElapsed(8000);
@@ -365,44 +353,39 @@ private slots:
         QVERIFY(m.fuel().level[0] < a.level[0]);
     }
 
-    void faultForAnswerNumber_data() {
-        QTest::addColumn<int>("silent");
-        QTest::addColumn<int>("truncate");
-        QTest::addColumn<int>("garbage");
-        QTest::addColumn<int>("n");
-        QTest::addColumn<Fault>("fault");
-        QTest::newRow("nothing set") << 0 << 0 << 0 << 6 << Fault::None;
-        QTest::newRow("garbage 5, answer 10") << 0 << 0 << 5 << 10 << Fault::Garbage;
-        QTest::newRow("silent beats garbage") << 2 << 0 << 2 << 2 << Fault::Silent;
-        QTest::newRow("garbage beats cut") << 0 << 3 << 3 << 3 << Fault::Garbage;
+    // What answers 1, 2, ... become: "a" as they are, "c" cut to half, "g" garbage of their length, "-"
+    // nothing at all.
+    void answersSpoiltByNumber_data() {
+        QTest::addColumn<QVector<int>>("every"); // silent, truncate, garbage
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("nothing set") << QVector<int>{0, 0, 0} << "aaaaaa";
+        QTest::newRow("garbage 5") << QVector<int>{0, 0, 5} << "aaaagaaaag";
+        QTest::newRow("silent beats garbage") << QVector<int>{2, 0, 2} << "a-a-";
+        QTest::newRow("garbage beats cut") << QVector<int>{0, 3, 3} << "aagaag";
+        QTest::newRow("silent beats cut") << QVector<int>{3, 2, 0} << "ac-ca-a";
     }
 
-    void faultForAnswerNumber() {
-        QFETCH(int, silent);
-        QFETCH(int, truncate);
-        QFETCH(int, garbage);
-        QFETCH(int, n);
-        QFETCH(Fault, fault);
+    void answersSpoiltByNumber() {
+        QFETCH(QVector<int>, every);
+        QFETCH(QString, sent);
         FaultInjector::Settings s;
-        s.silentEvery = silent;
-        s.truncateEvery = truncate;
-        s.garbageEvery = garbage;
-        QCOMPARE(FaultInjector(s).faultFor(n), fault);
-    }
-
-    void everyNthAnswerIsSpoilt() {
-        FaultInjector::Settings s;
-        s.silentEvery = 3;
-        s.truncateEvery = 2;
+        s.silentEvery = every[0], s.truncateEvery = every[1], s.garbageEvery = every[2];
         FaultInjector f(s);
         QSignalSpy writes(&f, &FaultInjector::write);
-        for (int n = 1; n <= 7; ++n)
+        QString actual;
+        for (int n = 1; n <= sent.size(); ++n) {
+            const int before = writes.count();
             f.sendAnswer(answer(n));
-        // 3 and 6 silent (silence beats the cut at 6), 2 and 4 cut to half.
-        QCOMPARE(written(writes),
-                 (QByteArrayList{answer(1), answer(2).left(6), answer(4).left(6), answer(5), answer(7)}));
-        QCOMPARE(f.answersSent(), 7);
-        QCOMPARE(FaultInjector::truncated(QByteArray(1, 'x')), QByteArray(1, 'x'));
+            const QByteArray w = writes.count() == before + 1 ? writes.last().at(0).toByteArray() : "?";
+            actual += writes.count() == before ? '-'
+                      : w == answer(n)         ? 'a'
+                      : w == answer(n).left(6) ? 'c'
+                      : w.size() == 12         ? 'g'
+                                               : '?';
+        }
+        QCOMPARE(actual, sent);
+        QCOMPARE(f.answersSent(), sent.size());
+        QCOMPARE(FaultInjector::truncated(QByteArray(1, 'x')), QByteArray(1, 'x')); // never cut to nothing
     }
 
     void garbageKeepsLengthAndRepeatsEveryRun() {
