@@ -7,73 +7,31 @@
 #include "Devices/LogicConfiguration.h"
 #include "Devices/NavigationConfiguration.h"
 #include "Devices/OutputConfiguration.h"
+#include "Devices/SectionKeys.h"
 #include "Devices/ServerConfiguration.h"
 #include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"
+#include "tests/support/SectionFields.h"
 
-// A configuration with a distinct value in every field, shared by the file tests.
+// A configuration with a distinct value in every field, shared by the file tests. The sections' values
+// are in the form fieldsOf() gives; the name holds a blank, so it is set on its own.
 inline void fillSample(VantorConfiguration &cfg) {
-    kd::DeviceInfoConfiguration *d = cfg.deviceInfo();
-    d->setName(QStringLiteral("Vantor micro"));
-    d->setVersion(918);
-    d->setDeviceMod(2);
-    d->setDeviceGroup(1);
-    d->setDeviceType(3);
-    d->setSerialNumber(100234);
-    d->setIMEI(QStringLiteral("863071014478127"));
-
-    SystemConfigurationItem *sys = cfg.system()->value();
-    sys->setGsens(7);
-    sys->setLowSpeed(1);
-    sys->setOutCtrl(1);
-    sys->setParkingMin(15);
-    sys->setPwrMode(2);
-
-    NavigationConfigurationItem *nav = cfg.navigation()->value();
-    nav->setDeltaCourse(10);
-    nav->setDeltaSpeed(20);
-    nav->setDriveTimeout(30);
-    nav->setDeltaDistance(40);
-    nav->setFaultSpeed(150);
-    nav->setFreezeNav(1);
-    nav->setPwrNav(3);
-
-    const char *apns[] = {"internet.mts.ru", "internet.beeline.ru"};
-    for (int i = 0; i < 2; ++i) {
-        GSMConfigurationItem *g = cfg.gsm()->element(i);
-        g->setApn(QString::fromLatin1(apns[i]));
-        g->setApnUser(QStringLiteral("user%1").arg(i + 1));
-        g->setApnPassword(QStringLiteral("pass%1").arg(i + 1));
-        g->setForbidden(1);
-        g->setTimetableHi(quint64(1000 + i));
-        g->setTimetableLow(quint64(2000 + i));
-    }
-
-    ServerConfigurationItem *srv = cfg.servers()->value();
-    srv->setEnable(1);
-    srv->setServer(QStringLiteral("gps.tavrel.ru"));
-    srv->setPort(21070);
-    srv->setProto(1);
-
-    for (int i = 0; i < 3; ++i) {
-        AgcConfigurationItem *a = cfg.agc()->element(i);
-        a->setEnabled(i == 1 ? 0 : 1);
-        a->setThresholdLow(quint16(1000 + i));
-        a->setThresholdHigh(quint16(2000 + i));
-        a->setSensitivity(quint16(10 + i));
-        a->setAveraging(quint16(5 + i));
-    }
-
-    cfg.logic()->element(0)->setFunc(1);
-    cfg.logic()->element(1)->setFunc(4);
-
-    for (int i = 0; i < 8; ++i) {
-        FuelConfigurationItem *f = cfg.fuel()->element(i);
-        f->setAddr(quint8(i + 1));
-        f->setTank_num(quint8(i / 2));
-        f->setAveraging(quint16(100 + i)); // elements 5..7 only live in the file
-    }
-
+    const std::pair<const char *, const char *> sections[] = {
+        {kd::keys::MainDeviceInfo, "- 918 1 3 2 100234 863071014478127"},
+        {kd::keys::System, "15 2 7 1 1"},
+        {kd::keys::Navigation, "10 20 30 40 1 3 150"},
+        {kd::keys::Gsm, "internet.mts.ru user1 pass1 1 00000000000003e800000000000007d0 / "
+                        "internet.beeline.ru user2 pass2 1 00000000000003e900000000000007d1"},
+        {kd::keys::Server, "1 gps.tavrel.ru 21070 1"},
+        {kd::keys::Agc, "1 1000 2000 10 5 / 0 1001 2001 11 6 / 1 1002 2002 12 7"},
+        {kd::keys::Logic, "1 / 4"},
+        {kd::keys::Fuel, "1 0 100 / 2 0 101 / 3 1 102 / 4 1 103 / 5 2 104 / 6 2 / 7 3 / 8 3"},
+    };
+    for (const auto &s : sections)
+        setFields(cfg, QLatin1String(s.first), QLatin1String(s.second));
+    cfg.deviceInfo()->setName(QStringLiteral("Vantor micro"));
+    for (int i = 5; i < 8; ++i)
+        cfg.fuel()->element(i)->setAveraging(quint16(100 + i)); // only the file keeps these
     OutputConfigurationItem *out = cfg.outputs()->value();
     out->setHighCondition(100);
     out->setLowCondition(10);
