@@ -4,10 +4,16 @@
 #include "tests/support/SectionsFixture.h"
 
 #include "protocol/Device.h"
+#include "protocol/DeviceWorkflows.h"
 #include "protocol/UNPParcer.h"
 #include "protocol/UNPProtocol.h"
 
 #include <QtTest>
+
+#include <functional>
+
+using Flow = std::function<void(DeviceWorkflows &)>;
+Q_DECLARE_METATYPE(Flow)
 
 namespace {
 
@@ -24,16 +30,24 @@ QByteArray statusAnswer(quint8 code, quint8 operation) {
     return proto::Frame::build(6, payload);
 }
 
+// "type:code op parameter" of a frame, e.g. "6:830200".
+QString headOf(const QByteArray &frame) {
+    return QStringLiteral("%1:%2")
+        .arg(quint8(frame.at(proto::Frame::TypeOffset)))
+        .arg(QString::fromLatin1(frame.mid(proto::Frame::PayloadOffset, 3).toHex()));
+}
+
 struct Session {
     QObject owner;
     Device *device;
     FakeLink *link = new FakeLink;
+    DeviceWorkflows *flows;
 
-    explicit Session(FakeLink::Fault fault = FakeLink::Silent)
-        : device(new Device(makeConfiguration(&owner), &owner)) {
-        device->setResponseInterval(3600 *
-                                    1000); // time-outs are driven by hand unless a test asks for the timer
-        link->fault = fault;
+    explicit Session(int analog = 3, int logic = 2, int servers = 1)
+        : device(new Device(makeConfiguration(&owner, analog, logic, servers), &owner))
+        , flows(new DeviceWorkflows(device, &owner)) {
+        // Time-outs are driven by hand unless a test asks for the timer.
+        device->setResponseInterval(3600 * 1000);
         device->setWindow(1); // one request until its answer unless a test widens it
         device->setLink(link);
     }
@@ -47,9 +61,23 @@ struct Session {
         for (int i = 0; i < n; ++i)
             device->onResponseTimeout();
     }
+    // Frames in the order they would reach the device: the ones already written, then the queue.
+    QStringList heads() const {
+        QStringList out;
+        for (const QByteArray &f : link->written + protocol()->queue())
+            out << headOf(f);
+        return out;
+    }
 };
 
 } // namespace
+
+// The session's requests on the line, and the workflows that queue them.
+#define ROW(name, call, analog, logic, servers, ...)                                                         \
+    QTest::newRow(name) << Flow([](DeviceWorkflows &w) { w.call; }) << analog << logic << servers            \
+                        << QStringList {                                                                     \
+        __VA_ARGS__                                                                                          \
+    }
 
 class tst_Device : public QObject {
     Q_OBJECT
@@ -382,6 +410,100 @@ private slots:
         QCOMPARE(fresh->parent(), s.device);
         fresh->deliverNow(Executed);
         QCOMPARE(answered.count(), 1);
+    }
+
+    void frameOrder_data() {
+        QTest::addColumn<Flow>("flow");
+        QTest::addColumn<int>("analog");
+        QTest::addColumn<int>("logic");
+        QTest::addColumn<int>("servers");
+        QTest::addColumn<QStringList>("heads");
+
+#define READ_ALL                                                                                             \
+    "6:910100", "6:830200", "6:830300", "6:840300", "6:840400", "6:900100", "6:8c0200", "6:8d0200",          \
+        "6:880100", "6:8e0100"
+#define WRITE_FIXED                                                                                          \
+    "6:030300", "6:030200", "6:040300", "6:040301", "6:040400", "6:040401", "6:080100", "6:110100"
+        ROW("read all", readAll(), 3, 2, 1, READ_ALL);
+        ROW("read all with empty lists still reads every section", readAll(), 0, 0, 0, READ_ALL);
+        ROW("write all", writeAll(), 3, 2, 2, WRITE_FIXED, "6:0c0200", "6:0c0201", "6:0c0202", "6:0d0200",
+            "6:0d0201", "6:100100", "6:100101");
+        ROW("write all without lists writes only the fixed sections", writeAll(), 0, 0, 0, WRITE_FIXED);
+        ROW("identity", readIdentity(), 3, 2, 1, "6:810100", "6:810200");
+        ROW("clear memory", clearMemory(), 3, 2, 1, "7:010300");
+        ROW("reset settings", resetSettings(), 3, 2, 1, "7:010300");
+        ROW("login", login(1), 3, 2, 1, "7:010100");
+        ROW("change password", changePassword(4321), 3, 2, 1, "6:020100");
+        ROW("firmware-update mode", enterFirmwareUpdate(), 3, 2, 1, "7:010200");
+        ROW("apply system", writeSystem(), 3, 2, 1, "6:110100");
+        ROW("apply navigation", writeNavigation(), 3, 2, 1, "6:030300", "6:030200");
+        ROW("apply GSM", writeGsm(), 3, 2, 1, "6:040300", "6:040301", "6:040400", "6:040401");
+        ROW("apply servers", writeServers(), 3, 2, 3, "6:100100", "6:100101", "6:100102");
+        ROW("apply analog inputs", writeAnalogInputs(), 2, 2, 1, "6:0c0200", "6:0c0201");
+        ROW("apply logic inputs", writeLogicInputs(), 3, 2, 1, "6:0d0200", "6:0d0201");
+        ROW("apply fuel", writeFuel(), 3, 2, 1, "6:080100");
+        ROW("apply output parameters", writeOutputParameters(0x0E, 0x05), 3, 2, 1, "7:0e0500");
+        ROW("set outputs", setOutputs(), 3, 2, 1, "7:020900");
+        ROW("set one output", setOutput(1, 3), 3, 2, 1, "6:0e0103");
+        ROW("telemetry poll", pollTelemetry(), 3, 2, 1, "7:820a00", "7:820900", "7:820b00", "7:820c00",
+            "7:820e00", "7:820f00", "7:821000", "7:821100", "7:821200", "7:821300", "7:821400", "7:821500",
+            "7:821600", "7:821700", "7:821800");
+    }
+
+    void frameOrder() {
+        QFETCH(Flow, flow);
+        QFETCH(int, analog);
+        QFETCH(int, logic);
+        QFETCH(int, servers);
+        QFETCH(QStringList, heads);
+        Session s(analog, logic, servers);
+        s.link->linkState = Connection::Connecting; // sent frames arm no timer
+        flow(*s.flows);
+        QCOMPARE(s.heads(), heads);
+        QCOMPARE(s.link->written.size(), 1); // the queue was started
+    }
+
+    void readAllAndWriteAllDropWhatWaits() {
+        Session s;
+        s.protocol()->readTelemetryClock();
+        s.protocol()->readTelemetrySim();
+        s.flows->readAll();
+        QCOMPARE(s.heads().size(), 10);
+        QCOMPARE(s.heads().first(), QStringLiteral("6:910100"));
+        s.link->written.clear();
+        s.flows->writeAll();
+        QCOMPARE(s.heads().first(), QStringLiteral("6:030300"));
+        QVERIFY(!s.heads().contains(QStringLiteral("6:830200")));
+    }
+
+    void pollTelemetryNeverGrowsTheQueue() {
+        Session s;
+        // The device is slow: nothing is answered and the link is not writable, so every frame stays queued.
+        s.device->setLink(nullptr);
+        QCOMPARE(s.flows->pollTelemetry(), 15);
+        for (int i = 0; i < 100; ++i)
+            QCOMPARE(s.flows->pollTelemetry(), 0);
+        QCOMPARE(s.protocol()->queueSize(), 15);
+        // Once a request has gone out it may be asked for again.
+        s.protocol()->dropFirst();
+        QCOMPARE(s.flows->pollTelemetry(), 1);
+        QCOMPARE(s.protocol()->queue().last(), proto::UNPProtocol::telemetryFrame(0x0A));
+    }
+
+    void workflowsFillTheWindow() {
+        Session s(0, 0, 0);
+        s.flows->writeSystem();
+        QVERIFY(s.device->isAnswerPending());
+        s.flows->writeFuel();
+        QCOMPARE(s.link->written.size(), 1);
+        QCOMPARE(s.heads(), (QStringList{"6:110100", "6:080100"}));
+        s.link->deliverNow(QByteArray::fromHex("a5a506000600118100000100") + QByteArray(2, '\0'));
+        QCOMPARE(s.heads(), (QStringList{"6:110100", "6:080100"}));
+        QCOMPARE(s.link->written.size(), 2);
+        // A wider window puts a request on the line while others are owed.
+        s.device->setWindow(Device::DefaultWindow);
+        s.flows->writeSystem();
+        QCOMPARE(s.link->written.size(), 3);
     }
 };
 
