@@ -222,8 +222,7 @@ private slots:
     void write_keepsOnlyTheLowTimetableWordUnderTheHighKey() {
         VantorConfiguration cfg;
         fillSample(cfg);
-        QJsonObject root;
-        cfg.write(root);
+        const QJsonObject root = fileOf(cfg);
 
         const QJsonObject sim2 = root.value("gsm").toArray().at(1).toObject();
         QCOMPARE(sim2.keys(), QStringList({"gprs 2", "roaming 2"}));
@@ -334,9 +333,7 @@ private slots:
         QFETCH(QString, reason);
         QTemporaryDir dir;
         QVERIFY(QDir(dir.path()).mkdir("sub"));
-        QFile plain(dir.filePath("plain"));
-        QVERIFY(plain.open(QIODevice::WriteOnly));
-        plain.close();
+        QVERIFY(writeAll(dir.filePath("plain"), {}));
         VantorConfiguration cfg;
         const ConfigurationFile::SaveResult r = ConfigurationFile::save(dir.filePath(target), cfg);
         QCOMPARE(r.status, ConfigurationFile::SaveResult::CannotOpen);
@@ -423,7 +420,9 @@ private slots:
             << QByteArray("\xEF\xBB\xBFimei;SystemParameters.gsens;gsm[0].gprs 1.apn_name\r\n"
                           "1;;\"a;\"\"b\"\"\"\r\n")
             << R"({"Server":[{"server":"a"},{"server":"b"}],"SystemParameters":{"gsens":5},)"
-               R"("gsm":[{"gprs 1":{"apn":"","apn_name":)" "\"a;\\\"b\\\"\"" R"(}}],"hardver":1,"hardver.serial":5})";
+               R"("gsm":[{"gprs 1":{"apn":"","apn_name":)"
+               "\"a;\\\"b\\\"\""
+               R"(}}],"hardver":1,"hardver.serial":5})";
         QTest::newRow("text where the template has a number")
             << QByteArray("IMEI,SystemParameters.gsens\n1,abc\n")
             << "!SystemParameters.gsens: \"abc\" не подходит, в шаблоне здесь число";
@@ -572,12 +571,11 @@ private slots:
         row("string for a number", R"({"adcs":[{},{"averaging":"10"}]})",
             "adcs[1].averaging: в файле \"10\" (не число), в прибор уйдет 0");
         row("long text", R"({"gsm":[{"gprs 1":{"apn":"abcdefghijklmnopqrstuvwxyz0123456789"}}]})",
-            "gsm[0].gprs.apn: в файле \"abcdefghijklmnopqrstuvwxyz0123456789\" (длиннее 32 символов), в "
-            "прибор "
-            "уйдет \"abcdefghijklmnopqrstuvwxyz012345\"");
+            "gsm[0].gprs.apn: в файле \"abcdefghijklmnopqrstuvwxyz0123456789\" (длиннее 32 символов), "
+            "в прибор уйдет \"abcdefghijklmnopqrstuvwxyz012345\"");
         row("cyrillic", R"({"gsm":[{},{"gprs 2":{"apn_name":"юзер"}}]})",
-            "gsm[1].gprs.apn_name: в файле \"юзер\" (символы, которые прибор не принимает), в прибор уйдет "
-            "\"\"");
+            "gsm[1].gprs.apn_name: в файле \"юзер\" (символы, которые прибор не принимает), "
+            "в прибор уйдет \"\"");
         row("number for text", R"({"Server":[{"server":7}]})",
             "Server[0].server: в файле 7 (не текст), в прибор уйдет \"\"");
     }

@@ -94,19 +94,17 @@ int main(int argc, char *argv[]) {
             allAnswers += fuzz::chunkRecord(answer);
         }
     }
-    seed("requests", QStringLiteral("all"), allRequests);
-    seed("session", QStringLiteral("all"), allAnswers);
+    seed("requests", "all", allRequests);
+    seed("session", "all", allAnswers);
     // One answer in two reads, and two answers in one read.
     const QByteArray first = fuzz::chunks(allAnswers).value(0), second = fuzz::chunks(allAnswers).value(1);
-    seed("session", QStringLiteral("split"),
-         fuzz::chunkRecord(first.left(5)) + fuzz::chunkRecord(first.mid(5)));
-    seed("session", QStringLiteral("joined"), fuzz::chunkRecord(first + second));
+    seed("session", "split", fuzz::chunkRecord(first.left(5)) + fuzz::chunkRecord(first.mid(5)));
+    seed("session", "joined", fuzz::chunkRecord(first + second));
     // The deframer: whole streams of both directions, a frame behind garbage, an answer cut over three reads.
-    seed("deframer", QStringLiteral("answers"), allAnswers);
-    seed("deframer", QStringLiteral("requests"), allRequests);
-    seed("deframer", QStringLiteral("garbage"),
-         fuzz::chunkRecord(QByteArray::fromHex("0102a5ff") + first + second));
-    seed("deframer", QStringLiteral("three"),
+    seed("deframer", "answers", allAnswers);
+    seed("deframer", "requests", allRequests);
+    seed("deframer", "garbage", fuzz::chunkRecord(QByteArray::fromHex("0102a5ff") + first + second));
+    seed("deframer", "three",
          fuzz::chunkRecord(first.left(3)) + fuzz::chunkRecord(first.mid(3, 5)) +
              fuzz::chunkRecord(first.mid(8)));
 
@@ -120,15 +118,15 @@ int main(int argc, char *argv[]) {
         return UpdateChannel::encodeMessage(
             {kind, options.hwVersion, options.fwMiddle, options.fwBuild, options.fwMajor, page});
     };
-    seed("bootloader", QStringLiteral("start"), fuzz::chunkRecord(loaderTalk));
+    seed("bootloader", "start", fuzz::chunkRecord(loaderTalk));
     // The loader's first request right behind the device's last answer, in the same read.
-    seed("deframer", QStringLiteral("loader"), fuzz::chunkRecord(first + loaderTalk));
+    seed("deframer", "loader", fuzz::chunkRecord(first + loaderTalk));
     QByteArray talk = fuzz::chunkRecord(message(UpdateChannel::PageRequested, 0));
     for (quint16 page = 0; page < 4; ++page)
         talk += fuzz::chunkRecord(message(UpdateChannel::PageConfirmed, page) +
                                   message(UpdateChannel::PageRequested, page + 1));
-    seed("bootloader", QStringLiteral("transfer"), talk);
-    seed("bootloader", QStringLiteral("error"),
+    seed("bootloader", "transfer", talk);
+    seed("bootloader", "error",
          fuzz::chunkRecord(message(UpdateChannel::PageError, 0)) +
              fuzz::chunkRecord(message(UpdateChannel::PageRequested, 0)));
 
@@ -140,12 +138,9 @@ int main(int argc, char *argv[]) {
         seed("firmwarefile", QStringLiteral("pages-%1.bsk").arg(pages), image.build());
     }
 
-    seed("configfile", QStringLiteral("sample.json"),
-         readFile(data + QStringLiteral("/devices/sample-configuration.json")));
-    seed("configfile", QStringLiteral("write-config.json"),
-         readFile(data + QStringLiteral("/cli/write-config.json")));
-    seed("configfile", QStringLiteral("tracker.json"),
-         kd::ConfigurationFile::toJson(*tracker.configuration()));
+    seed("configfile", "sample.json", readFile(data + "/devices/sample-configuration.json"));
+    seed("configfile", "write-config.json", readFile(data + "/cli/write-config.json"));
+    seed("configfile", "tracker.json", kd::ConfigurationFile::toJson(*tracker.configuration()));
 
     const QString profiles = root + QStringLiteral("/gsmprofiles/GSMprofileList.json");
     QDir().mkpath(root + QStringLiteral("/gsmprofiles"));
@@ -156,15 +151,15 @@ int main(int argc, char *argv[]) {
                QString()});
     written += QFile::exists(profiles) ? 1 : 0;
 
-    seed("updateanswer", QStringLiteral("one"),
+    seed("updateanswer", "one",
          "<updates><update name=\"Tavrel\" version=\"1.0.0.31\" size=\"48213\"/></updates>");
-    seed("updateanswer", QStringLiteral("none"), "<updates><!-- no updates --></updates>");
-    seed("updateanswer", QStringLiteral("two"),
+    seed("updateanswer", "none", "<updates><!-- no updates --></updates>");
+    seed("updateanswer", "two",
          "<?xml version=\"1.0\"?>\n<updates>\n <update name=\"A\" version=\"1\" size=\"2\"/>\n"
          " <update name=\"B\" version=\"1.2\" size=\"30\"/>\n</updates>\n");
-    seed("networksettings", QStringLiteral("network.xml"),
+    seed("networksettings", "network.xml",
          "<Network><ProxyType>2</ProxyType><Username>ivan</Username><Password>p</Password></Network>");
-    seed("networksettings", QStringLiteral("bare.xml"), "<?xml version=\"1.0\"?><Network/>");
+    seed("networksettings", "bare.xml", "<?xml version=\"1.0\"?><Network/>");
 
     std::printf("%d seeds in %s\n", written, qPrintable(root));
     return written > 0 ? 0 : 1;

@@ -11,12 +11,10 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QSpinBox>
-#include <QStringList>
 #include <QtTest>
 
 // A device session without a link: whatever a page asks the workflows to write stays in the queue,
@@ -53,9 +51,7 @@ struct ScriptedAsker {
         };
     }
     SettingsPageBase::Notifier notifier() {
-        return [this](QWidget *, const QString &title, const QString &text) {
-            asked << title + QLatin1Char('|') + text;
-        };
+        return [this](QWidget *w, const QString &title, const QString &text) { asker()(w, title, text); };
     }
 };
 
