@@ -1,5 +1,4 @@
 #include "Devices/ConfigurationDiff.h"
-#include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/SnapshotStore.h"
 #include "Devices/SystemConfiguration.h"
 #include "Devices/VantorConfiguration.h"
@@ -14,7 +13,6 @@
 #include "pages/SettingsPageBase.h"
 #include "pages/SettingsStatePage.h"
 #include "pages/SystemPage.h"
-#include "protocol/Connection.h"
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
@@ -35,7 +33,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
-#include <QProcess>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -118,7 +115,9 @@ public:
             written.append(item.bytes);
         return SerialConnection::write(bytes);
     }
-    int count(const QByteArray &head) const {
+    // The frames whose payload starts with the bytes `hex`.
+    int count(const char *hex) const {
+        const QByteArray head = QByteArray::fromHex(hex);
         int n = 0;
         for (const QByteArray &f : written)
             n += f.mid(proto::Frame::PayloadOffset, head.size()) == head ? 1 : 0;
@@ -127,13 +126,11 @@ public:
     QList<QByteArray> written;
 };
 
-// A field of a settings page: "label:<form label>" (the label's buddy), "spin:<n>" or "check:<n>"
-// (the n-th spin or check box of the page, in the order the page builds them).
+// A field of a settings page: "label:<form label>" (the label's buddy) or "check:<n>" (the n-th check box
+// of the page, in the order the page builds them).
 QWidget *pageField(QWidget *page, const QString &locator) {
     const QString kind = locator.section(QLatin1Char(':'), 0, 0);
     const QString arg = locator.section(QLatin1Char(':'), 1);
-    if (kind == QLatin1String("spin"))
-        return page->findChildren<QSpinBox *>().value(arg.toInt());
     if (kind == QLatin1String("check"))
         return page->findChildren<QCheckBox *>().value(arg.toInt());
     for (QLabel *label : page->findChildren<QLabel *>()) {
@@ -425,8 +422,7 @@ private slots:
             m_prompter->passwords = {1111, 1234};
         MainWindow w(o);
         if (flow == QLatin1String("blocked")) {
-            QTRY_VERIFY_WITH_TIMEOUT(!warnings().isEmpty(), 5000);
-            QCOMPARE(warnings(), QStringList{message});
+            QTRY_COMPARE_WITH_TIMEOUT(warnings(), QStringList{message}, 5000);
             QCOMPARE(w.connectionStateButton()->text(), NoDevice);
             return;
         }
@@ -438,7 +434,7 @@ private slots:
             const bool wrongFirst = flow == QLatin1String("wrong-password");
             QCOMPARE(!m_prompter->of(QStringLiteral("password")).isEmpty(), wrongFirst);
             QTest::qWait(500);
-            QCOMPARE(m_serial->count(QByteArray::fromHex("0101")), wrongFirst ? 2 : 1);
+            QCOMPARE(m_serial->count("0101"), wrongFirst ? 2 : 1);
             QCOMPARE(warnings(), message.isEmpty() ? QStringList() : QStringList{message});
             QCOMPARE(w.session()->state(), State::Ready);
             return;
@@ -571,11 +567,8 @@ private slots:
             QVERIFY(m_prompter->text(-1).contains(QStringLiteral(
                 "Не будут записаны (значения не считаны из прибора и не загружены из файла): навигация\n"
                 "Отличий нет")));
-            QTRY_VERIFY_WITH_TIMEOUT(m_serial->count(QByteArray::fromHex("0801")) > 0,
-                                     5000); // the fuel block
-            QCOMPARE(m_serial->count(QByteArray::fromHex("0302")) +
-                         m_serial->count(QByteArray::fromHex("0303")),
-                     0);
+            QTRY_VERIFY_WITH_TIMEOUT(m_serial->count("0801") > 0, 5000); // the fuel block
+            QCOMPARE(m_serial->count("0302") + m_serial->count("0303"), 0);
             return;
         }
         // Hung up: the user hears of the link, then in one box of what was not read.
@@ -799,8 +792,11 @@ private slots:
                      "question|Подтверждение изменений|Есть несохраненные параметры, записать в прибор?"));
         if (m_prompter->cancel) {
             QVERIFY(page->isModified());
-            QCOMPARE(w->settingsPage(row), page);
             QCOMPARE(fieldValue(input), value);
+            // Still on the page, or on the tab.
+            QCOMPARE(tab >= 0 ? w->findChild<QTabWidget *>(QStringLiteral("dataTransferTabs"))->currentIndex()
+                              : w->findChild<QListWidget *>(QStringLiteral("listWidget"))->currentRow(),
+                     tab >= 0 ? tab : row);
             return;
         }
         QVERIFY(!page->isModified());
