@@ -5,6 +5,8 @@
 
 #include "protocol/Device.h"
 #include "protocol/DeviceWorkflows.h"
+#include "protocol/Frame.h"
+#include "protocol/SessionController.h"
 #include "protocol/UNPParcer.h"
 #include "protocol/UNPProtocol.h"
 
@@ -24,17 +26,8 @@ const QByteArray OutputsRead = QByteArray::fromHex("a5a5060004008e0100008c01");
 const QByteArray Executed = QByteArray::fromHex("a5a5060006001181000001009181");
 
 QByteArray statusAnswer(quint8 code, quint8 operation) {
-    QByteArray payload = QByteArray::fromHex("000000000100");
-    payload[0] = char(code);
-    payload[1] = char(operation | 0x80);
-    return proto::Frame::build(6, payload);
-}
-
-// "type:code op parameter" of a frame, e.g. "6:830200".
-QString headOf(const QByteArray &frame) {
-    return QStringLiteral("%1:%2")
-        .arg(quint8(frame.at(proto::Frame::TypeOffset)))
-        .arg(QString::fromLatin1(frame.mid(proto::Frame::PayloadOffset, 3).toHex()));
+    return proto::Frame::build(6, QByteArray(1, char(code)) + char(operation | 0x80) +
+                                      QByteArray::fromHex("00000100"));
 }
 
 struct Session {
@@ -61,18 +54,71 @@ struct Session {
         for (int i = 0; i < n; ++i)
             device->onResponseTimeout();
     }
-    // Frames in the order they would reach the device: the ones already written, then the queue.
+    // Frames in the order they would reach the device, the ones already written first, as "type:code op
+    // parameter" (e.g. "6:830200").
     QStringList heads() const {
         QStringList out;
         for (const QByteArray &f : link->written + protocol()->queue())
-            out << headOf(f);
+            out << QString::number(f.at(proto::Frame::TypeOffset)) + ':' +
+                       QString::fromLatin1(f.mid(proto::Frame::PayloadOffset, 3).toHex());
         return out;
     }
 };
 
+// A device in a few lines: a password it asks for, a blocked state, and answers that can go missing.
+class ScriptedLink : public FakeLink {
+    Q_OBJECT
+public:
+    quint32 password = 0;
+    bool loggedIn = false;
+    bool blocked = false;
+    bool silent = false;
+    // Answers every access block of the GSM section with the status of SIM 1 (a stale status on the line).
+    bool echoFirstSim = false;
+    int loginDelayMs = 0;
+    int dataDelayMs = 0;
+    // Counted into the test's own variable: the session may delete the link before the check.
+    int *logins = nullptr;
+
+    qint64 write(const QByteArray &bytes) override {
+        written << bytes;
+        const quint8 type = quint8(bytes.at(proto::Frame::TypeOffset));
+        QByteArray p = bytes.mid(proto::Frame::PayloadOffset, 4).leftJustified(4, '\0');
+        const bool login = type == proto::CommandPacketType && p.at(0) == 1 && p.at(1) == 1;
+        if (login && logins)
+            ++*logins;
+        if (silent)
+            return bytes.size();
+        quint16 status = UNPParcer::Executed;
+        if (blocked)
+            status = UNPParcer::Blocked;
+        else if (login)
+            status = (loggedIn = bytes.mid(proto::Frame::PayloadOffset + 4, 4) ==
+                                 QByteArray::fromRawData(reinterpret_cast<const char *>(&password), 4))
+                         ? UNPParcer::Executed
+                         : UNPParcer::WrongPassword;
+        else if (password && !loggedIn)
+            status = UNPParcer::AuthorisationNeeded;
+        else if ((quint8(p.at(0)) & 0x80) || (type == proto::CommandPacketType && quint8(p.at(0)) == 0x82)) {
+            const QByteArray answer = proto::Frame::build(type, p + QByteArray(4, '\0'));
+            QTimer::singleShot(dataDelayMs, this, [this, answer] { deliverNow(answer); });
+            return bytes.size();
+        }
+        if (echoFirstSim && p.at(0) == 4 && p.at(1) == 3)
+            p[2] = 0;
+        p[1] = char(quint8(p.at(1)) | 0x80);
+        const QByteArray answer =
+            proto::Frame::build(type, p + QByteArray(1, char(status)) + QByteArray(1, '\0'));
+        QTimer::singleShot(login ? loginDelayMs : 0, this, [this, answer] { deliverNow(answer); });
+        return bytes.size();
+    }
+};
+
+using State = SessionController::State;
+
 } // namespace
 
-// The session's requests on the line, and the workflows that queue them.
+// The device's requests on the line, the workflows that queue them and the session controller above them.
 #define ROW(name, call, analog, logic, servers, ...)                                                         \
     QTest::newRow(name) << Flow([](DeviceWorkflows &w) { w.call; }) << analog << logic << servers            \
                         << QStringList {                                                                     \
@@ -193,29 +239,28 @@ private slots:
         const QByteArray otherPayload = QByteArray::fromHex("038100000100");
         const QByteArray loader = QByteArray::fromHex("550100000400000000910000") + QByteArray(8, '\0');
         using L = QList<QByteArray>;
+        const auto row = [](const QString &name, const L &reads, bool on, const L &accepted) {
+            QTest::newRow(qPrintable(name)) << reads << on << accepted;
+        };
         for (bool on : {true, false}) {
-            const char *mode = on ? " (joining)" : " (one chunk, one frame)";
-            QTest::addRow("N+8 accepted%s", mode) << L{Executed} << on << L{payload};
-            QTest::addRow("N+20 accepted, surplus cut%s", mode)
-                << L{Executed + QByteArray(12, 'x')} << on << L{payload};
-            QTest::addRow("N+7 not parsed%s", mode) << L{Executed.chopped(1)} << on << L{};
-            QTest::addRow("N+7 then a whole fresh answer%s", mode)
-                << L{Executed.chopped(1), other} << on << L{otherPayload};
-            QTest::addRow("two whole answers%s", mode)
-                << L{Executed, other} << on << L{payload, otherPayload};
-            QTest::addRow("loader packet never reaches the parser%s", mode) << L{loader} << on << L{};
+            const QString mode = on ? " (joining)" : " (one chunk, one frame)";
+            row("N+8 accepted" + mode, {Executed}, on, {payload});
+            row("N+20 accepted, surplus cut" + mode, {Executed + QByteArray(12, 'x')}, on, {payload});
+            row("N+7 not parsed" + mode, {Executed.chopped(1)}, on, {});
+            row("N+7 then a whole fresh answer" + mode, {Executed.chopped(1), other}, on, {otherPayload});
+            row("two whole answers" + mode, {Executed, other}, on, {payload, otherPayload});
+            row("loader packet never reaches the parser" + mode, {loader}, on, {});
         }
-        QTest::newRow("N+7 completed by the next read (joining)")
-            << L{Executed.chopped(1), Executed.right(1)} << true << L{payload};
-        QTest::newRow("N+7 and its last byte (one chunk, one frame)")
-            << L{Executed.chopped(1), Executed.right(1)} << false << L{};
-        QTest::newRow("split after the header (joining)")
-            << L{Executed.left(6), Executed.mid(6)} << true << L{payload};
-        QTest::newRow("split in three (joining)")
-            << L{Executed.left(3), Executed.mid(3, 5), Executed.mid(8)} << true << L{payload};
+        row("N+7 completed by the next read (joining)", {Executed.chopped(1), Executed.right(1)}, true,
+            {payload});
+        row("N+7 and its last byte (one chunk, one frame)", {Executed.chopped(1), Executed.right(1)}, false,
+            {});
+        row("split after the header (joining)", {Executed.left(6), Executed.mid(6)}, true, {payload});
+        row("split in three (joining)", {Executed.left(3), Executed.mid(3, 5), Executed.mid(8)}, true,
+            {payload});
         // Without markers the head is not held back, so the tail stands alone (and announces length 0).
-        QTest::newRow("garbage head is not held (joining)")
-            << L{QByteArray::fromHex("0102ff00"), Executed.mid(4)} << true << L{QByteArray()};
+        row("garbage head is not held (joining)", {QByteArray::fromHex("0102ff00"), Executed.mid(4)}, true,
+            {QByteArray()});
     }
 
     void chunks() {
@@ -367,25 +412,22 @@ private slots:
     }
 
     void passwordMasked_data() {
-        QTest::addColumn<int>("request");
+        QTest::addColumn<Flow>("flow");
         QTest::addColumn<QString>("line");
-        QTest::newRow("login") << 0 << "Command a5a50700080001010000************";
-        QTest::newRow("password change") << 1 << "Command a5a50600080002010000************";
-        QTest::newRow("reset settings is not masked") << 2 << "Command a5a5070006000103000000000003";
+        QTest::newRow("login") << Flow([](DeviceWorkflows &w) { w.login(0x12345678); })
+                               << "Command a5a50700080001010000************";
+        QTest::newRow("password change") << Flow([](DeviceWorkflows &w) { w.changePassword(0x0A0B0C0D); })
+                                         << "Command a5a50600080002010000************";
+        QTest::newRow("reset settings is not masked")
+            << Flow([](DeviceWorkflows &w) { w.resetSettings(); }) << "Command a5a5070006000103000000000003";
     }
 
     void passwordMasked() {
-        QFETCH(int, request);
+        QFETCH(Flow, flow);
         QFETCH(QString, line);
         Session s;
-        if (request == 0)
-            s.protocol()->login(0x12345678);
-        else if (request == 1)
-            s.protocol()->changePassword(0x0A0B0C0D);
-        else
-            s.protocol()->resetSettings();
         LogCapture capture;
-        s.device->sendNextCommand();
+        flow(*s.flows);
         QCOMPARE(capture.lines, QStringList{line});
         QCOMPARE(s.link->written.first().size() * 2 + 8, line.size()); // the frame itself goes out whole
         QVERIFY(!s.link->written.first().contains('*'));
@@ -504,6 +546,145 @@ private slots:
         s.device->setWindow(Device::DefaultWindow);
         s.flows->writeSystem();
         QCOMPARE(s.link->written.size(), 3);
+    }
+
+    // The session's state machine against a scripted device behind a fake link: every row starts a session,
+    // lets the device behave as the row says and compares what the session reported, in order.
+    void session_data() {
+        QTest::addColumn<quint32>("devicePassword");
+        QTest::addColumn<quint32>("startupPassword");
+        QTest::addColumn<QList<quint32>>("typed"); // on each question, in order; none left: give up
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("events");
+        QTest::addColumn<int>("logins");
+        const auto row = [](const char *name, quint32 device, quint32 startup, const QList<quint32> &typed,
+                            const char *script, const QString &events, int logins) {
+            QTest::newRow(name) << device << startup << typed << QString(script) << events.split(' ')
+                                << logins;
+        };
+        const QString identified = "Connecting Identifying identified Ready";
+        row("plain", 0, 0, {}, "", identified, 0);
+        // The start-up password goes once, without a question, and the identity read that was refused
+        // before the login is sent again.
+        row("password at start", 1234, 1234, {}, "",
+            "Connecting Identifying PasswordRequired accepted Identifying identified Ready", 1);
+        row("wrong then right", 1234, 1111, {1234}, "",
+            "Connecting Identifying PasswordRequired rejected asked accepted Identifying identified Ready",
+            2);
+        // A second password typed before the first one's answer: the late refusal of the first means nothing.
+        row("replaced login answer ignored", 1234, 0, {1111, 1234}, "retype",
+            "Connecting Identifying PasswordRequired asked accepted Identifying identified Ready", 2);
+        row("password abandoned", 1234, 0, {}, "",
+            "Connecting Identifying PasswordRequired asked job:PasswordAbandoned Disconnected", 0);
+        row("blocked", 0, 0, {}, "blocked", "Connecting Identifying Ready job:Blocked blocked", 0);
+        row("link error", 0, 0, {}, "error", identified + " Busy job:LinkLost Lost failed:DeviceGone", 0);
+        row("link closed", 0, 0, {}, "closed", identified + " Busy job:LinkLost Lost failed:LinkClosed", 0);
+        row("four time-outs", 0, 0, {}, "silent", identified + " Busy Lost lost job:LinkLost Disconnected",
+            0);
+        row("silent, then back", 0, 0, {}, "back",
+            identified + " Lost lost job:Cancelled Ready restored job:Done", 0);
+        // A telemetry round is replaced by the full read: none of its requests follows the read's first one.
+        row("read all clears the queue", 0, 0, {}, "telemetry",
+            identified + " job:Cancelled Busy Ready job:Done", 0);
+        // The status of SIM 1's block confirms SIM 1 only, however often it comes.
+        row("status of another block", 0, 0, {}, "echo", identified + " Busy Ready job:Done", 0);
+    }
+
+    void session() {
+        QFETCH(quint32, devicePassword);
+        QFETCH(quint32, startupPassword);
+        QFETCH(QList<quint32>, typed);
+        QFETCH(QString, script);
+        QFETCH(QStringList, events);
+        QFETCH(int, logins);
+
+        auto *cfg = makeConfiguration(this);
+        SessionController session(cfg);
+        auto *link = new ScriptedLink;
+        int loginCount = 0;
+        link->logins = &loginCount;
+        link->password = devicePassword;
+        link->blocked = script == "blocked";
+        link->echoFirstSim = script == "echo";
+        link->loginDelayMs = script == "retype" ? 10 : 0;
+        link->dataDelayMs = script == "telemetry" ? 5 : 0;
+        session.setLinkFactory([link](const SessionController::Settings &) { return link; });
+        QStringList log;
+        JobResult last;
+        connect(&session, &SessionController::stateChanged, this, [&](State s) {
+            log << QString::fromLatin1(QMetaEnum::fromType<State>().valueToKey(int(s)));
+        });
+        connect(&session, &SessionController::identified, this, [&] { log << "identified"; });
+        connect(&session, &SessionController::passwordAccepted, this, [&] { log << "accepted"; });
+        connect(&session, &SessionController::passwordRejected, this, [&](const QString &text) {
+            QCOMPARE(text, QStringLiteral("....Введен неправильный пароль"));
+            log << "rejected";
+        });
+        connect(&session, &SessionController::passwordRequested, this, [&] {
+            log << "asked";
+            if (typed.isEmpty())
+                return session.abandonLogin();
+            session.submitPassword(typed.takeFirst());
+            if (script == "retype" && !typed.isEmpty())
+                QTimer::singleShot(2, &session, [&] { session.submitPassword(typed.takeFirst()); });
+        });
+        connect(&session, &SessionController::deviceBlocked, this, [&] { log << "blocked"; });
+        connect(&session, &SessionController::connectionLost, this, [&] {
+            log << "lost";
+            if (script != "back")
+                return session.disconnectDevice();
+            link->silent = false;
+            session.cancelJob();
+            QVERIFY(!session.readAll() && session.telemetryRound()); // only telemetry probes a silent device
+        });
+        connect(&session, &SessionController::connectionRestored, this, [&] { log << "restored"; });
+        connect(&session, &SessionController::linkFailed, this, [&](const LinkFailure &f) {
+            log << QStringLiteral("failed:") +
+                       (f.error == LinkError::DeviceGone ? "DeviceGone" : "LinkClosed");
+        });
+        connect(&session, &SessionController::jobFinished, this, [&](const JobResult &r) {
+            static const char *const ends[] = {"Done",          "LinkLost", "Blocked",  "PasswordAbandoned",
+                                               "WrongPassword", "Deadline", "Cancelled"};
+            if (r.kind != JobResult::Kind::Identity || r.end != JobResult::End::Done)
+                log << QStringLiteral("job:") + ends[int(r.end)];
+            last = r;
+        });
+
+        SessionController::Settings settings;
+        settings.portName = "fake";
+        settings.hasPassword = startupPassword != 0;
+        settings.password = startupPassword;
+        settings.responseIntervalMs = 20;
+        settings.jobRounds = 1;
+        session.connectDevice(settings);
+        QTRY_VERIFY(session.state() == State::Ready || session.state() == State::Disconnected);
+        QCOMPARE(loginCount, logins);
+        if (script == "back") {
+            link->silent = true;
+            QVERIFY(session.telemetryRound());
+        } else if (script == "error" || script == "closed" || script == "silent") {
+            link->silent = true;
+            QVERIFY(session.readAll());
+            if (script == "error")
+                emit link->error(Connection::SerialError, 9);
+            else if (script == "closed")
+                emit link->disconnected();
+        } else if (script == "telemetry") {
+            QVERIFY(session.telemetryRound());
+            QTest::qWait(2); // one telemetry request on the line, the rest still queued
+            QVERIFY(session.readAll());
+            const int readStart = link->written.size();
+            QTRY_VERIFY(!session.isJobRunning());
+            for (const QByteArray &frame : link->written.mid(readStart))
+                QVERIFY(quint8(frame.at(proto::Frame::PayloadOffset)) != 0x82);
+        } else if (script == "echo") {
+            QVERIFY(session.writeSection(kd::keys::Gsm));
+            QTRY_VERIFY(!session.isJobRunning());
+            QCOMPARE(last.labels(JobResult::Outcome::Confirmed),
+                     QStringList({"GSM (провайдер SIM1)", "GSM (роуминг SIM1)", "GSM (роуминг SIM2)"}));
+            QCOMPARE(last.labels(JobResult::Outcome::NotAnswered), QStringList{"GSM (провайдер SIM2)"});
+        }
+        QTRY_COMPARE(log, events);
     }
 };
 

@@ -113,8 +113,12 @@ private slots:
         ROW("writeLogicInput(1)", writeLogicInput(1), "a5a5060006000d020100+2");
         ROW("setOutputs: command packet", setOutputs(), "a5a50700080002090000+4");
         ROW("writeServer(0)", writeServer(0), "a5a506002a0010010000+38");
-        ROW("sendText", sendText(8, QStringLiteral("863071014478127")),
+        ROW("sendText: IMEI padded with zeros", sendText(8, QStringLiteral("863071014478127")),
             "a5a50800140038363330373130313434373831323700000000001538");
+        ROW("sendText: longer text cut at 20", sendText(8, QStringLiteral("12345678901234567890123")),
+            "a5a50800140031323334353637383930313233343536373839301c00");
+        ROW("sendText: character above 255 becomes 0", sendText(8, QStringLiteral("1\u04102")),
+            "a5a50800140031003200000000000000000000000000000000001f00");
         ROW("writeSystem", writeSystem(), "a5a50600080011010000+4");
         ROW("setOutput(1, 2)", setOutput(1, 2), "a5a5060006000e01020001000d01");
         ROW("writeOutputParameters: caller's head, command packet", writeOutputParameters(0x0E, 0x05),

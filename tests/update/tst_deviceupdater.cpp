@@ -31,14 +31,7 @@ static BskBuilder make(int pages, int builds = 1, int hardware = 1, int written 
 
 static QByteArray message(quint8 kind, int page, quint8 major = 3, quint16 middle = 9, quint8 build = 17,
                           quint16 hardware = 0x1203) {
-    Message m;
-    m.kind = kind;
-    m.page = quint16(page);
-    m.fwMajor = major;
-    m.fwMiddle = middle;
-    m.fwBuild = build;
-    m.hardware = hardware;
-    return encodeMessage(m);
+    return encodeMessage(Message{kind, hardware, middle, build, major, quint16(page)});
 }
 
 // The boot loader's arithmetic, bit by bit: message bits shift into the register, nothing is appended.
@@ -394,10 +387,8 @@ private slots:
         QFETCH(QString, out);
         QFETCH(QString, err);
         const QString name = write(file);
-        QString outText;
-        QString errText;
-        QTextStream outStream(&outText);
-        QTextStream errStream(&errText);
+        QString outText, errText;
+        QTextStream outStream(&outText), errStream(&errText);
         QCOMPARE(fwInfoCommand(name, outStream, errStream), exitCode);
         QCOMPARE(outText, out);
         QCOMPARE(errText, err.contains("%1") ? err.arg(name) : err);
@@ -440,11 +431,8 @@ private slots:
         settings.responseIntervalMs = responseMs;
         settings.jobRounds = 1;
         session.connectDevice(settings);
-        BootLoader::Options options;
-        options.fwBuild = quint8(deviceBuild);
-        options.retryMs = 50;
-        options.corruptEvery = corruptEvery;
-        BootLoader loader(options);
+        // Hardware 1.2.0.3, firmware 3.9.deviceBuild, asking again after 50 ms of silence.
+        BootLoader loader({0x1203, 3, 9, quint8(deviceBuild), corruptEvery, 50});
         int unpFrames = 0;
         int packets = 0;
         connect(link, &FakeLink::wrote, &loader, [&](const QByteArray &bytes) {

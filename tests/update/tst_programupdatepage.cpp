@@ -74,12 +74,14 @@ private slots:
         if (started) {
             QCOMPARE(page.versionLines(), (QStringList{"3.9.17", "3.9.18", "1.2.0.3"}));
             QSignalSpy sent(page.updater(), &DeviceUpdater::pageSent);
-            UpdateChannel::Message m;
-            m.kind = build == 17 ? UpdateChannel::PageConfirmed : UpdateChannel::PageRequested;
-            m.page = build == 17 ? 511 : 0;
-            m.fwMajor = 3;
-            m.fwMiddle = 9;
-            m.fwBuild = quint8(build);
+            // kind, hardware, middle, build, major and page
+            const UpdateChannel::Message m{build == 17 ? UpdateChannel::PageConfirmed
+                                                       : UpdateChannel::PageRequested,
+                                           0,
+                                           9,
+                                           quint8(build),
+                                           3,
+                                           quint16(build == 17 ? 511 : 0)};
             QVERIFY(page.updater()->offer(UpdateChannel::encodeMessage(m)));
             QTRY_COMPARE(page.progressLines(), progress);
             QVERIFY(sent.isEmpty());
