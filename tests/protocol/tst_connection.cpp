@@ -23,15 +23,8 @@ namespace {
 
 SerialPortDescription port(const QString &name, int vendor, int product,
                            const QString &maker = QStringLiteral("T")) {
-    SerialPortDescription d;
-    d.portName = name;
-    d.description = maker;
-    d.manufacturer = maker;
-    d.hasVendorIdentifier = vendor >= 0;
-    d.vendorIdentifier = quint16(qMax(vendor, 0));
-    d.hasProductIdentifier = product >= 0;
-    d.productIdentifier = quint16(qMax(product, 0));
-    return d;
+    return {
+        name, maker, maker, vendor >= 0, quint16(qMax(vendor, 0)), product >= 0, quint16(qMax(product, 0))};
 }
 
 // A pseudo-terminal pair made by the test: the slave is the "device port", the master plays the device
