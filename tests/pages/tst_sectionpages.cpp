@@ -354,21 +354,21 @@ private slots:
         SystemPage page(&s.configuration);
         QSignalSpy spy(&page, &SettingsPageBase::modifiedChanged);
         auto *marker = page.findChild<QLabel *>(QStringLiteral("modifiedMarker"));
-        QCOMPARE(page.modifiedMarker(), QString());
-        QVERIFY(!marker->isVisibleTo(&page));
+        // modified, its property, the marker's text and whether the marker shows
+        const auto state = [&] {
+            return QStringList{QString::number(page.isModified()), page.property("modified").toString(),
+                               page.modifiedMarker(), QString::number(marker->isVisibleTo(&page))};
+        };
+        QCOMPARE(state(), (QStringList{"0", "false", "", "0"}));
 
         page.parkingMin->setValue(7);
         page.gsens->setValue(9);
-        QVERIFY(page.isModified());
-        QCOMPARE(page.property("modified").toBool(), true);
-        QCOMPARE(page.modifiedMarker(), QStringLiteral("*"));
-        QVERIFY(marker->isVisibleTo(&page));
+        QCOMPARE(state(), (QStringList{"1", "true", "*", "1"}));
         QCOMPARE(spy.count(), 1);
 
         page.applyToDevice(s.workflows);
         QCOMPARE(s.queued(), QStringList{hexFrame(6, "11010000 07 00 09 00")});
-        QVERIFY(!page.isModified());
-        QVERIFY(!marker->isVisibleTo(&page));
+        QCOMPARE(state(), (QStringList{"0", "false", "", "0"}));
         QCOMPARE(spy.count(), 2);
         QCOMPARE(spy.at(1).at(0).toBool(), false);
     }
