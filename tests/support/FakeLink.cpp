@@ -19,10 +19,8 @@ bool FakeLink::open() {
 qint64 FakeLink::write(const QByteArray &bytes) {
     written << bytes;
     emit wrote(bytes);
-    if (fault != Silent && bytes.size() > proto::Frame::TypeOffset) {
-        const QByteArray answer = answerFor(bytes);
-        deliverLater(fault == Truncated ? answer.chopped(1) : answer);
-    }
+    if (fault != Silent && bytes.size() > proto::Frame::TypeOffset)
+        deliverLater(answerFor(bytes));
     return bytes.size();
 }
 

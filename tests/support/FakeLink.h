@@ -9,11 +9,11 @@
 
 // A link that records what is written to it and, like a device, answers each frame on a later turn of the
 // event loop: an identity read with `identity`, anything else with a status packet (code, operation | 0x80,
-// parameter, 0, status 1), as its fault allows.
+// parameter, 0, status 1), unless it is silent.
 class FakeLink : public Connection {
     Q_OBJECT
 public:
-    enum Fault { NoFault, Silent, Truncated /* the answer's last byte missing */ };
+    enum Fault { NoFault, Silent };
 
     using Connection::Connection;
     ~FakeLink() override;
