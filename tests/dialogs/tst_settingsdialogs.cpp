@@ -100,12 +100,10 @@ private slots:
     void loginImeiTakesOnlySixteenDigits_data() {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("kept");
-        QTest::newRow("17 digits") << "12345678901234567"
-                                   << "1234567890123456";
-        QTest::newRow("letter refused") << "8630a7"
-                                        << "86307";
-        QTest::newRow("sign and blank refused") << "-1 2"
-                                                << "12";
+        QTest::newRow("17 digits") << QStringLiteral("12345678901234567")
+                                   << QStringLiteral("1234567890123456");
+        QTest::newRow("letter refused") << QStringLiteral("8630a7") << QStringLiteral("86307");
+        QTest::newRow("sign and blank refused") << QStringLiteral("-1 2") << QStringLiteral("12");
     }
 
     void loginImeiTakesOnlySixteenDigits() {
