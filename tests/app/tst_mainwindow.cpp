@@ -267,9 +267,12 @@ private slots:
         bool asked = false, visible = false;
         MainWindow::Options o = options();
         o.connectAtStart = false;
+        // A window, if any, is looked at on the event loop's first turn, which then ends; without a loop the
+        // look is dropped with the test.
+        QObject scope;
         const int code = MainWindow::run(o, [&](QDialog *dialog) {
             asked = dialog != nullptr;
-            QTimer::singleShot(0, qApp, [&] {
+            QTimer::singleShot(0, &scope, [&] {
                 for (QWidget *w : QApplication::topLevelWidgets())
                     visible = visible || (qobject_cast<MainWindow *>(w) && w->isVisible());
                 qApp->quit();
@@ -279,8 +282,6 @@ private slots:
         QVERIFY(asked);
         QCOMPARE(code, 0);
         QCOMPARE(visible, shown);
-        for (QWidget *w : QApplication::topLevelWidgets())
-            QVERIFY(shown || !qobject_cast<MainWindow *>(w));
     }
 
     // A link error (or, with no device, the program's update check): the user's text, and whether the window
