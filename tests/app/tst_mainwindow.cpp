@@ -732,8 +732,6 @@ private slots:
         };
         row("system", MainWindow::SystemPage, -1, Parking, "42", true, {"11 01 00"});
         row("system, no: edit dropped", MainWindow::SystemPage, -1, Parking, "42", false, {});
-        row("navigation", MainWindow::NavigationPage, -1, "label:Изменение курса:", "33", true,
-            {"03 03 00", "03 02 00"});
         row("servers tab", MainWindow::DataTransferPage, 0, "label:Порт:", "4000", true, {"10 01 00"});
         row("gsm tab", MainWindow::DataTransferPage, 1, "label:Точка доступа:", "m2m.example", true, gsm);
         row("gsm tab, no: edit dropped", MainWindow::DataTransferPage, 1,
