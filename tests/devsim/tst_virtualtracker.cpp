@@ -173,8 +173,7 @@ private slots:
         VirtualTracker device;
         device.setPassword(1234u);
         const Answer telemetry = ask(device, 7, hex("820a0000"));
-        QCOMPARE(telemetry.type, 7);
-        QCOMPARE(telemetry.status(), int(UNPParcer::AuthorisationNeeded));
+        QVERIFY(telemetry.type == 7 && telemetry.status() == int(UNPParcer::AuthorisationNeeded));
         QCOMPARE(ask(device, 7, hex("01010000d2040000")).payload, hex("018100000100")); // 1234
         QSignalSpy changed(&device, &VirtualTracker::stateChanged);
         QCOMPARE(ask(device, 6, hex("0201000078563412")).status(), int(UNPParcer::Executed));
@@ -187,15 +186,13 @@ private slots:
 
     void outputsFollowSetOutputsAndSingleWrites() {
         VirtualTracker device;
+        const OutputConfigurationItem *out = device.configuration()->outputs()->value();
         QCOMPARE(ask(device, 7, hex("0209000001010101")).status(), int(UNPParcer::Executed));
-        QCOMPARE(device.configuration()->outputs()->value()->states(),
-                 (QVector<quint8>{1, 1})); // two outputs
+        QCOMPARE(out->states(), (QVector<quint8>{1, 1})); // two outputs
         QCOMPARE(ask(device, 6, hex("0e0101000000")).status(), int(UNPParcer::Executed));
-        QCOMPARE(device.configuration()->outputs()->value()->states(), (QVector<quint8>{1, 0}));
-
+        QCOMPARE(out->states(), (QVector<quint8>{1, 0}));
         // The output parameters travel as a command.
         QCOMPARE(ask(device, 7, hex("0e02000002050609")).status(), int(UNPParcer::Executed));
-        const OutputConfigurationItem *out = device.configuration()->outputs()->value();
         QCOMPARE(
             QVector<int>({out->outNum(), out->highCondition(), out->lowCondition(), out->replayCounter()}),
             QVector<int>({2, 5, 6, 9}));
@@ -208,11 +205,9 @@ private slots:
              {0x09, 0x0A, 0x0B, 0x0C, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18}) {
             const QByteArray request = hex("82000000").replace(1, 1, QByteArray(1, char(kind)));
             const Answer a = ask(device, 7, request);
-            QCOMPARE(a.type, 7);
-            QCOMPARE(a.payload.left(2), request.left(2));
-            kd::ControlInfoConfiguration info;
-            QVERIFY2(info.decode(a.payload),
-                     qPrintable(QString::number(kind))); // announced by the configurator
+            kd::ControlInfoConfiguration info; // a data answer the configurator announces
+            QVERIFY2(a.type == 7 && a.payload.left(2) == request.left(2) && info.decode(a.payload),
+                     qPrintable(QString::number(kind)));
             for (int i = 0; i < kd::ControlInfoConfiguration::recordsKept(kind); ++i)
                 QVERIFY2(info.value()->received(kind, i),
                          qPrintable(QStringLiteral("kind %1 record %2").arg(kind).arg(i)));
@@ -457,7 +452,7 @@ private slots:
     void bytesArriveAtLineRate_data() {
         QTest::addColumn<int>("baud");
         QTest::addColumn<QVector<qint64>>("writeTimes"); // microseconds
-        QTest::addColumn<QVector<int>>("writeSizes");
+        QTest::addColumn<QVector<int>>("writeSizes");    // -1: the line is cleared
         QTest::addColumn<qint64>("at");
         QTest::addColumn<int>("arrived");
 
@@ -481,6 +476,12 @@ private slots:
             << 115200 << QVector<qint64>{0, 5000} << QVector<int>{1, 1} << qint64(5087) << 2;
         QTest::newRow("write just as the line falls idle")
             << 115200 << QVector<qint64>{0, 869} << QVector<int>{10, 10} << qint64(1738) << 20;
+        // After a clear the next write starts a fresh run.
+        const QVector<qint64> clear{0, 0, 1000000};
+        QTest::newRow("cleared: byte not before its time")
+            << 9600 << clear << QVector<int>{100, -1, 1} << qint64(1001041) << 0;
+        QTest::newRow("cleared: byte after 1042 us")
+            << 9600 << clear << QVector<int>{100, -1, 1} << qint64(1001042) << 1;
     }
 
     void bytesArriveAtLineRate() {
@@ -494,35 +495,18 @@ private slots:
         qint64 now = 0;
         line.setClock([&now] { return now; });
         QSignalSpy spy(&line, &InboundLine::arrived);
-        QByteArray fed;
-        for (int i = 0; i < writeTimes.size(); ++i) {
+        QByteArray fed; // what is still to come: the bytes on the line when it was cleared are forgotten
+        for (int i = 0, next = 0; i < writeTimes.size(); ++i) {
             now = writeTimes.at(i);
-            const QByteArray bytes = numbered(fed.size(), writeSizes.at(i));
-            fed += bytes;
-            line.feed(bytes);
+            const QByteArray bytes = numbered(next, qMax(writeSizes.at(i), 0));
+            writeSizes.at(i) < 0 ? line.clear() : line.feed(bytes);
+            fed = writeSizes.at(i) < 0 ? QByteArray() : fed + bytes;
+            next += bytes.size();
         }
         now = at;
         line.deliverArrived();
         QCOMPARE(written(spy).join(), fed.left(arrived));
         QCOMPARE(line.pending(), fed.size() - arrived);
-    }
-
-    void clearForgetsBytesOnTheLine() {
-        InboundLine line(9600);
-        qint64 now = 0;
-        line.setClock([&now] { return now; });
-        QSignalSpy spy(&line, &InboundLine::arrived);
-        line.feed(numbered(0, 100));
-        line.clear();
-        QVERIFY(line.idle());
-        now = 1000000;
-        line.feed(numbered(100, 1));
-        QTest::qWait(5);
-        QCOMPARE(written(spy).join(), QByteArray());
-        now = 1001042;
-        QTRY_COMPARE(written(spy).join(),
-                     numbered(100, 1)); // a fresh run from the write, nothing of the old one
-        QVERIFY(line.idle());
     }
 };
 
