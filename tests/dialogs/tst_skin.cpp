@@ -96,6 +96,11 @@ private slots:
         // The same sheet comes from the stored choice, replacing the other one.
         QVERIFY(applySkin(qApp, 1 - skin));
         AppSettings().setSkinName(skin);
+        // AppSettings' own store is the program's, where earlier versions kept it.
+        QCOMPARE(QSettings(QStringLiteral("Tavrel"), QStringLiteral("Tavrel_micro_cfg"))
+                     .value(QStringLiteral("settings/skinName"))
+                     .toInt(),
+                 skin);
         QVERIFY(applyStoredSkin(qApp) && qApp->styleSheet() == QString::fromLatin1(sheet));
     }
 
