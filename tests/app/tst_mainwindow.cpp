@@ -198,12 +198,9 @@ QStringList lastHeads;
 class tst_MainWindow : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase() {
+    void init() {
         // The traffic log is not what these tests look at.
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    }
-
-    void init() {
         QSettings(QString::fromLatin1(AppSettings::Organisation),
                   QString::fromLatin1(AppSettings::Application))
             .clear();

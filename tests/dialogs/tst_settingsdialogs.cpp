@@ -134,7 +134,6 @@ private slots:
         store.setPassWord(777);
         store.setSerialNumber(QStringLiteral("863071014478127"));
         loginDialog dialog(nullptr, &store);
-        QVERIFY(dialog.remoteButton()->isChecked());
         QCOMPARE(
             QStringLiteral("%1 %2 %3").arg(dialog.connectionType()).arg(dialog.password()).arg(dialog.imei()),
             QStringLiteral("1 777 863071014478127"));
