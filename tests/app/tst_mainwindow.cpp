@@ -1,6 +1,9 @@
 #include "Devices/ConfigurationDiff.h"
+#include "Devices/ControlInfoConfiguration.h"
+#include "Devices/DeviceInfoConfiguration.h"
 #include "Devices/SnapshotStore.h"
 #include "Devices/SystemConfiguration.h"
+#include "Devices/TelemetryRecords.h"
 #include "Devices/VantorConfiguration.h"
 #include "app/AppSettings.h"
 #include "app/AutoConnect.h"
@@ -184,10 +187,16 @@ bool enabled(MainWindow &w, const char *button) {
     return w.findChild<QPushButton *>(QLatin1String(button))->isEnabled();
 }
 
+// A telemetry answer as the device sends it: 82 kind 00 00, then the records.
+QByteArray answer(int kind, const QList<QByteArray> &records) {
+    return QByteArray::fromHex("82") + char(kind) + QByteArray(2, '\0') + records.join();
+}
 const QString Connected = QStringLiteral("Подключен прибор: Fake tracker");
 const QString NoDevice = QStringLiteral("Нет подключенных приборов");
 const QString Tracker = QStringLiteral("Подключен прибор: Vantor micro");
 using State = SessionController::State;
+const QString Unsaved =
+    QStringLiteral("question|Подтверждение изменений|Есть несохраненные параметры, записать в прибор?");
 const char *const Parking = "label:Время до перехода в режим стоянки:";
 const QString LinkWarning = QStringLiteral("warning|Ошибка подключения|");
 // What the last fake link wrote, kept when the window drops it; static, as a link may outlive the test.
@@ -231,7 +240,6 @@ private slots:
         // reports. Reconnecting identifies the device again on a new link.
         w = identified(false);
         QVERIFY(w);
-        QVERIFY(w->isIdentified());
         QCOMPARE(w->statePage()->valueText(QStringLiteral("imei")), QStringLiteral("863071014478127"));
         QCOMPARE(m_link->written.first().mid(6, 2).toHex(), QByteArray("8101"));
         w->telemetryTimer()->stop();
@@ -693,9 +701,8 @@ private slots:
         m_link->written.clear();
 
         page->on_startButton_clicked();
-        const QByteArray enter =
-            proto::Frame::build(proto::CommandPacketType, QByteArray::fromHex("01020000"));
-        QTRY_VERIFY(m_link->written.contains(enter));
+        QTRY_VERIFY(m_link->written.contains(proto::Frame::build(
+            proto::CommandPacketType, QByteArray::fromHex("01020000")))); // enter the loader
         QVERIFY(!w->telemetryTimer()->isActive());
         auto *list = w->findChild<QListWidget *>(QStringLiteral("listWidget"));
         QVERIFY(!enabled(*w, "readButton") && !list->isEnabled());
@@ -719,8 +726,8 @@ private slots:
         QTest::addColumn<QString>("value");
         QTest::addColumn<bool>("yes");
         QTest::addColumn<QStringList>("heads"); // the write requests that follow the answer
-        QTest::addColumn<QString>(
-            "leave"); // "page": another entry or tab; "read": read all; "close"; "cancel"
+        // "page": another entry or tab; "read": read all; "close"; "cancel"
+        QTest::addColumn<QString>("leave");
         const QStringList gsm{"04 03 00", "04 03 01", "04 04 00", "04 04 01"};
         auto row = [](const char *name, int row, int tab, const char *field, const char *value, bool yes,
                       const QStringList &heads, const char *leave = "page") {
@@ -776,9 +783,7 @@ private slots:
         else
             w->showPage(MainWindow::DevicePage);
         QCOMPARE(m_prompter->calls.size(), leave == QLatin1String("read") ? 2 : 1);
-        QCOMPARE(m_prompter->calls.first(),
-                 QStringLiteral(
-                     "question|Подтверждение изменений|Есть несохраненные параметры, записать в прибор?"));
+        QCOMPARE(m_prompter->calls.first(), Unsaved);
         if (m_prompter->cancel) {
             QVERIFY(page->isModified());
             QCOMPARE(fieldValue(input), value);
@@ -803,6 +808,144 @@ private slots:
             QVERIFY(!m_link || !m_link->isOpen());
             QVERIFY(!w->telemetryTimer()->isActive());
         }
+    }
+
+    // The state page, on its own. The texts themselves are TelemetryText's; these rows check that each record
+    // lands in its own label (second SIM, second receiver, second server) with its icon, and the fields only
+    // the page formats, the device's identity included; clearing leaves the identity alone.
+    void statePage_data() {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("text");
+        // An icon label and its resource, "name=resource"; empty: none checked.
+        QTest::addColumn<QString>("icon");
+        auto row = [](const char *name, const QByteArray &payload, const char *field, const char *text,
+                      const char *icon = "") {
+            QTest::newRow(name) << payload << QString::fromLatin1(field) << QString::fromUtf8(text)
+                                << QString::fromLatin1(icon);
+        };
+
+        kd::SimStateRecord absent;
+        absent.state = 8;
+        row("second sim state",
+            answer(kd::telemetry::SimStates, {kd::SimStateRecord().toBytes(), absent.toBytes()}), "simState1",
+            "Сим отсутсвует");
+
+        kd::GsmRegistrationRecord reg;
+        reg.slotState = quint8(kd::SimSlotState::Active);
+        reg.registration = 4;
+        reg.signalLevel = 99;
+        kd::GsmRegistrationRecord roaming;
+        roaming.slotState = quint8(kd::SimSlotState::Inserted);
+        roaming.registration = 5;
+        roaming.operatorCode = 25099;
+        const QByteArray gsm = answer(kd::telemetry::GsmRegistration, {reg.toBytes(), roaming.toBytes()});
+        row("active sim icon", gsm, "simSlot0", "Активна", "simIcon0=:/images/sim_card_active.png");
+        row("unknown signal level", gsm, "signal0", "-");
+        row("second sim roaming", gsm, "registration1", "Роуминг", "simIcon1=:/images/sim_card_inserted.png");
+        row("operator code", gsm, "operator1", "250 99");
+
+        kd::NavReceiverRecord noFix;
+        noFix.fixMode = 1;
+        noFix.latDegrees = 55;
+        kd::NavReceiverRecord fix;
+        fix.fixMode = 3;
+        fix.fixQuality = 2;
+        fix.day = 1;
+        fix.month = 2;
+        fix.year = 26;
+        fix.hours = 3;
+        fix.minutes = 4;
+        fix.seconds = 5;
+        fix.satellites = 6;
+        const QByteArray nav = answer(kd::telemetry::NavReceivers, {noFix.toBytes(), fix.toBytes()});
+        row("no fix: latitude is a dash", nav, "latitude0", "-");
+        row("second receiver fix time", nav, "fixTime1", "01.02.26 03:04:05");
+        row("second receiver quality", nav, "fixQuality1", "Дифференциальный");
+        row("second receiver button", nav, "fixButton1", "3D, 6 спутн.");
+
+        kd::ServerStateRecord server;
+        server.protocol = quint8(kd::ServerProtocol::WialonCombine);
+        server.state = quint8(kd::ServerState::Connected);
+        server.ip[0] = 10;
+        server.ip[3] = 7;
+        server.port = 20332;
+        server.packetsSent = 9;
+        server.packetsAcked = 8;
+        const QByteArray servers = answer(kd::telemetry::Servers, {server.toBytes()});
+        row("server connected", servers, "serverState0", "Подключен", "serverIcon0=:/images/cloud_plus.png");
+        row("server address", servers, "serverAddress0", "10.0.0.7:20332");
+        row("server packets acked of sent", servers, "serverPackets0", "8 / 9");
+        row("second server still off", servers, "serverState1", "-", "serverIcon1=:/images/cloud_close.png");
+
+        kd::DeviceStateRecord state;
+        state.memoryUsed = 12;
+        state.memoryTotal = 100;
+        state.netAddr = 3;
+        state.activityFlags = kd::DeviceStateRecord::Ignition;
+        state.supplyVoltage = 12345;
+        const QByteArray device = answer(kd::telemetry::DeviceState, {state.toBytes()});
+        row("memory", device, "memory", "12 / 100");
+        row("network address", device, "netAddr", "3");
+        row("ignition on", device, "ignition", "Активен", "ignitionIcon=:/images/light_bulb.png");
+        row("navigation off", device, "navigationActive", "Неактивен",
+            "navigationActiveIcon=:/images/light_bulb_white.png");
+        row("supply", device, "supplyVoltage", "12.35 В");
+
+        kd::LogicInputRecord counter;
+        counter.mode = quint16(kd::InputMode::UniversalCounter);
+        counter.value = 52;
+        row("second logic input",
+            answer(kd::telemetry::LogicInputs, {kd::LogicInputRecord().toBytes(), counter.toBytes()}),
+            "logic1", "Унив. счетчик, 52");
+
+        kd::FuelSensorsRecord fuel;
+        fuel.level[1] = 3247;
+        fuel.onlineMask = 0x2;
+        const QByteArray fuels = answer(kd::telemetry::FuelSensors, {fuel.toBytes()});
+        row("fuel sensor online", fuels, "fuel1", "3247");
+        row("fuel sensor silent", fuels, "fuel0", "-");
+
+        kd::DeviceInfoConfiguration info;
+        info.setName(QStringLiteral("Vantor micro"));
+        info.setIMEI(QStringLiteral("863071014478127"));
+        info.setDeviceGroup(1);
+        info.setDeviceType(3);
+        info.setDeviceMod(2);
+        row("device name", info.encodeAnswer(kd::DeviceInfoConfiguration::KindText), "deviceName",
+            "Vantor micro");
+        row("imei", info.encodeAnswer(kd::DeviceInfoConfiguration::KindIdentity), "imei", "863071014478127");
+        row("hardware", info.encodeAnswer(kd::DeviceInfoConfiguration::KindIdentity), "hardware",
+            "1 / 3 / 2");
+    }
+
+    void statePage() {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, field);
+        QFETCH(QString, text);
+        QFETCH(QString, icon);
+        VantorConfiguration cfg;
+        SettingsStatePage page(&cfg);
+        const bool identity = quint8(payload[0]) == 0x81;
+        if (identity) {
+            cfg.deviceInfo()->decode(payload);
+            page.showIdentity();
+        } else {
+            QVERIFY(cfg.controlInfo()->decode(payload));
+            page.updateTelemetry(quint8(payload[1]) & 0x7F);
+        }
+        const bool button = field.startsWith(QLatin1String("fixButton")); // the n-th receiver's button
+        const auto shown = [&] {
+            return button ? page.fixButton(field.right(1).toInt())->text() : page.valueText(field);
+        };
+        QCOMPARE(shown(), text);
+        if (!icon.isEmpty())
+            QCOMPARE(page.iconResource(icon.section('=', 0, 0)), icon.section('=', 1));
+        // The device gone: dashes everywhere but in its identity.
+        page.clearTelemetry();
+        QCOMPARE(shown(), identity ? text
+                          : button ? QStringLiteral("Нет фиксации, 0 спутн.")
+                                   : QStringLiteral("-"));
     }
 
 private:

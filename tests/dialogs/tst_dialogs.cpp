@@ -110,7 +110,6 @@ private slots:
         clock.start();
         dialog.show();
         QTRY_COMPARE(finished.count(), 1);
-        QVERIFY(!dialog.isVisible());
         QCOMPARE(steps.count(), 10);
         QVERIFY(clock.elapsed() >= 11 * 5); // closed on the eleventh tick
     }
