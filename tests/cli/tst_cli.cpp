@@ -131,50 +131,39 @@ private slots:
         QVERIFY(BskBuilder::write(m_image, b.build()));
     }
 
+    // Each row: the arguments divided by blanks, the command, field=value pairs joined by ';'.
     void parse_validLines_data() {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("command");
-        QTest::addColumn<QString>("check"); // field=value pairs joined by ';'
+        QTest::addColumn<QString>("check");
         using C = CliOptions::Command;
+        const auto row = [](const char *name, const QString &args, C command, const QString &check) {
+            QTest::newRow(name) << args.split(' ') << int(command) << check;
+        };
         // The deadline defaults per command unless --timeout gives one.
-        QTest::newRow("options after the command")
-            << QStringList{"info", "--json", "--port", "/dev/pts/3"} << int(C::Info)
-            << "port=/dev/pts/3;json=1;deadline=15000;device=1";
-        QTest::newRow("inline values") << QStringList{"--timeout=2.5", "--password=0", "reset"}
-                                       << int(C::Reset) << "timeout=2500;deadline=2500;password=0";
-        QTest::newRow("largest password")
-            << QStringList{"--password", "4294967295", "info"} << int(C::Info) << "password=4294967295";
-        QTest::newRow("remote with ipv6-like host")
-            << QStringList{"--remote", "::1:7000", "--imei", "86307", "info"} << int(C::Info)
-            << "host=::1;remotePort=7000;imei=86307";
-        QTest::newRow("read output") << QStringList{"read", "--output", "a.json"} << int(C::Read)
-                                     << "file=a.json;deadline=60000";
-        QTest::newRow("flash") << QStringList{"flash", "f.bsk"} << int(C::Flash)
-                               << "file=f.bsk;deadline=120000;device=1";
-        QTest::newRow("decode joins its arguments")
-            << QStringList{"decode", "a5", "a5"} << int(C::Decode) << "hex=a5 a5;device=0";
-        QTest::newRow("hex after double dash")
-            << QStringList{"decode", "--", "-a5"} << int(C::Decode) << "hex=-a5";
-        QTest::newRow("set-password")
-            << QStringList{"set-password", "77"} << int(C::SetPassword) << "newPassword=77";
-        QTest::newRow("watch raw") << QStringList{"telemetry", "--watch", "--raw"} << int(C::Telemetry)
-                                   << "watch=1;raw=1;device=1";
-        QTest::newRow("ports") << QStringList{"ports"} << int(C::Ports) << "device=0";
-        QTest::newRow("fwinfo") << QStringList{"fwinfo", "f.bsk"} << int(C::FwInfo) << "device=0";
-        QTest::newRow("password file") << QStringList{"--password-file", "p.txt", "info"} << int(C::Info)
-                                       << "passwordFile=p.txt;password=none";
-        QTest::newRow("write safely")
-            << QStringList{"write", "a.json", "--dry-run", "--keep-device-values", "--force"} << int(C::Write)
-            << "file=a.json;flags=1101;device=1";
-        QTest::newRow("restore") << QStringList{"restore", "s.json", "--no-verify"} << int(C::Restore)
-                                 << "file=s.json;flags=0010;device=1";
-        QTest::newRow("diff of files")
-            << QStringList{"diff", "a.json", "b.json"} << int(C::Diff) << "diff=a.json b.json;device=0";
-        QTest::newRow("diff with the device")
-            << QStringList{"diff", "s.json", "device"} << int(C::Diff) << "diff=s.json device;device=1";
-        QTest::newRow("history") << QStringList{"history", "86307"} << int(C::History)
-                                 << "imei=86307;device=0";
-        QTest::newRow("help wins") << QStringList{"flush", "--help"} << int(C::Help) << QString();
+        row("options after the command", "info --json --port /dev/pts/3", C::Info,
+            "port=/dev/pts/3;json=1;deadline=15000;device=1");
+        row("inline values", "--timeout=2.5 --password=0 reset", C::Reset,
+            "timeout=2500;deadline=2500;password=0");
+        row("largest password", "--password 4294967295 info", C::Info, "password=4294967295");
+        row("remote with ipv6-like host", "--remote ::1:7000 --imei 86307 info", C::Info,
+            "host=::1;remotePort=7000;imei=86307");
+        row("read output", "read --output a.json", C::Read, "file=a.json;deadline=60000");
+        row("flash", "flash f.bsk", C::Flash, "file=f.bsk;deadline=120000;device=1");
+        row("decode joins its arguments", "decode a5 a5", C::Decode, "hex=a5 a5;device=0");
+        row("hex after double dash", "decode -- -a5", C::Decode, "hex=-a5");
+        row("set-password", "set-password 77", C::SetPassword, "newPassword=77");
+        row("watch raw", "telemetry --watch --raw", C::Telemetry, "watch=1;raw=1;device=1");
+        row("ports", "ports", C::Ports, "device=0");
+        row("fwinfo", "fwinfo f.bsk", C::FwInfo, "device=0");
+        row("password file", "--password-file p.txt info", C::Info, "passwordFile=p.txt;password=none");
+        row("write safely", "write a.json --dry-run --keep-device-values --force", C::Write,
+            "file=a.json;flags=1101;device=1");
+        row("restore", "restore s.json --no-verify", C::Restore, "file=s.json;flags=0010;device=1");
+        row("diff of files", "diff a.json b.json", C::Diff, "diff=a.json b.json;device=0");
+        row("diff with the device", "diff s.json device", C::Diff, "diff=s.json device;device=1");
+        row("history", "history 86307", C::History, "imei=86307;device=0");
+        row("help wins", "flush --help", C::Help, QString());
     }
 
     void parse_validLines() {
@@ -220,12 +209,8 @@ private slots:
         for (char c = 'a'; c <= 'j'; ++c)
             qDebug("%s", QByteArray(30, c).constData());
         TrafficLogFile::uninstall();
-        auto text = [](const QString &name) {
-            QFile f(name);
-            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("none");
-        };
-        QCOMPARE(text(path), QByteArray(30, 'j') + '\n');
-        QCOMPARE(text(path + ".1"),
+        QCOMPARE(contents(path), QByteArray(30, 'j') + '\n');
+        QCOMPARE(contents(path + ".1"),
                  QByteArray(30, 'g') + '\n' + QByteArray(30, 'h') + '\n' + QByteArray(30, 'i') + '\n');
         QCOMPARE(QDir(dir.path()).count(), 4u); // ".", "..", the log and one older part
     }
@@ -439,95 +424,80 @@ private slots:
         QVERIFY2(answers.contains(QRegularExpression("^a5a50600....8101")), qPrintable(answers));
     }
 
-    // One fresh tracker per row: once logged in, the device does not ask again. "%out" is a file that
-    // already holds the user's data, "%image" a firmware image, "%pwfile" a file holding "1234";
-    // "TAVREL_PASSWORD=N" goes to the environment and "<N" to stdin instead of the arguments. Exit 0:
-    // stdout starts with the text; exit 1: one error line matching it, well before the 5 s deadline.
+    // One fresh tracker per row, its arguments and the tool's divided by blanks: once logged in, the device
+    // does not ask again. "%out" is a file that already holds the user's data, "%image" a firmware image,
+    // "%config" a configuration file, "%pwfile" a file holding "1234"; "TAVREL_PASSWORD=N" goes to the
+    // environment and "<N" to stdin instead of the arguments. Exit 0: stdout starts with the text; exit 1:
+    // one error line matching it, well before the 5 s deadline.
     void deviceCommand_exitStatusAndText_data() {
         QTest::addColumn<QStringList>("devsim");
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("exitCode");
         QTest::addColumn<QString>("text");
-        const QStringList none, tcp{"--tcp", "0"}, locked{"--password", "1234"}, blocked{"--blocked"};
-        const QStringList right{"--password", "1234"}, wrong{"--password", "1235"};
-        const QStringList read{"read", "-o", "%out"}, telemetry{"telemetry", "--once", "--raw"};
-        const QStringList reset{"reset"}, flash{"flash", "%image"};
+        const auto row = [](const QString &name, const QString &devsim, const QString &args, int exitCode,
+                            const QString &text = QString()) {
+            QTest::newRow(qPrintable(name)) << devsim.split(' ', Qt::SkipEmptyParts)
+                                            << args.split(' ', Qt::SkipEmptyParts) << exitCode << text;
+        };
+        const QString locked = "--password 1234", tcp = "--tcp 0";
         const QString identity = "Прибор: Vantor micro\nIMEI: 863071014478127\nСерийный номер: 100234\n"
                                  "Версия ПО: 918\nГруппа: 1\nТип: 3\nМодификация: 2\n";
         const QString json =
             "{\n    \"IMEI\": \"863071014478127\",\n    \"hardver.devgroup\": 1,\n    "
             "\"hardver.devmod\": 2,\n    \"hardver.devtype\": 3,\n    \"hardver.serial\": 100234,\n    "
             "\"name\": \"Vantor micro\",\n    \"softver\": 918\n}\n";
-        QTest::newRow("info") << none << QStringList{"--log", "%log", "info"} << 0 << identity;
-        QTest::newRow("info json") << none << QStringList{"--log", "%log", "info", "--json"} << 0 << json;
-        QTest::newRow("info json, tcp") << tcp << QStringList{"--log", "%log", "info", "--json"} << 0 << json;
+        row("info", "", "--log %log info", 0, identity);
+        row("info json", "", "--log %log info --json", 0, json);
+        row("info json, tcp", tcp, "--log %log info --json", 0, json);
         // The server closes the connection when asked for another device.
-        QTest::newRow("info, other imei")
-            << tcp << QStringList{"--imei", "111111111111111", "info"} << 1 << QString();
+        row("info, other imei", tcp, "--imei 111111111111111 info", 1);
         // The device takes the reset with status 6: the user has to cut its power for it to apply.
-        QTest::newRow("reset") << none << reset << 0
-                               << "Сброс настроек принят: прибор выполнит его после отключения питания\nДля "
-                                  "сброса настроек необходимо "
-                                  "отключить питание прибора";
-        QTest::newRow("clear-memory") << none << QStringList{"clear-memory"} << 0 << "Память очищена";
-        QTest::newRow("set-password") << none << QStringList{"set-password", "4321"} << 0 << "Пароль изменен";
+        row("reset", "", "reset", 0,
+            "Сброс настроек принят: прибор выполнит его после отключения питания\nДля сброса настроек "
+            "необходимо отключить питание прибора");
+        row("clear-memory", "", "clear-memory", 0, "Память очищена");
+        row("set-password", "", "set-password 4321", 0, "Пароль изменен");
         // With the right password the request the device refused before the login is repeated.
-        QTest::newRow("read right") << locked << QStringList(right + read) << 0 << QString();
-        QTest::newRow("read wrong") << locked << QStringList(wrong + read) << 1 << "неверный пароль";
-        QTest::newRow("read none") << locked << read << 1 << "--password";
+        row("read right", locked, "--password 1234 read -o %out", 0);
+        row("read wrong", locked, "--password 1235 read -o %out", 1, "неверный пароль");
+        row("read none", locked, "read -o %out", 1, "--password");
         // Command answers (telemetry, reset) ask for the password with statuses the parser leaves unreported.
-        QTest::newRow("telemetry right") << locked << QStringList(right + telemetry) << 0 << "kind=";
-        QTest::newRow("telemetry none") << locked << telemetry << 1 << "--password";
-        QTest::newRow("reset right") << locked << QStringList(right + reset) << 0 << "Сброс настроек принят";
-        QTest::newRow("reset wrong") << locked << QStringList(wrong + reset) << 1 << "неверный пароль";
-        QTest::newRow("read password file")
-            << locked << QStringList(QStringList{"--password-file", "%pwfile"} + read) << 0 << QString();
-        QTest::newRow("read password environment")
-            << locked << QStringList(QStringList{"TAVREL_PASSWORD=1234"} + read) << 0 << QString();
-        QTest::newRow("telemetry password prompt")
-            << locked << QStringList(QStringList{"--password", "-", "<1234"} + telemetry) << 0 << "kind=";
-        QTest::newRow("reset wrong environment")
-            << locked << QStringList(QStringList{"TAVREL_PASSWORD=1235"} + reset) << 1 << "неверный пароль";
+        row("telemetry right", locked, "--password 1234 telemetry --once --raw", 0, "kind=");
+        row("telemetry none", locked, "telemetry --once --raw", 1, "--password");
+        row("reset right", locked, "--password 1234 reset", 0, "Сброс настроек принят");
+        row("reset wrong", locked, "--password 1235 reset", 1, "неверный пароль");
+        row("read password file", locked, "--password-file %pwfile read -o %out", 0);
+        row("read password environment", locked, "TAVREL_PASSWORD=1234 read -o %out", 0);
+        row("telemetry password prompt", locked, "--password - <1234 telemetry --once --raw", 0, "kind=");
+        row("reset wrong environment", locked, "TAVREL_PASSWORD=1235 reset", 1, "неверный пароль");
         // The loader switch is refused at once, not after the loader's silence.
-        QTest::newRow("flash plain") << none << flash << 0 << "Обновление завершено.";
-        QTest::newRow("flash right") << locked << QStringList(right + flash) << 0 << "Обновление завершено.";
-        QTest::newRow("flash wrong") << locked << QStringList(wrong + flash) << 1 << "парол";
-        QTest::newRow("flash none") << locked << flash << 1 << "парол";
-        QTest::newRow("blocked info") << blocked << QStringList{"info"} << 1 << "заблокирован";
-        QTest::newRow("blocked telemetry")
-            << blocked << QStringList{"telemetry", "--once"} << 1 << "заблокирован";
-        QTest::newRow("blocked clear-memory")
-            << blocked << QStringList{"clear-memory"} << 1 << "заблокирован";
-        QTest::newRow("blocked read") << blocked << read << 1 << "заблокирован";
-        QTest::newRow("silent device")
-            << QStringList{"--silent-every", "1"} << QStringList{"--timeout", "1.5", "info"} << 1
-            << "не отвечает|сведения о приборе";
+        row("flash plain", "", "flash %image", 0, "Обновление завершено.");
+        row("flash right", locked, "--password 1234 flash %image", 0, "Обновление завершено.");
+        row("flash wrong", locked, "--password 1235 flash %image", 1, "парол");
+        row("flash none", locked, "flash %image", 1, "парол");
+        for (const QString command : {"info", "telemetry --once", "clear-memory", "read -o %out"})
+            row("blocked " + command.section(' ', 0, 0), "--blocked", command, 1, "заблокирован");
+        row("silent device", "--silent-every 1", "--timeout 1.5 info", 1, "не отвечает|сведения о приборе");
         // Cut short after the identity and the read before it (12 answers), a write names what the device
         // confirmed, what went out unconfirmed and what never left (one request on the line at a time).
-        QTest::newRow("write hung up")
-            << QStringList{"--hangup-after", "20", "--link", "%link"}
-            << QStringList{"--window", "1", "write", DataDir + "/write-config.json"} << 1
-            << "Прибор был отключен; подтверждено: навигация на стоянке.*; отправлено без подтверждения: .+; "
-               "не отправлено: .*сервер 1$";
+        row("write hung up", "--hangup-after 20 --link %link", "--window 1 write %config", 1,
+            "Прибор был отключен; подтверждено: навигация на стоянке.*; отправлено без подтверждения: .+; "
+            "не отправлено: .*сервер 1$");
         // A section answered with nonsense is given up after a few tries, named alone, the rest is read.
-        for (const char *kind : {"garbage", "short", "long", "loader"})
-            QTest::addRow("read, navigation answered with %s", kind)
-                << QStringList{"--nonsense", QStringLiteral("NavConfiguration:") + kind} << read << 1
-                << "(нет ответа|без подтверждения): навигация в движении, навигация на стоянке$";
+        for (const QString kind : {"garbage", "short", "long", "loader"})
+            row("read, navigation answered with " + kind, "--nonsense NavConfiguration:" + kind,
+                "read -o %out", 1,
+                "(нет ответа|без подтверждения): навигация в движении, навигация на стоянке$");
         // The tool asks again for whatever a fault swallowed, so a flaky line still yields a whole file
         // (over TCP: the tracker behind its configuration server).
-        for (const char *faults : {"--silent-every 3", "--truncate-every 2", "--split",
-                                   "--tcp 0 --garbage-every 3", "--tcp 0 --latency 150"})
-            QTest::addRow("read, %s", faults)
-                << QString(faults).split(' ') << QStringList(QStringList{"--timeout", "12"} + read) << 0
-                << QString();
+        for (const QString faults : {"--silent-every 3", "--truncate-every 2", "--split",
+                                     "--tcp 0 --garbage-every 3", "--tcp 0 --latency 150"})
+            row("read, " + faults, faults, "--timeout 12 read -o %out", 0);
         // A server that hangs up in the middle of a read takes the next connection; a tracker on a
         // pseudo-terminal ends and removes its link ("%link").
-        QTest::newRow("read, server hangs up")
-            << QStringList{"--tcp", "0", "--hangup-after", "5"} << read << 1 << QString();
-        QTest::newRow("set-password unanswered")
-            << QStringList{"--silent-every", "1"} << QStringList{"set-password", "4321"} << 1
-            << "отправлено без подтверждения: смена пароля; новый пароль мог уже вступить в силу$";
+        row("read, server hangs up", "--tcp 0 --hangup-after 5", "read -o %out", 1);
+        row("set-password unanswered", "--silent-every 1", "set-password 4321", 1,
+            "отправлено без подтверждения: смена пароля; новый пароль мог уже вступить в силу$");
     }
 
     void deviceCommand_exitStatusAndText() {
@@ -544,6 +514,7 @@ private slots:
         args.replaceInStrings("%out", out)
             .replaceInStrings("%log", link + ".log")
             .replaceInStrings("%image", m_image)
+            .replaceInStrings("%config", DataDir + "/write-config.json")
             .replaceInStrings("%pwfile", passwordFile);
         QByteArray input;
         for (const QString &arg : args.filter(QRegularExpression("^(<|TAVREL_PASSWORD=)"))) {
@@ -754,44 +725,40 @@ private slots:
     }
 
     // No device behind the port: the file decides the outcome alone; stdout is empty and stderr starts with
-    // the text (%1: the file's path).
+    // the text (%1: the file's path). The row's first word is the command.
     void file_checkedBeforeTouchingDevice_data() {
         QTest::addColumn<QString>("command");
         QTest::addColumn<QByteArray>("content"); // empty: no file at all; Fifo: a named pipe nobody writes
         QTest::addColumn<int>("exitCode");
         QTest::addColumn<QString>("text");
+        const auto row = [](const char *name, const QByteArray &content, int exitCode, const QString &text) {
+            QTest::newRow(name) << QString(name).section(' ', 0, 0) << content << exitCode << text;
+        };
         BskBuilder magic;
-        const QString fifo = QStringLiteral("tavrel-cli: %1 - не обычный файл (канал или устройство)");
         magic.magic = QByteArray("BOOT2FILX\0", 10);
-        const QString bad = QStringLiteral("Не удалось загрузить прошивку '%1'\nПричина: ");
-        QTest::newRow("write missing file")
-            << "write" << QByteArray() << 1 << "tavrel-cli: Не удалось открыть файл конфигурации %1";
+        const QString fifo = "tavrel-cli: %1 - не обычный файл (канал или устройство)";
+        const QString opening = "tavrel-cli: Произошла ошибка при открытии файла %1: ";
+        const QString bad = "Не удалось загрузить прошивку '%1'\nПричина: ";
+        row("write missing file", {}, 1, "tavrel-cli: Не удалось открыть файл конфигурации %1");
         // A file that does not parse is a usage error, reported where the parser stopped.
-        QTest::newRow("write not json") << "write" << QByteArray("{\n  \"SystemParameters\": }") << 2
-                                        << "tavrel-cli: Произошла ошибка при открытии файла %1: строка 2, "
-                                           "столбец 24: ожидался объект\n";
-        QTest::newRow("write cut json") << "write" << QByteArray("{ \"имя\": 1") << 2
-                                        << "tavrel-cli: Произошла ошибка при открытии файла %1: строка 1, "
-                                           "столбец 11: текст оборвался на числе\n";
-        QTest::newRow("write fifo") << "write" << Fifo << 2 << fifo;
+        row("write not json", "{\n  \"SystemParameters\": }", 2,
+            opening + "строка 2, столбец 24: ожидался объект\n");
+        row("write cut json", "{ \"имя\": 1", 2,
+            opening + "строка 1, столбец 11: текст оборвался на числе\n");
+        row("write fifo", Fifo, 2, fifo);
         // Written as is, the file's checked values would change on the way.
-        QTest::newRow("write masked value")
-            << "write" << QByteArray(R"({"SystemParameters": {"gsens": 300}})") << 2
-            << "tavrel-cli: SystemParameters.gsens: в файле 300 (вне диапазона, читается как 44), в прибор "
-               "уйдет 12\n";
-        QTest::newRow("restore a configuration file")
-            << "restore" << QByteArray(R"({"navigation": {}})") << 2 << "tavrel-cli: %1 - не снимок настроек";
-        QTest::newRow("fwinfo fifo") << "fwinfo" << Fifo << 12 << fifo;
-        QTest::newRow("flash fifo") << "flash" << Fifo << 12 << fifo;
-        QTest::newRow("fwinfo missing file")
-            << "fwinfo" << QByteArray() << 12 << QString(bad + "Не удалось открыть файл\n");
+        row("write masked value", R"({"SystemParameters": {"gsens": 300}})", 2,
+            "tavrel-cli: SystemParameters.gsens: в файле 300 (вне диапазона, читается как 44), в прибор "
+            "уйдет 12\n");
+        row("restore a configuration file", R"({"navigation": {}})", 2,
+            "tavrel-cli: %1 - не снимок настроек");
+        row("fwinfo fifo", Fifo, 12, fifo);
+        row("flash fifo", Fifo, 12, fifo);
+        row("fwinfo missing file", {}, 12, bad + "Не удалось открыть файл\n");
         // A bad image exits 10 + its load code.
-        QTest::newRow("flash missing file")
-            << "flash" << QByteArray() << 12 << QString(bad + "Не удалось открыть файл\n");
-        QTest::newRow("flash short file") << "flash" << BskBuilder().build().left(25) << 13
-                                          << QString(bad + "Файл не является прошивкой\n");
-        QTest::newRow("flash other magic")
-            << "flash" << magic.build() << 14 << QString(bad + "Файл не является прошивкой BOOT2FILE\n");
+        row("flash missing file", {}, 12, bad + "Не удалось открыть файл\n");
+        row("flash short file", BskBuilder().build().left(25), 13, bad + "Файл не является прошивкой\n");
+        row("flash other magic", magic.build(), 14, bad + "Файл не является прошивкой BOOT2FILE\n");
     }
 
     void file_checkedBeforeTouchingDevice() {

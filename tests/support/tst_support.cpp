@@ -116,8 +116,7 @@ private slots:
 
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QStringList lines =
-            QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        const QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 2 + 30);
         const QStringList titles = csvCells(lines[0]), keys = csvCells(lines[1]);
         QCOMPARE(titles.mid(0, 2), (QStringList{QStringLiteral("Время"), QStringLiteral("Питание, В")}));
