@@ -125,6 +125,7 @@ private slots:
         if (!QFile::exists(CliBinary) || !QFile::exists(DevsimBinary))
             QSKIP("tavrel-cli or tavrel-devsim is not built");
         QVERIFY(m_dir.isValid());
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path())); // the writes' snapshots stay out of $HOME
         BskBuilder b;
         b.pages = 512;
         m_image = m_dir.filePath("flash.bsk");
