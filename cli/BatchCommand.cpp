@@ -50,6 +50,7 @@ BatchCommand::BatchCommand(const BatchPlan &plan, const PortSelection &ports, bo
     , m_out(out)
     , m_err(err) {
     connect(&m_watcher, &PortWatcher::appeared, this, &BatchCommand::program);
+    connect(&m_watcher, &PortWatcher::disappeared, this, &BatchCommand::onUnplugged);
 }
 
 void BatchCommand::start() {
@@ -92,6 +93,11 @@ void BatchCommand::program(const QString &port) {
     connect(device, &BatchDevice::finished, this,
             [this, device](const BatchRow &row) { onDeviceFinished(device, row); });
     device->start();
+}
+
+void BatchCommand::onUnplugged(const QString &port) {
+    m_err << QStringLiteral("%1: прибор отключен").arg(port) << '\n';
+    m_err.flush();
 }
 
 void BatchCommand::onIdentified(BatchDevice *device, const QString &imei) {

@@ -15,7 +15,8 @@ struct CliOptions;
 
 // `batch`: programs every selected tracker at once, each on its own session, all driven by the event loop.
 // With wait-new it stays on the bench: every tracker plugged in is programmed once (by IMEI) and gets its
-// line, until interrupted. The report is rewritten after each tracker; finished(0) only when every tracker
+// line, every one pulled out a notice (so the operator knows it will count as new when plugged in again),
+// until interrupted. The report is rewritten after each tracker; finished(0) only when every tracker
 // passed.
 class BatchCommand : public QObject {
     Q_OBJECT
@@ -39,6 +40,7 @@ signals:
 
 private:
     void program(const QString &port);
+    void onUnplugged(const QString &port);
     void onIdentified(BatchDevice *device, const QString &imei);
     void onDeviceFinished(BatchDevice *device, const BatchRow &row);
     void finishIfDone();

@@ -21,6 +21,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -359,13 +360,11 @@ private slots:
             cli.waitForReadyRead(200);
             out += QString::fromUtf8(cli.readAllStandardOutput());
             err += QString::fromUtf8(cli.readAllStandardError());
-            if (!replugged && out.contains(DeviceImei)) {
-                // The same tracker pulled out and plugged in again.
+            // The same tracker pulled out, and plugged in again once the tool has seen it go.
+            if (!replugged && out.contains(DeviceImei) && solo.process().state() == QProcess::Running)
                 solo.stop();
-                QTest::qWait(1500);
-                QVERIFY(solo.start({"--link", dir + "/solo"}));
-                replugged = true;
-            }
+            if (!replugged && err.contains(dir + "/solo: прибор отключен"))
+                replugged = solo.start({"--link", dir + "/solo"});
         }
         while (!err.contains(QStringLiteral("уже запрограммирован")) && clock.elapsed() < 15000) {
             cli.waitForReadyRead(200);
@@ -414,8 +413,9 @@ private slots:
         QVERIFY(sim.start());
         const int fd = ::open(QFile::encodeName(sim.address()).constData(), O_RDWR | O_NOCTTY);
         const QByteArray request = proto::Frame::build(7, QByteArray::fromHex("820a0000"));
-        QVERIFY(fd >= 0 && ::write(fd, request.constData(), size_t(request.size())) == request.size());
-        QTest::qWait(700);
+        pollfd answer{fd, POLLIN, 0}; // the answer is on the line, unread, when the configurator goes away
+        QVERIFY(fd >= 0 && ::write(fd, request.constData(), size_t(request.size())) == request.size() &&
+                ::poll(&answer, 1, 5000) == 1);
         ::close(fd);
         const QString log = m_dir.filePath("stale.log");
         QCOMPARE(runCli(sim.link() + QStringList{"--log", log, "info"}).exitCode, 0);

@@ -426,25 +426,23 @@ private slots:
         QSignalSpy writes(&f, &FaultInjector::write);
         f.sendAnswer(QByteArray(1152, 'a')); // 30 ms latency, then 100 ms on the line
         f.sendAnswer(QByteArray(1152, 'b')); // queued behind it
-        now = 129000;
-        QTest::qWait(20);
-        QCOMPARE(writes.count(), 0);
-        now = 130000;
-        QTRY_COMPARE(writes.count(), 1);
+        // What has left the line by a moment of our clock (its timer does the same when the next is due).
+        const auto by = [&](qint64 us) {
+            now = us;
+            f.deliverDue();
+            return writes.count();
+        };
+        QCOMPARE(by(129000), 0);
+        QCOMPARE(by(130000), 1);
         QCOMPARE(written(writes).at(0).at(0), 'a');
-        QTest::qWait(150); // the timer fires, but on our clock the second one is still on the line
-        QCOMPARE(writes.count(), 1);
-        now = 230000;
-        QTRY_COMPARE(writes.count(), 2);
+        QCOMPARE(by(130000), 1); // the second one is still on the line
+        QCOMPARE(by(230000), 2);
         QCOMPARE(written(writes).at(1).at(0), 'b');
 
         // A request takes its own line time before the device can answer: 96 bytes, 8334 us each way.
         f.sendAnswer(QByteArray(96, 'c'), 96);
-        now = 230000 + 30000 + 2 * 8334 - 1;
-        QTest::qWait(40);
-        QCOMPARE(writes.count(), 2);
-        now = 230000 + 30000 + 2 * 8334;
-        QTRY_COMPARE(writes.count(), 3);
+        QCOMPARE(by(230000 + 30000 + 2 * 8334 - 1), 2);
+        QCOMPARE(by(230000 + 30000 + 2 * 8334), 3);
     }
 
     void bytesArriveAtLineRate_data() {

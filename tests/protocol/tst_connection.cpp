@@ -150,7 +150,7 @@ private slots:
         emit links.last()->disconnected();
         QVERIFY(session.state() == SessionController::State::Lost);
         QFile::remove(port);
-        QTest::qWait(30);
+        watcher.ports()->poll();
         QCOMPARE(links.size(), 1); // a port that is gone is not tried
         QVERIFY(QFile(port).open(QIODevice::WriteOnly));
         QTRY_COMPARE(session.state(), SessionController::State::Ready);

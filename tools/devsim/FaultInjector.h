@@ -57,6 +57,8 @@ public:
 
     int answersSent() const { return m_answers; }
     bool idle() const { return m_pending.isEmpty(); }
+    // Writes every piece whose time has come on the clock; a timer calls it when the next one is due.
+    void deliverDue();
 
 signals:
     // Bytes to put on the line now.
@@ -71,7 +73,6 @@ private:
         bool hangUpAfter = false;
     };
     void schedule(const QByteArray &bytes, qint64 extraDelay, bool hangUpAfter);
-    void deliverDue();
 
     Settings m_settings;
     std::function<qint64()> m_clock;
