@@ -55,19 +55,35 @@ QStringList Snapshot::writtenLines() const {
     return lines;
 }
 
-Snapshot Snapshot::capture(const VantorConfiguration &device, const QVector<QJsonObject> &written) {
+Snapshot Snapshot::capture(const VantorConfiguration &device, const QVector<QJsonObject> &written,
+                           const QStringList &sections) {
     Snapshot s;
     s.time = QDateTime::currentDateTimeUtc();
-    for (const ConfigField &f : configurationFields())
-        s.values.insert(f.path, toJsonValue(f, f.rawValue(device)));
-    s.imei = s.values.value(QStringLiteral("IMEI")).toString();
+    s.sections = sections;
+    for (const ConfigField &f : configurationFields()) {
+        if (s.carries(f.section))
+            s.values.insert(f.path, toJsonValue(f, f.rawValue(device)));
+    }
+    // The tracker's folder is named by its identity even when the identity section is not carried.
+    const ConfigField *imei = findField(QStringLiteral("IMEI"));
+    s.imei = imei ? imei->rawValue(device).toString() : QString();
     s.written = written;
     return s;
 }
 
+QStringList Snapshot::carried(const QStringList &keys) const {
+    QStringList out;
+    for (const QString &key : keys) {
+        if (carries(key))
+            out << key;
+    }
+    return out;
+}
+
 void Snapshot::applyTo(VantorConfiguration &cfg) const {
     for (const ConfigField &f : configurationFields()) {
-        f.assign(cfg, toVariant(f, values.value(f.path)));
+        if (carries(f.section))
+            f.assign(cfg, toVariant(f, values.value(f.path)));
     }
 }
 
@@ -79,6 +95,8 @@ QByteArray Snapshot::toJson() const {
     root.insert(QStringLiteral("time"), time.toUTC().toString(Qt::ISODateWithMs));
     root.insert(QStringLiteral("program"), programVersion);
     root.insert(QStringLiteral("values"), values);
+    if (!sections.isEmpty())
+        root.insert(QStringLiteral("sections"), QJsonArray::fromStringList(sections));
     QJsonArray w;
     for (const QJsonObject &o : written)
         w.append(o);
@@ -108,12 +126,16 @@ bool Snapshot::fromJson(const QByteArray &data, Snapshot *snapshot, QString *err
     if (!time.isValid())
         return refuse(QStringLiteral("нет времени снимка"));
     const QJsonObject values = root.value(QStringLiteral("values")).toObject();
+    Snapshot s;
+    for (const QJsonValue &key : root.value(QStringLiteral("sections")).toArray())
+        s.sections << key.toString();
     for (const ConfigField &f : configurationFields()) {
+        if (!s.carries(f.section))
+            continue;
         const QJsonValue v = values.value(f.path);
         if (isText(f) ? !v.isString() : !v.isDouble())
             return refuse(QStringLiteral("нет значения %1").arg(f.path));
     }
-    Snapshot s;
     s.imei = root.value(QStringLiteral("imei")).toString();
     s.time = time;
     s.programVersion = root.value(QStringLiteral("program")).toString();

@@ -24,18 +24,26 @@ struct Snapshot {
     QJsonObject values; // field path -> value (text, number, timetable as 32 hex digits)
     // What was written over these values: {"path", "before", "after"} per changed field.
     QVector<QJsonObject> written;
+    // The sections whose values were read from the device; empty: every section (older snapshots).
+    QStringList sections;
     QString filePath; // where it was loaded from or saved to
 
-    // The device's values now, and the changes about to be written over them.
-    static Snapshot capture(const VantorConfiguration &device, const QVector<QJsonObject> &written = {});
+    // The device's values now of `sections` (every section when empty), and the changes about to be
+    // written over them. A section never read holds no device values and stays out.
+    static Snapshot capture(const VantorConfiguration &device, const QVector<QJsonObject> &written = {},
+                            const QStringList &sections = {});
     static QVector<QJsonObject> changesOf(const ConfigurationDiff &diff);
-    // Every field into `cfg`.
+    bool carries(const QString &section) const { return sections.isEmpty() || sections.contains(section); }
+    // Of `keys`, the sections the snapshot carries.
+    QStringList carried(const QStringList &keys) const;
+    // Every field it carries into `cfg`; the others keep their values.
     void applyTo(VantorConfiguration &cfg) const;
     // The written changes for the user: "SIM 2: роуминг: запрещен → разрешен".
     QStringList writtenLines() const;
 
     QByteArray toJson() const;
-    // All or nothing: a snapshot of another version, or one missing any field, is refused with a reason.
+    // All or nothing: a snapshot of another version, or one missing any field of a section it carries, is
+    // refused with a reason.
     static bool fromJson(const QByteArray &data, Snapshot *snapshot, QString *error);
 };
 

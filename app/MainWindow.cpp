@@ -433,10 +433,8 @@ void MainWindow::writeSections(const QStringList &sections) {
         question += QStringLiteral("\n\n") + notWrittenText(leftOut);
     if (!m_safe->confirm(QStringLiteral("Сохранение конфигурации"), question, keys))
         return;
-    if (keys.size() == 1)
-        m_session->writeSection(keys.constFirst());
-    else
-        m_session->writeSections(keys);
+    m_safe->writeStarted(keys.size() == 1 ? m_session->writeSection(keys.constFirst())
+                                          : m_session->writeSections(keys));
     for (SettingsPageBase *page : m_pages->all())
         page->refresh();
 }
@@ -449,7 +447,7 @@ void MainWindow::applyCurrentPage() {
     if (m_safe->confirm(QStringLiteral("Запись в прибор"),
                         QStringLiteral("Загрузить настройки текущей страницы в прибор?"),
                         {page->sectionKey()}))
-        writePage(page);
+        m_safe->writeStarted(writePage(page));
 }
 
 void MainWindow::on_action_ClearMemory_triggered() {

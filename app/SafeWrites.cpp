@@ -63,16 +63,25 @@ bool SafeWrites::confirm(const QString &title, const QString &question, const QS
     if (preview.keepDeviceValues)
         kd::keepDeviceValues(*m_configuration, *m_device, preview.notInFile);
     const kd::ConfigurationDiff diff = kd::ConfigurationDiff::compare(*m_device, *m_configuration, sections);
-    kd::Snapshot snapshot = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
-    snapshot.programVersion = QCoreApplication::applicationVersion();
-    QString error;
-    if (m_store.save(snapshot, &error).isEmpty())
-        m_prompter->warning(m_window, QStringLiteral("История изменений"),
-                            QStringLiteral("Не удалось сохранить снимок настроек прибора: %1").arg(error));
+    QStringList known = m_known.values();
+    known.sort();
+    m_pending = std::make_unique<kd::Snapshot>(
+        kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff), known));
+    m_pending->programVersion = QCoreApplication::applicationVersion();
     kd::copyFields(*m_written, *m_configuration);
     m_writtenSections = sections;
-    m_step = m_verify ? Verify::AwaitWrite : Verify::Idle;
     return true;
+}
+
+void SafeWrites::writeStarted(bool started) {
+    const std::unique_ptr<kd::Snapshot> snapshot = std::move(m_pending);
+    if (!started || !snapshot)
+        return;
+    QString error;
+    if (m_store.save(*snapshot, &error).isEmpty())
+        m_prompter->warning(m_window, QStringLiteral("История изменений"),
+                            QStringLiteral("Не удалось сохранить снимок настроек прибора: %1").arg(error));
+    m_step = m_verify ? Verify::AwaitWrite : Verify::Idle;
 }
 
 void SafeWrites::onJobFinished(const JobResult &result) {
@@ -133,9 +142,13 @@ void SafeWrites::showHistory() {
     HistoryDialog dialog(m_store, imei(), m_window);
     if (dialog.exec() != QDialog::Accepted || !dialog.chosen())
         return;
-    dialog.chosen()->applyTo(*m_configuration);
+    const kd::Snapshot *chosen = dialog.chosen();
+    chosen->applyTo(*m_configuration);
     configurationReplaced();
-    emit writeRequested({});
+    // A section the snapshot does not carry was never read from the device: it is not written back.
+    const QStringList sections = chosen->carried(kd::writeAllSections());
+    if (!sections.isEmpty())
+        emit writeRequested(chosen->sections.isEmpty() ? QStringList() : sections);
 }
 
 void SafeWrites::showCompare() {

@@ -34,8 +34,11 @@ public:
     void configurationReplaced();
 
     // The write confirmation with the changes of `sections`; on yes the choice is applied to the
-    // configuration and the device's values are saved as a snapshot. False: write nothing.
+    // configuration. False: write nothing.
     bool confirm(const QString &title, const QString &question, const QStringList &sections);
+    // The confirmed write was `started` by the session (or refused): only a write that starts leaves the
+    // device's values as a snapshot in the history and is read back.
+    void writeStarted(bool started);
 
     // "История изменений…" and "Сравнить…"; a write they lead to goes through writeRequested().
     void showHistory();
@@ -58,6 +61,7 @@ private:
     VantorConfiguration *m_device;  // the device's values as last read
     VantorConfiguration *m_written; // what the last confirmed write sends, for the read-back
     QStringList m_writtenSections;
+    std::unique_ptr<kd::Snapshot> m_pending; // of the confirmed write, until it starts
     QJsonObject m_fileRoot;
     bool m_fromFile = false;
     QSet<QString> m_known; // the sections whose device values were read

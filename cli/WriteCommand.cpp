@@ -69,11 +69,15 @@ void WriteCommand::jobDone(const JobResult &result) {
 void WriteCommand::deviceRead() {
     kd::copyFields(*m_device, *m_configuration);
     VantorConfiguration planned;
+    const bool snapshot = m_source.kind == ConfigurationSource::Kind::Snapshot;
+    // A section the snapshot does not carry was never read from the device: it keeps the device's values.
+    if (snapshot)
+        kd::copyFields(planned, *m_device);
     m_source.fill(planned);
     kd::WritePreview preview;
     preview.device = m_device;
     preview.planned = &planned;
-    preview.sections = kd::writeAllSections();
+    preview.sections = snapshot ? m_source.snapshot.carried(kd::writeAllSections()) : kd::writeAllSections();
     preview.keepDeviceValues = m_choices.keepDeviceValues;
     if (m_source.kind == ConfigurationSource::Kind::File) {
         preview.notInFile = kd::fieldsNotInFile(m_source.root, preview.sections);
@@ -106,10 +110,10 @@ void WriteCommand::deviceRead() {
         return;
     }
 
-    kd::Snapshot snapshot = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
-    snapshot.programVersion = QStringLiteral(TAVREL_VERSION);
+    kd::Snapshot before = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
+    before.programVersion = QStringLiteral(TAVREL_VERSION);
     QString error;
-    const QString saved = kd::SnapshotStore().save(snapshot, &error);
+    const QString saved = kd::SnapshotStore().save(before, &error);
     if (saved.isEmpty()) {
         fail(QStringLiteral("не удалось сохранить снимок настроек прибора, ничего не записано: %1")
                  .arg(error));
@@ -118,7 +122,7 @@ void WriteCommand::deviceRead() {
     m_err << QStringLiteral("Снимок настроек прибора: %1").arg(QDir::toNativeSeparators(saved)) << '\n';
     kd::copyFields(*m_configuration, *m_written, false);
     m_step = Step::Write;
-    session()->writeAll();
+    session()->writeSections(preview.sections);
 }
 
 void WriteCommand::verified() {

@@ -541,10 +541,20 @@ private slots:
             QCOMPARE(warnings(), QStringList{message});
             if (flow != QLatin1String("silent-section"))
                 return;
-            // Write all leaves out the section that did not come and says so: its zeros never reach the
-            // device.
+            // A write the session refuses (another job runs) leaves no snapshot in the history.
+            const auto history = [] { return kd::SnapshotStore().list(QStringLiteral("863071014478127")); };
+            const int before = history().size();
+            QVERIFY(w.session()->readIdentity());
             m_prompter->answers = {true};
             w.writeAll();
+            QCOMPARE(history().size(), before);
+            QTRY_COMPARE(w.session()->state(), State::Ready);
+            // Write all leaves out the section that did not come and says so: its zeros never reach the
+            // device, nor into the snapshot as the device's.
+            m_prompter->answers = {true};
+            w.writeAll();
+            QCOMPARE(history().size(), before + 1);
+            QVERIFY(!history().constFirst().carries(QStringLiteral("NavConfiguration")));
             // The sections that came are the device's: the confirmation shows their changes.
             QVERIFY(m_prompter->text(-1).contains(QStringLiteral(
                 "Не будут записаны (значения не считаны из прибора и не загружены из файла): навигация\n"

@@ -623,6 +623,17 @@ private slots:
         list.at(0).applyTo(restored);
         for (const ConfigField &f : configurationFields())
             QVERIFY2(f.rawValue(restored) == f.rawValue(device), qPrintable(f.path));
+        // One of only the sections read: it needs and restores those alone, the tracker's folder still
+        // named by its identity.
+        Snapshot partial;
+        QVERIFY(
+            Snapshot::fromJson(Snapshot::capture(device, {}, {keys::System}).toJson(), &partial, nullptr));
+        QCOMPARE(partial.imei, list.at(0).imei);
+        VantorConfiguration mixed;
+        partial.applyTo(mixed);
+        for (const ConfigField &f : configurationFields())
+            QVERIFY2(f.rawValue(mixed) == f.rawValue(f.section == keys::System ? device : other),
+                     qPrintable(f.path));
 
         for (int i = 0; i < SnapshotStore::Kept + 2; ++i) {
             Snapshot more = s;
