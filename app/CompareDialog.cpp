@@ -26,14 +26,17 @@ enum class Kind { Device, Loaded, Snapshot, File, ChooseFile };
 struct CompareDialog::Side {
     Kind kind = Kind::Loaded;
     VantorConfiguration values; // a copy, so the window's configuration may change meanwhile
+    QStringList sections;       // those read from the device (all when empty)
     bool valid = false;
 };
 
 CompareDialog::CompareDialog(const VantorConfiguration *device, const VantorConfiguration *loaded,
-                             const kd::SnapshotStore &store, const QString &imei, QWidget *parent)
+                             const kd::SnapshotStore &store, const QString &imei,
+                             const QStringList &deviceSections, QWidget *parent)
     : QDialog(parent)
     , m_device(device)
     , m_loaded(loaded)
+    , m_deviceSections(deviceSections)
     , m_onlyDifferences(new QCheckBox(QStringLiteral("Только различия"), this))
     , m_summary(new QLabel(this))
     , m_table(new QTreeWidget(this)) {
@@ -116,9 +119,11 @@ void CompareDialog::onChosen(int side) {
     Side &s = *m_sides[side];
     s.kind = Kind(data.value(0).toInt());
     s.valid = true;
+    s.sections.clear();
     switch (s.kind) {
     case Kind::Device:
         kd::copyFields(s.values, *m_device);
+        s.sections = m_deviceSections;
         break;
     case Kind::Loaded:
         kd::copyFields(s.values, *m_loaded);
@@ -128,6 +133,7 @@ void CompareDialog::onChosen(int side) {
         s.valid = kd::SnapshotStore::load(data.value(1).toString(), &snapshot);
         if (s.valid)
             snapshot.applyTo(s.values);
+        s.sections = snapshot.sections;
         break;
     }
     case Kind::File:
@@ -157,20 +163,33 @@ int CompareDialog::deviceSide() const {
     return -1;
 }
 
+bool CompareDialog::holds(int side, const kd::ConfigField &f) const {
+    const Side &s = *m_sides[side];
+    return s.valid && (s.sections.isEmpty() || s.sections.contains(f.section));
+}
+
 void CompareDialog::refresh() {
     const QSignalBlocker block(m_table);
     m_table->clear();
     const bool both = m_sides[0]->valid && m_sides[1]->valid;
     const bool canWrite = both && deviceSide() >= 0 && m_sides[0]->kind != m_sides[1]->kind;
     int differences = 0;
+    int notRead = 0;
+    // A section never read from the device holds no values of it: shown so, never compared.
+    const auto text = [this](int side, const kd::ConfigField &f) {
+        if (!m_sides[side]->valid)
+            return f.text(QVariant());
+        return holds(side, f) ? f.text(f.value(m_sides[side]->values))
+                              : QStringLiteral("не считано из прибора");
+    };
     for (const kd::ConfigField *f : kd::writableFields()) {
-        const QVariant a = m_sides[0]->valid ? f->value(m_sides[0]->values) : QVariant();
-        const QVariant b = m_sides[1]->valid ? f->value(m_sides[1]->values) : QVariant();
-        const bool differs = both && a != b;
+        const bool compared = both && holds(0, *f) && holds(1, *f);
+        const bool differs = compared && f->value(m_sides[0]->values) != f->value(m_sides[1]->values);
         differences += differs;
+        notRead += both && !compared;
         if (m_onlyDifferences->isChecked() && !differs)
             continue;
-        auto *row = new QTreeWidgetItem(m_table, {QString(), f->group, f->label, f->text(a), f->text(b)});
+        auto *row = new QTreeWidgetItem(m_table, {QString(), f->group, f->label, text(0, *f), text(1, *f)});
         row->setData(Tick, Qt::UserRole, f->path);
         row->setToolTip(Field, f->path);
         if (differs) {
@@ -180,9 +199,12 @@ void CompareDialog::refresh() {
                 row->setCheckState(Tick, Qt::Unchecked);
         }
     }
-    m_summary->setText(both ? (differences ? QStringLiteral("Различается параметров: %1").arg(differences)
-                                           : QStringLiteral("Различий нет"))
-                            : QStringLiteral("Выберите, что сравнивать"));
+    QString summary = both ? (differences ? QStringLiteral("Различается параметров: %1").arg(differences)
+                                          : QStringLiteral("Различий нет"))
+                           : QStringLiteral("Выберите, что сравнивать");
+    if (notRead)
+        summary += QStringLiteral(", не считано из прибора параметров: %1").arg(notRead);
+    m_summary->setText(summary);
     m_write->setEnabled(false);
     m_write->setVisible(canWrite);
 }
@@ -190,7 +212,7 @@ void CompareDialog::refresh() {
 int CompareDialog::differenceCount() const {
     int n = 0;
     for (const kd::ConfigField *f : kd::writableFields())
-        n += f->value(m_sides[0]->values) != f->value(m_sides[1]->values);
+        n += holds(0, *f) && holds(1, *f) && f->value(m_sides[0]->values) != f->value(m_sides[1]->values);
     return n;
 }
 

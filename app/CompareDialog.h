@@ -23,9 +23,11 @@ class SnapshotStore;
 class CompareDialog : public QDialog {
     Q_OBJECT
 public:
-    // `device` may be null (not read in this session); snapshots are the tracker's `imei` ones.
+    // `device` may be null (not read in this session); `deviceSections` are the sections of it that were
+    // read (all when empty), the others are shown as not read. Snapshots are the tracker's `imei` ones.
     CompareDialog(const VantorConfiguration *device, const VantorConfiguration *loaded,
-                  const kd::SnapshotStore &store, const QString &imei, QWidget *parent = nullptr);
+                  const kd::SnapshotStore &store, const QString &imei, const QStringList &deviceSections = {},
+                  QWidget *parent = nullptr);
     ~CompareDialog() override;
 
     // How "Файл…" asks for a file (a file dialog by default; tests answer it themselves).
@@ -45,10 +47,12 @@ private:
     void onChosen(int side);
     void refresh();
     int deviceSide() const;
+    bool holds(int side, const kd::ConfigField &f) const;
 
     std::unique_ptr<Side> m_sides[2];
     const VantorConfiguration *m_device;
     const VantorConfiguration *m_loaded;
+    QStringList m_deviceSections;
     std::function<QString()> m_chooseFile;
     QComboBox *m_combo[2];
     QCheckBox *m_onlyDifferences;

@@ -57,7 +57,8 @@ void showConfigurationDialogs(QWidget *window, const VantorConfiguration &device
     step(scene, write, QStringLiteral("21-write-preview"), shoot, [=] {
         auto *history = new HistoryDialog(*scene->store, imei, window);
         step(scene, history, QStringLiteral("22-history"), shoot, [=] {
-            auto *compare = new CompareDialog(&scene->device, &scene->loaded, *scene->store, imei, window);
+            auto *compare =
+                new CompareDialog(&scene->device, &scene->loaded, *scene->store, imei, {}, window);
             step(scene, compare, QStringLiteral("23-compare"), shoot, done);
         });
     });

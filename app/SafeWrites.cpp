@@ -33,6 +33,12 @@ QString SafeWrites::imei() const {
     return d ? d->IMEI() : QString();
 }
 
+QStringList SafeWrites::knownSections() const {
+    QStringList known = m_known.values();
+    known.sort();
+    return known;
+}
+
 void SafeWrites::fileLoaded(const QString &path) {
     QFile file(path);
     m_fromFile = file.open(QIODevice::ReadOnly);
@@ -63,10 +69,8 @@ bool SafeWrites::confirm(const QString &title, const QString &question, const QS
     if (preview.keepDeviceValues)
         kd::keepDeviceValues(*m_configuration, *m_device, preview.notInFile);
     const kd::ConfigurationDiff diff = kd::ConfigurationDiff::compare(*m_device, *m_configuration, sections);
-    QStringList known = m_known.values();
-    known.sort();
     m_pending = std::make_unique<kd::Snapshot>(
-        kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff), known));
+        kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff), knownSections()));
     m_pending->programVersion = QCoreApplication::applicationVersion();
     kd::copyFields(*m_written, *m_configuration);
     m_writtenSections = sections;
@@ -152,7 +156,8 @@ void SafeWrites::showHistory() {
 }
 
 void SafeWrites::showCompare() {
-    CompareDialog dialog(m_known.isEmpty() ? nullptr : m_device, m_configuration, m_store, imei(), m_window);
+    CompareDialog dialog(m_known.isEmpty() ? nullptr : m_device, m_configuration, m_store, imei(),
+                         knownSections(), m_window);
     if (dialog.exec() != QDialog::Accepted || !dialog.writeSource())
         return;
     QSet<QString> sections;

@@ -52,6 +52,7 @@ signals:
 private:
     void onJobFinished(const JobResult &result);
     QString imei() const;
+    QStringList knownSections() const;
 
     SessionController *m_session;
     VantorConfiguration *m_configuration;

@@ -232,6 +232,13 @@ private slots:
         QVERIFY(dialog.choose(0, "Загруженная конфигурация"));
         QCOMPARE(dialog.differenceCount(), 0);
         QVERIFY(dialog.writeButton()->isHidden());
+
+        // The navigation never read from the device: shown so, not compared.
+        QStringList read = kd::writeAllSections();
+        read.removeAll(kd::keys::Navigation);
+        CompareDialog partial(&t.device, &t.loaded, SnapshotStore(dir.path()), "863071014478127", read);
+        QCOMPARE(partial.differenceCount(), 1);
+        QVERIFY(!partial.table()->findItems("не считано из прибора", Qt::MatchExactly, 3).isEmpty());
     }
 };
 
