@@ -235,7 +235,8 @@ void MainWindow::render() {
     }
     if (state == State::Identifying && remote)
         m_indicators->showWait(QStringLiteral("Ожидание подключения прибора к серверу конфигурирования"));
-    if (state == State::Disconnected)
+    // A ready session waits for nothing, and a dropped link has nothing left to wait for.
+    if (state == State::Disconnected || state == State::Ready || !m_session->link())
         m_indicators->closeWait();
 
     if (!identified || m_telemetryPeriod == 0 || m_updating)
@@ -249,7 +250,7 @@ void MainWindow::updateDeviceActions() {
     // The pages and the session report before the actions exist; the constructor renders once after.
     if (!m_actions)
         return;
-    m_actions->setReady(m_session->state() == State::Ready && !m_updating,
+    m_actions->setReady(m_session->isReadyForJobs() && !m_updating,
                         settingsPage(ui->listWidget->currentRow()));
 }
 
@@ -406,6 +407,8 @@ void MainWindow::readAll() {
         return;
     // A page written on leaving goes out first: the full read empties the queue.
     afterJob([this] {
+        if (!m_session->isReadyForJobs())
+            return refused();
         m_configuration->resetFilled();
         m_session->readAll();
     });
@@ -433,8 +436,11 @@ void MainWindow::writeSections(const QStringList &sections) {
         question += QStringLiteral("\n\n") + notWrittenText(leftOut);
     if (!m_safe->confirm(QStringLiteral("Сохранение конфигурации"), question, keys))
         return;
-    m_safe->writeStarted(keys.size() == 1 ? m_session->writeSection(keys.constFirst())
-                                          : m_session->writeSections(keys));
+    const bool ready = m_session->isReadyForJobs();
+    m_safe->writeStarted(ready && (keys.size() == 1 ? m_session->writeSection(keys.constFirst())
+                                                    : m_session->writeSections(keys)));
+    if (!ready)
+        return refused();
     for (SettingsPageBase *page : m_pages->all())
         page->refresh();
 }
@@ -444,20 +450,36 @@ void MainWindow::applyCurrentPage() {
     if (!page)
         return;
     page->storeToSection();
-    if (m_safe->confirm(QStringLiteral("Запись в прибор"),
-                        QStringLiteral("Загрузить настройки текущей страницы в прибор?"),
-                        {page->sectionKey()}))
-        m_safe->writeStarted(writePage(page));
+    if (!m_safe->confirm(QStringLiteral("Запись в прибор"),
+                         QStringLiteral("Загрузить настройки текущей страницы в прибор?"),
+                         {page->sectionKey()}))
+        return;
+    const bool ready = m_session->isReadyForJobs();
+    m_safe->writeStarted(ready && writePage(page));
+    if (!ready)
+        refused();
 }
 
 void MainWindow::on_action_ClearMemory_triggered() {
     m_prompter->information(this, appTitle(), QStringLiteral("Очистка памяти"));
+    if (!m_session->isReadyForJobs())
+        return refused();
     m_session->clearMemory();
 }
 
 void MainWindow::on_action_ResetSettings_triggered() {
     m_prompter->information(this, appTitle(), QStringLiteral("Сброс настроек"));
+    if (!m_session->isReadyForJobs())
+        return refused();
     m_session->resetSettings();
+}
+
+void MainWindow::refused() {
+    m_prompter->warning(
+        this, appTitle(),
+        m_session->state() == State::Busy
+            ? QStringLiteral("Прибор занят: дождитесь окончания текущей операции.")
+            : QStringLiteral("Прибор не подключен: команда не выполнена. Нажмите «Подключить»."));
 }
 
 void MainWindow::on_action_CreateNewCfg_triggered() {

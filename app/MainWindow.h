@@ -141,6 +141,8 @@ private:
     void onDeviceBlocked(const QString &powerCycleText);
     void onJobFinished(const JobResult &result);
     void onWaitCancelled();
+    // A device command the session cannot take now: the user is told why instead of nothing happening.
+    void refused();
 
     // Writes a settings page to the device as one job; false when nothing could be sent.
     bool writePage(SettingsPageBase *page);

@@ -390,9 +390,7 @@ struct SessionController::Private {
                 return; // the other requests on the line are refused the same way: said once
             settleStatus(code, operation & OperationMask, parameter, JobResult::Outcome::Refused,
                          statusLabel(status));
-            finishJob(JobResult::End::Blocked);
-            device->protocol()->clearQueue();
-            emit q->deviceBlocked(QString());
+            onBlocked();
             return;
         case UNPParcer::PowerCycleNeeded:
             // The reset is taken; the device applies it only once its power has been cut.
@@ -553,9 +551,18 @@ struct SessionController::Private {
         }
         if (status == UNPParcer::Blocked) {
             passwordPending = false;
-            finishJob(JobResult::End::Blocked);
-            emit q->deviceBlocked(QString());
+            onBlocked();
         }
+    }
+
+    // The device refuses all work: the job ends and nothing else on the line is waited for, as every
+    // request gets the same refusal. Told before the window's box opens its own event loop, so no
+    // response time-out runs behind it. An unidentified session stays so until the user connects again.
+    void onBlocked() {
+        finishJob(JobResult::End::Blocked);
+        device->stop();
+        device->resetRetries();
+        emit q->deviceBlocked(QString());
     }
 
     void onPasswordWrong() {
@@ -650,6 +657,10 @@ const SessionController::Settings &SessionController::settings() const {
 
 bool SessionController::isIdentified() const {
     return d->identified;
+}
+
+bool SessionController::isReadyForJobs() const {
+    return d->state == State::Ready && (d->identified || !d->settings.identify);
 }
 
 LinkFailure SessionController::lastFailure() const {

@@ -60,6 +60,8 @@ public:
     State state() const;
     const Settings &settings() const;
     bool isIdentified() const;
+    // Ready, and the device identified unless the settings skip that: what the device commands need.
+    bool isReadyForJobs() const;
     // Why the session was last lost; None while it is up.
     LinkFailure lastFailure() const;
     // The open link, for the firmware transfer that shares it; null when there is none.

@@ -315,6 +315,8 @@ private slots:
         // answer closes it, giving up reports the broken link.
         row("silent device, user gives up", -2, 0, "Соединение разорвано", "information|Tavrel_micro_cfg|");
         row("silent device, an answer brings it back", -2, 1, "");
+        // The server hangs up while the tracker is awaited: its wait box goes with the link.
+        row("server hangs up while identifying", -4, 1, "Отключен от сервера");
         // The program's own update check, with no device.
         row("update check failed", -3, 0,
             "Ошибка проверки обновлений программы конфигуратора\nОшибка: Updates checking timeout",
@@ -357,22 +359,29 @@ private slots:
             else
                 emit checker->checkComplete({ComponentInformation{
                     QStringLiteral("tavrel-cfg"), QStringLiteral("1.0.1"), QStringLiteral("12 MB")}});
-        } else if (group == -2) {
-            w = makeWindow(false, 20);
+        } else if (group == -2 || group == -4) {
+            if (group == -4) // the wait box is the server's
+                AppSettings().setLoginType(MainWindow::RemoteConnection);
+            w = makeWindow(false, group == -2 ? 20 : 10000);
             w->reconnect();
             QTRY_VERIFY(m_link);
             m_link->fault = FakeLink::Silent;
             QTRY_VERIFY(w->waitDialog()); // the identity request waits unanswered
-            QTest::qWait(120);
-            QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
-            m_prompter->calls.clear();
-            if (code) {
-                m_link->fault = FakeLink::NoFault;
-                m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
-                QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
+            if (group == -4) {
+                m_prompter->calls.clear();
+                m_link->raise(0, code);
             } else {
-                w->waitDialog()->reject();
-                QVERIFY(!m_link || !m_link->isOpen());
+                QTest::qWait(120);
+                QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
+                m_prompter->calls.clear();
+                if (code) {
+                    m_link->fault = FakeLink::NoFault;
+                    m_link->deliverPayload(proto::ConfigPacketType, m_link->identity.encodeAnswer(1));
+                    QTRY_COMPARE(w->connectionStateButton()->text(), Connected);
+                } else {
+                    w->waitDialog()->reject();
+                    QVERIFY(!m_link || !m_link->isOpen());
+                }
             }
             QVERIFY(!w->waitDialog());
         } else {
@@ -427,8 +436,16 @@ private slots:
             m_prompter->passwords = {1111, 1234};
         MainWindow w(o);
         if (flow == QLatin1String("blocked")) {
+            // Said once; no device command until the device is known; Подключить asks who it is again.
             QTRY_COMPARE_WITH_TIMEOUT(warnings(), QStringList{message}, 5000);
             QCOMPARE(w.connectionStateButton()->text(), NoDevice);
+            QVERIFY(w.session()->state() == State::Ready && !enabled(w, "readButton"));
+            m_prompter->answers = {true};
+            w.readAll();
+            QVERIFY(warnings().value(1).startsWith(QStringLiteral("Прибор не подключен")));
+            w.findChild<QPushButton *>(QStringLiteral("connectButton"))->click();
+            QTRY_COMPARE_WITH_TIMEOUT(warnings().size(), 3, 5000);
+            QCOMPARE(warnings().last(), message);
             return;
         }
         QTRY_COMPARE_WITH_TIMEOUT(w.connectionStateButton()->text(), Tracker, 5000);

@@ -628,7 +628,10 @@ private slots:
             if (script == "retype" && !typed.isEmpty())
                 QTimer::singleShot(2, &session, [&] { session.submitPassword(typed.takeFirst()); });
         });
-        connect(&session, &SessionController::deviceBlocked, this, [&] { log << "blocked"; });
+        // The window's box opens its own event loop here: nothing may be left waiting for an answer.
+        connect(&session, &SessionController::deviceBlocked, this, [&] {
+            log << (session.findChild<Device *>()->isAnswerPending() ? "blocked,waiting" : "blocked");
+        });
         connect(&session, &SessionController::connectionLost, this, [&] {
             log << "lost";
             if (script != "back")
