@@ -32,20 +32,33 @@ QString jobReportText(const JobResult &result) {
     if (result.end == End::Blocked || result.end == End::Cancelled || result.end == End::WrongPassword ||
         result.end == End::PasswordAbandoned)
         return QString();
-    // Each section once, however many of its requests went missing; commands by their own label.
-    QStringList names;
+    // Each section once, however many of its requests went missing; commands by their own label. A write
+    // the device refused or that never left is not written; one sent but not answered (the link lost, the
+    // time out) may well have been taken.
+    QStringList failed;
+    QStringList unconfirmed;
     for (const JobResult::Request &r : result.requests) {
         if (r.outcome == JobResult::Outcome::Answered || r.outcome == JobResult::Outcome::Confirmed)
             continue;
         const QString word = sectionWord(r.sectionKey);
         const QString name = word.isEmpty() ? r.label : word;
-        if (!names.contains(name))
-            names << name;
+        if (!reading && r.outcome == JobResult::Outcome::NotAnswered) {
+            if (!unconfirmed.contains(name))
+                unconfirmed << name;
+        } else if (!failed.contains(name)) {
+            failed << name;
+        }
     }
-    if (names.isEmpty())
-        return QString();
-    return (reading ? QStringLiteral("Не удалось считать: %1") : QStringLiteral("Не удалось записать: %1"))
-        .arg(names.join(QStringLiteral(", ")));
+    for (const QString &name : qAsConst(failed))
+        unconfirmed.removeAll(name);
+    QStringList lines;
+    if (!failed.isEmpty())
+        lines << (reading ? QStringLiteral("Не удалось считать: %1")
+                          : QStringLiteral("Не удалось записать: %1"))
+                     .arg(failed.join(QStringLiteral(", ")));
+    if (!unconfirmed.isEmpty())
+        lines << QStringLiteral("Записано без подтверждения: %1").arg(unconfirmed.join(QStringLiteral(", ")));
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString notWrittenText(const QStringList &names) {

@@ -307,6 +307,13 @@ private slots:
         row("serial device not found", 1, 1, "Прибор отключен");
         row("serial cable pulled", 1, 9, "Прибор был отключен");
         row("serial port not open", 1, 13, "Порт закрыт");
+        // The cable pulled during write all: what was sent may have been taken, it is not called failed.
+        QTest::newRow("cable pulled during write all")
+            << -5 << 9
+            << QStringList{LinkWarning + "Прибор был отключен",
+                           "warning|Tavrel_micro_cfg|Записано без подтверждения: навигация, GSM, топливо, "
+                           "системные параметры, аналоговые входы, логические входы, серверы"}
+            << true;
         row("serial unsupported operation is not fatal", 1, 10, "");
         // Two trackers on USB: the window refuses both, with a warning, instead of picking one.
         row("two devices", -1, 0,
@@ -387,8 +394,25 @@ private slots:
         } else {
             w = identified(false);
             QVERIFY(w);
+            if (group == -5) {
+                w->telemetryTimer()->stop();
+                for (SettingsPageBase *page : w->settingsPages())
+                    page->setHoldsValues(true);
+                // The first frame is confirmed, the rest go out but stay unanswered.
+                m_prompter->answers = {true};
+                FakeLink *link = m_link;
+                const int before = link->written.size();
+                connect(link, &FakeLink::wrote, link, [link, before] {
+                    if (link->written.size() > before + 1)
+                        link->fault = FakeLink::Silent;
+                });
+                QSignalSpy progress(w->session(), &SessionController::jobProgress);
+                w->writeAll();
+                QTRY_VERIFY(!progress.isEmpty() && progress.last().first().toInt() > 0);
+            }
             m_prompter->calls.clear();
-            m_link->raise(group, code);
+            m_link->raise(group == -5 ? 1 : group, code);
+            QTRY_VERIFY(m_prompter->calls.size() == 2 || group != -5);
         }
         QTEST(m_prompter->calls, "said");
         QCOMPARE(w->connectionStateButton()->text() == NoDevice, disconnected);
