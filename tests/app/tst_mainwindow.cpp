@@ -16,6 +16,7 @@
 #include "pages/SettingsPageBase.h"
 #include "pages/SettingsStatePage.h"
 #include "pages/SystemPage.h"
+#include "protocol/Device.h"
 #include "protocol/Frame.h"
 #include "protocol/SerialConnection.h"
 #include "protocol/SessionController.h"
@@ -378,7 +379,8 @@ private slots:
                 m_prompter->calls.clear();
                 m_link->raise(0, code);
             } else {
-                QTest::qWait(120);
+                // The dialog stays alone while the unanswered requests go on.
+                QTRY_VERIFY(m_link->written.size() >= 4);
                 QCOMPARE(w->findChildren<ConnectionWaitDlg *>().size(), 1);
                 m_prompter->calls.clear();
                 if (code) {
@@ -479,7 +481,8 @@ private slots:
         if (flow.endsWith(QLatin1String("password"))) {
             const bool wrongFirst = flow == QLatin1String("wrong-password");
             QCOMPARE(!m_prompter->of(QStringLiteral("password")).isEmpty(), wrongFirst);
-            QTest::qWait(500);
+            // Every request answered, none awaited: a login sent again would have been among them.
+            QTRY_VERIFY(!w.session()->isJobRunning() && w.findChild<Device *>()->isIdle());
             QCOMPARE(m_serial->count("0101"), wrongFirst ? 2 : 1);
             QCOMPARE(warnings(), message.isEmpty() ? QStringList() : QStringList{message});
             QCOMPARE(w.session()->state(), State::Ready);
@@ -705,7 +708,7 @@ private slots:
             QCOMPARE(m_link->writeHeads().first(), head);
             return;
         }
-        QTest::qWait(20);
+        QCoreApplication::processEvents(); // a job the answer set off would show here or in the state
         QVERIFY(m_link->written.isEmpty());
         QCOMPARE(w->session()->state(), State::Ready);
     }
@@ -847,8 +850,7 @@ private slots:
         QVERIFY(!page->isModified());
         QCOMPARE(fieldValue(input), yes ? value : before);
         const auto written = [this] { return m_link ? m_link->writeHeads() : lastHeads; };
-        QTRY_COMPARE(written().size(), heads.size());
-        QTest::qWait(20);
+        QTRY_VERIFY(written().size() >= heads.size() && !w->session()->isJobRunning()); // all answered
         QCOMPARE(written(), heads);
         if (leave == QLatin1String("read")) {
             QTRY_VERIFY(m_link->written.size() > heads.size());
