@@ -112,6 +112,7 @@ struct SessionController::Private {
     bool passwordPending = false;
     int loginsInFlight = 0;
     bool lostBySilence = false;
+    bool blockedSaid = false; // the block was reported and the device has answered nothing else since
     std::unique_ptr<Job> job;
     QTimer connectTimer;
     QTimer quietTimer;
@@ -367,6 +368,8 @@ struct SessionController::Private {
         const quint8 operation = quint8(payload.at(proto::Frame::OperationOffset));
         const quint8 parameter = quint8(payload.at(proto::Frame::ParameterOffset));
         const bool isStatus = operation & StatusBit;
+        if (!isStatus || statusOf(payload) != UNPParcer::Blocked)
+            blockedSaid = false;
         if (isStatus && isLoginAnswer(type, code, operation)) {
             onLoginAnswer(statusOf(payload));
             return;
@@ -559,9 +562,14 @@ struct SessionController::Private {
     // request gets the same refusal. Told before the window's box opens its own event loop, so no
     // response time-out runs behind it. An unidentified session stays so until the user connects again.
     void onBlocked() {
+        const bool background = job && job->background;
         finishJob(JobResult::End::Blocked);
         device->stop();
         device->resetRetries();
+        // Each telemetry round would say it again.
+        if (background && blockedSaid)
+            return;
+        blockedSaid = true;
         emit q->deviceBlocked(QString());
     }
 
@@ -685,6 +693,7 @@ void SessionController::connectDevice(const Settings &settings) {
     d->startupPasswordTried = false;
     d->passwordPending = false;
     d->lostBySilence = false;
+    d->blockedSaid = false;
     d->device->protocol()->clearQueue();
     if (settings.responseIntervalMs > 0)
         d->device->setResponseInterval(settings.responseIntervalMs);

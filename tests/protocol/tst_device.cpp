@@ -577,6 +577,8 @@ private slots:
         row("password abandoned", 1234, 0, {}, "",
             "Connecting Identifying PasswordRequired asked job:PasswordAbandoned Disconnected", 0);
         row("blocked", 0, 0, {}, "blocked", "Connecting Identifying Ready job:Blocked blocked", 0);
+        // Blocked later, found by two telemetry rounds: said once.
+        row("blocked while polled", 0, 0, {}, "polled", identified + " job:Blocked blocked job:Blocked", 0);
         row("link error", 0, 0, {}, "error", identified + " Busy job:LinkLost Lost failed:DeviceGone", 0);
         row("link closed", 0, 0, {}, "closed", identified + " Busy job:LinkLost Lost failed:LinkClosed", 0);
         row("four time-outs", 0, 0, {}, "silent", identified + " Busy Lost lost job:LinkLost Disconnected",
@@ -672,6 +674,12 @@ private slots:
                 emit link->error(Connection::SerialError, 9);
             else if (script == "closed")
                 emit link->disconnected();
+        } else if (script == "polled") {
+            link->blocked = true;
+            for (int round = 0; round < 2; ++round) {
+                QVERIFY(session.telemetryRound());
+                QTRY_VERIFY(!session.isJobRunning());
+            }
         } else if (script == "telemetry") {
             QVERIFY(session.telemetryRound());
             QCoreApplication::processEvents(); // the round's requests go out, their answers still to come
