@@ -215,6 +215,7 @@ private slots:
                   QString::fromLatin1(AppSettings::Application))
             .clear();
         m_prompter = std::make_shared<ScriptedPrompter>();
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path())); // the writes' snapshots stay out of $HOME
     }
 
     // Before any device answered, nothing that needs one can be started.
