@@ -211,8 +211,6 @@ private slots:
     void init() {
         // The traffic log is not what these tests look at.
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-        // Snapshots stay out of $HOME, where earlier runs fill the tracker's history to its limit.
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path()));
         QSettings(QString::fromLatin1(AppSettings::Organisation),
                   QString::fromLatin1(AppSettings::Application))
             .clear();
