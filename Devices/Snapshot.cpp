@@ -55,6 +55,11 @@ QStringList Snapshot::writtenLines() const {
     return lines;
 }
 
+QString Snapshot::summary() const {
+    const QString count = QStringLiteral("изменено параметров: %1").arg(written.size());
+    return complete ? count : count + QStringLiteral(", запись не завершена");
+}
+
 Snapshot Snapshot::capture(const VantorConfiguration &device, const QVector<QJsonObject> &written,
                            const QStringList &sections) {
     Snapshot s;
@@ -94,6 +99,7 @@ QByteArray Snapshot::toJson() const {
     root.insert(QStringLiteral("imei"), imei);
     root.insert(QStringLiteral("time"), time.toUTC().toString(Qt::ISODateWithMs));
     root.insert(QStringLiteral("program"), programVersion);
+    root.insert(QStringLiteral("complete"), complete);
     root.insert(QStringLiteral("values"), values);
     if (!sections.isEmpty())
         root.insert(QStringLiteral("sections"), QJsonArray::fromStringList(sections));
@@ -139,6 +145,7 @@ bool Snapshot::fromJson(const QByteArray &data, Snapshot *snapshot, QString *err
     s.imei = root.value(QStringLiteral("imei")).toString();
     s.time = time;
     s.programVersion = root.value(QStringLiteral("program")).toString();
+    s.complete = root.value(QStringLiteral("complete")).toBool(true);
     s.values = values;
     for (const QJsonValue &w : root.value(QStringLiteral("written")).toArray())
         s.written.append(w.toObject());

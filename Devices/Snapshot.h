@@ -27,6 +27,9 @@ struct Snapshot {
     // The sections whose values were read from the device; empty: every section (older snapshots).
     QStringList sections;
     QString filePath; // where it was loaded from or saved to
+    // The write over these values went through. Saved false before the write starts and rewritten once it
+    // has, so a write cut short (or a program that died meanwhile) leaves it false; older snapshots: true.
+    bool complete = true;
 
     // The device's values now of `sections` (every section when empty), and the changes about to be
     // written over them. A section never read holds no device values and stays out.
@@ -40,6 +43,8 @@ struct Snapshot {
     void applyTo(VantorConfiguration &cfg) const;
     // The written changes for the user: "SIM 2: роуминг: запрещен → разрешен".
     QStringList writtenLines() const;
+    // "изменено параметров: 3", with ", запись не завершена" when the write did not go through.
+    QString summary() const;
 
     QByteArray toJson() const;
     // All or nothing: a snapshot of another version, or one missing any field of a section it carries, is

@@ -58,18 +58,26 @@ QString SnapshotStore::save(Snapshot &snapshot, QString *error) const {
     QString path = base + QStringLiteral(".json");
     for (int n = 2; QFile::exists(path); ++n)
         path = base + QStringLiteral("_%1.json").arg(n, 2, 10, QLatin1Char('0'));
-    QSaveFile file(path);
-    const QByteArray data = snapshot.toJson();
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
-        if (error)
-            *error = writeErrorText(path, file.errorString());
+    snapshot.filePath = path;
+    if (!rewrite(snapshot, error)) {
+        snapshot.filePath.clear();
         return {};
     }
-    snapshot.filePath = path;
     const QStringList all = files(snapshot.imei);
     for (int i = Kept; i < all.size(); ++i)
         QFile::remove(all.at(i));
     return path;
+}
+
+bool SnapshotStore::rewrite(const Snapshot &snapshot, QString *error) const {
+    QSaveFile file(snapshot.filePath);
+    const QByteArray data = snapshot.toJson();
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
+        if (error)
+            *error = writeErrorText(snapshot.filePath, file.errorString());
+        return false;
+    }
+    return true;
 }
 
 bool SnapshotStore::load(const QString &path, Snapshot *snapshot, QString *error) {

@@ -20,6 +20,8 @@ public:
     QString folder() const { return m_folder; }
     // Saves and prunes; returns the file's path, or an empty string with `error` set.
     QString save(Snapshot &snapshot, QString *error = nullptr) const;
+    // Writes a saved snapshot again over its file (its write's outcome now known).
+    bool rewrite(const Snapshot &snapshot, QString *error = nullptr) const;
     // A tracker's snapshots, newest first. A damaged file is skipped and named in `damaged` with the reason.
     QVector<Snapshot> list(const QString &imei, QStringList *damaged = nullptr) const;
     // Trackers that have snapshots.

@@ -36,9 +36,8 @@ HistoryDialog::HistoryDialog(const kd::SnapshotStore &store, const QString &imei
 
     auto *panes = new QHBoxLayout;
     for (const kd::Snapshot &s : qAsConst(m_snapshots)) {
-        m_list->addItem(QStringLiteral("%1 — изменено параметров: %2")
-                            .arg(s.time.toLocalTime().toString(QStringLiteral("dd.MM.yyyy HH:mm:ss")))
-                            .arg(s.written.size()));
+        m_list->addItem(QStringLiteral("%1 — %2").arg(
+            s.time.toLocalTime().toString(QStringLiteral("dd.MM.yyyy HH:mm:ss")), s.summary()));
     }
     m_list->setMinimumWidth(380);
     m_details->setReadOnly(true);

@@ -78,13 +78,16 @@ bool SafeWrites::confirm(const QString &title, const QString &question, const QS
 }
 
 void SafeWrites::writeStarted(bool started) {
-    const std::unique_ptr<kd::Snapshot> snapshot = std::move(m_pending);
+    std::unique_ptr<kd::Snapshot> snapshot = std::move(m_pending);
     if (!started || !snapshot)
         return;
+    snapshot->complete = false;
     QString error;
     if (m_store.save(*snapshot, &error).isEmpty())
         m_prompter->warning(m_window, QStringLiteral("История изменений"),
                             QStringLiteral("Не удалось сохранить снимок настроек прибора: %1").arg(error));
+    else
+        m_unfinished = std::move(snapshot);
     m_step = m_verify ? Verify::AwaitWrite : Verify::Idle;
 }
 
@@ -131,6 +134,12 @@ void SafeWrites::onJobFinished(const JobResult &result) {
     }
     case JobResult::Kind::WriteAll:
     case JobResult::Kind::WriteSection:
+        if (const std::unique_ptr<kd::Snapshot> snapshot = std::move(m_unfinished)) {
+            // A rewrite that fails leaves the snapshot marked unfinished: the safe side.
+            snapshot->complete = result.ok();
+            if (snapshot->complete)
+                m_store.rewrite(*snapshot);
+        }
         if (m_step != Verify::AwaitWrite)
             return;
         m_step = Verify::Idle;

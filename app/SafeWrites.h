@@ -62,7 +62,8 @@ private:
     VantorConfiguration *m_device;  // the device's values as last read
     VantorConfiguration *m_written; // what the last confirmed write sends, for the read-back
     QStringList m_writtenSections;
-    std::unique_ptr<kd::Snapshot> m_pending; // of the confirmed write, until it starts
+    std::unique_ptr<kd::Snapshot> m_pending;    // of the confirmed write, until it starts
+    std::unique_ptr<kd::Snapshot> m_unfinished; // of the running write, until it ends
     QJsonObject m_fileRoot;
     bool m_fromFile = false;
     QSet<QString> m_known; // the sections whose device values were read

@@ -84,8 +84,7 @@ int historyCommand(const CliOptions &options, QTextStream &out, QTextStream &err
     }
     for (const kd::Snapshot &s : list) {
         out << QDir::toNativeSeparators(s.filePath) << '\t' << s.time.toLocalTime().toString(Qt::ISODate)
-            << '\t' << QStringLiteral("версия %1").arg(s.programVersion) << '\t'
-            << QStringLiteral("изменено параметров: %1").arg(s.written.size()) << '\n';
+            << '\t' << QStringLiteral("версия %1").arg(s.programVersion) << '\t' << s.summary() << '\n';
         for (const QString &line : s.writtenLines())
             out << QStringLiteral("    ") << line << '\n';
     }

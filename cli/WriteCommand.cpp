@@ -46,9 +46,14 @@ void WriteCommand::jobDone(const JobResult &result) {
             return;
         deviceRead();
         return;
-    case Step::Write:
+    case Step::Write: {
         if (failed(result, QStringLiteral("конфигурация записана не полностью")))
             return;
+        m_snapshot.complete = true;
+        QString error;
+        if (!kd::SnapshotStore().rewrite(m_snapshot, &error))
+            m_err << QStringLiteral("tavrel-cli: внимание: снимок не отмечен как завершенный: ") << error
+                  << '\n';
         if (!m_choices.verify) {
             out() << QStringLiteral("%1 записана в прибор (без проверки чтением)").arg(sourceName()) << '\n';
             finish(0);
@@ -57,6 +62,7 @@ void WriteCommand::jobDone(const JobResult &result) {
         m_step = Step::Verify;
         session()->readAll();
         return;
+    }
     case Step::Verify:
         if (failed(result,
                    QStringLiteral("конфигурация записана, но не подтверждено: прибор не ответил на чтение")))
@@ -110,10 +116,11 @@ void WriteCommand::deviceRead() {
         return;
     }
 
-    kd::Snapshot before = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
-    before.programVersion = QStringLiteral(TAVREL_VERSION);
+    m_snapshot = kd::Snapshot::capture(*m_device, kd::Snapshot::changesOf(diff));
+    m_snapshot.programVersion = QStringLiteral(TAVREL_VERSION);
+    m_snapshot.complete = false;
     QString error;
-    const QString saved = kd::SnapshotStore().save(before, &error);
+    const QString saved = kd::SnapshotStore().save(m_snapshot, &error);
     if (saved.isEmpty()) {
         fail(QStringLiteral("не удалось сохранить снимок настроек прибора, ничего не записано: %1")
                  .arg(error));

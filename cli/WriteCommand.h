@@ -4,6 +4,7 @@
 #include "cli/DeviceCommand.h"
 
 #include "Devices/ConfigurationDiff.h"
+#include "Devices/Snapshot.h"
 
 class VantorConfiguration;
 
@@ -42,4 +43,5 @@ private:
     Step m_step = Step::Identity;
     VantorConfiguration *m_device;  // the device's values as read before the write
     VantorConfiguration *m_written; // what was written
+    kd::Snapshot m_snapshot;        // the device's values before the write, marked once it went through
 };

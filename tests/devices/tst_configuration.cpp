@@ -619,6 +619,16 @@ private slots:
         QCOMPARE(list.at(0).writtenLines().size(), ConfigurationDiff::compare(device, other).changes.size());
         QVERIFY(list.at(0).writtenLines().contains("SIM 1: роуминг: запрещен → разрешен"));
 
+        // A write that did not go through is marked; one of an older program, without the mark, is not.
+        Snapshot unfinished = list.at(0);
+        unfinished.complete = false;
+        QVERIFY(store.rewrite(unfinished));
+        QVERIFY(store.list("863071014478127").at(0).summary().endsWith(", запись не завершена"));
+        QJsonObject older = QJsonDocument::fromJson(s.toJson()).object();
+        older.remove("complete");
+        QVERIFY(Snapshot::fromJson(QJsonDocument(older).toJson(), &unfinished, nullptr) &&
+                unfinished.complete);
+
         VantorConfiguration restored;
         list.at(0).applyTo(restored);
         for (const ConfigField &f : configurationFields())
