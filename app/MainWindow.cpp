@@ -407,8 +407,8 @@ void MainWindow::readAll() {
         return;
     // A page written on leaving goes out first: the full read empties the queue.
     afterJob([this] {
-        if (!m_session->isReadyForJobs())
-            return refused();
+        if (!canStartJob())
+            return;
         m_configuration->resetFilled();
         m_session->readAll();
     });
@@ -436,11 +436,10 @@ void MainWindow::writeSections(const QStringList &sections) {
         question += QStringLiteral("\n\n") + notWrittenText(leftOut);
     if (!m_safe->confirm(QStringLiteral("Сохранение конфигурации"), question, keys))
         return;
-    const bool ready = m_session->isReadyForJobs();
-    m_safe->writeStarted(ready && (keys.size() == 1 ? m_session->writeSection(keys.constFirst())
-                                                    : m_session->writeSections(keys)));
-    if (!ready)
-        return refused();
+    if (!canStartJob())
+        return;
+    m_safe->writeStarted(keys.size() == 1 ? m_session->writeSection(keys.constFirst())
+                                          : m_session->writeSections(keys));
     for (SettingsPageBase *page : m_pages->all())
         page->refresh();
 }
@@ -454,32 +453,31 @@ void MainWindow::applyCurrentPage() {
                          QStringLiteral("Загрузить настройки текущей страницы в прибор?"),
                          {page->sectionKey()}))
         return;
-    const bool ready = m_session->isReadyForJobs();
-    m_safe->writeStarted(ready && writePage(page));
-    if (!ready)
-        refused();
+    if (canStartJob())
+        m_safe->writeStarted(writePage(page));
 }
 
 void MainWindow::on_action_ClearMemory_triggered() {
     m_prompter->information(this, appTitle(), QStringLiteral("Очистка памяти"));
-    if (!m_session->isReadyForJobs())
-        return refused();
-    m_session->clearMemory();
+    if (canStartJob())
+        m_session->clearMemory();
 }
 
 void MainWindow::on_action_ResetSettings_triggered() {
     m_prompter->information(this, appTitle(), QStringLiteral("Сброс настроек"));
-    if (!m_session->isReadyForJobs())
-        return refused();
-    m_session->resetSettings();
+    if (canStartJob())
+        m_session->resetSettings();
 }
 
-void MainWindow::refused() {
+bool MainWindow::canStartJob() {
+    if (m_session->isReadyForJobs())
+        return true;
     m_prompter->warning(
         this, appTitle(),
         m_session->state() == State::Busy
             ? QStringLiteral("Прибор занят: дождитесь окончания текущей операции.")
             : QStringLiteral("Прибор не подключен: команда не выполнена. Нажмите «Подключить»."));
+    return false;
 }
 
 void MainWindow::on_action_CreateNewCfg_triggered() {

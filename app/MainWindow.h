@@ -141,8 +141,9 @@ private:
     void onDeviceBlocked(const QString &powerCycleText);
     void onJobFinished(const JobResult &result);
     void onWaitCancelled();
-    // A device command the session cannot take now: the user is told why instead of nothing happening.
-    void refused();
+    // False for a device command the session cannot take now, after telling the user why (instead of
+    // nothing happening).
+    bool canStartJob();
 
     // Writes a settings page to the device as one job; false when nothing could be sent.
     bool writePage(SettingsPageBase *page);
