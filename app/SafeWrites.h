@@ -27,6 +27,8 @@ public:
     ~SafeWrites() override;
 
     void setVerify(bool on) { m_verify = on; }
+    // The read running is the check of a write: its report is the write's (see readBackReportText()).
+    bool readingBack() const { return m_step == Verify::AwaitRead; }
     bool deviceValuesKnown() const { return !m_known.isEmpty(); }
     const VantorConfiguration &deviceValues() const { return *m_device; }
     // The configuration was loaded from the file at `path`, or built anew (no file).

@@ -607,6 +607,10 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(m_serial->count("0801") > 0, 5000); // the fuel block
             QTRY_VERIFY_WITH_TIMEOUT(history().constFirst().complete, 5000);
             QCOMPARE(m_serial->count("0302") + m_serial->count("0303"), 0);
+            QTRY_COMPARE_WITH_TIMEOUT(warnings().last(),
+                                      QStringLiteral("Запись подтверждена прибором\n"
+                                                     "Проверка чтением: не удалось считать: навигация"),
+                                      5000);
             return;
         }
         // Hung up: the user hears of the link, then in one box of what was not read.
