@@ -1,4 +1,5 @@
 #include "cli/BatchReport.h"
+#include "Devices/SectionTable.h"
 #include "Devices/WriteErrorText.h"
 
 #include <QSaveFile>
@@ -26,6 +27,16 @@ QString checkText(BatchRow::Check check) {
     return QStringLiteral("не проводилась");
 }
 
+// The sections by the names the rest of the tool uses ("системные параметры, навигация").
+QString sectionsText(const QStringList &keys) {
+    QStringList names;
+    for (const QString &key : keys) {
+        const kd::Section *section = kd::sectionByKey(key);
+        names << (section ? section->displayName : key);
+    }
+    return names.join(QStringLiteral(", "));
+}
+
 } // namespace
 
 QString BatchRow::resultText() const {
@@ -50,7 +61,7 @@ QString BatchReport::csvLine(const BatchRow &row) {
                        row.firmwareBefore,
                        row.firmwareAfter,
                        cell(row.resultText()),
-                       cell(row.differed.join(QLatin1Char(' '))),
+                       cell(sectionsText(row.differed)),
                        checkText(row.verification)}
         .join(QLatin1Char(','));
 }

@@ -324,9 +324,10 @@ private slots:
         QVERIFY(bench.waitForFinished(5000));
         const QJsonObject expected = readJson(DataDir + "/write-config.json");
         for (int i = 0; i < 3; ++i) {
-            QVERIFY2(
-                lines.filter(imeis.at(i) + ",918,918,успешно").filter(QRegularExpression(",да$")).size() == 1,
-                qPrintable(lines.join('\n')));
+            QVERIFY2(lines.filter(imeis.at(i) + ",918,918,успешно")
+                             .filter(QRegularExpression(",\"системные параметры, навигация, .*\",да$"))
+                             .size() == 1,
+                     qPrintable(lines.join('\n')));
             const QJsonObject state = readJson(QStringLiteral("%1/s-%2.json").arg(dir).arg(i + 1));
             const QJsonObject &values = i < 2 ? QJsonObject() : expected;
             QCOMPARE(state["Server"][0]["server"].toString(),
