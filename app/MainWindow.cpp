@@ -348,11 +348,8 @@ void MainWindow::onDeviceBlocked(const QString &powerCycleText) {
 }
 
 void MainWindow::onJobFinished(const JobResult &result) {
-    // After the link's own box when a loss cut the job short. This slot runs before SafeWrites' own, which
-    // ends its read-back.
-    const QString report = m_safe->readingBack() && result.kind == JobResult::Kind::ReadAll
-                               ? readBackReportText(result)
-                               : jobReportText(result);
+    // After the link's own box when a loss cut the job short; asked before SafeWrites ends its read-back.
+    const QString report = m_safe->reportText(result);
     if (!report.isEmpty())
         QTimer::singleShot(0, this, [this, report] { m_prompter->warning(this, appTitle(), report); });
     if (m_afterJob) {

@@ -2,6 +2,7 @@
 
 #include "app/CompareDialog.h"
 #include "app/HistoryDialog.h"
+#include "app/JobReport.h"
 #include "app/Prompter.h"
 
 #include "Devices/ConfigurationDiff.h"
@@ -89,6 +90,11 @@ void SafeWrites::writeStarted(bool started) {
     else
         m_unfinished = std::move(snapshot);
     m_step = m_verify ? Verify::AwaitWrite : Verify::Idle;
+}
+
+QString SafeWrites::reportText(const JobResult &result) const {
+    return m_step == Verify::AwaitRead && result.kind == JobResult::Kind::ReadAll ? readBackReportText(result)
+                                                                                  : jobReportText(result);
 }
 
 void SafeWrites::onJobFinished(const JobResult &result) {

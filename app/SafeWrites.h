@@ -27,8 +27,9 @@ public:
     ~SafeWrites() override;
 
     void setVerify(bool on) { m_verify = on; }
-    // The read running is the check of a write: its report is the write's (see readBackReportText()).
-    bool readingBack() const { return m_step == Verify::AwaitRead; }
+    // What the user is told at the end of `result`'s job: a read that checks a write reports as the
+    // write's check. Asked before this object's own slot ends the check.
+    QString reportText(const JobResult &result) const;
     bool deviceValuesKnown() const { return !m_known.isEmpty(); }
     const VantorConfiguration &deviceValues() const { return *m_device; }
     // The configuration was loaded from the file at `path`, or built anew (no file).
