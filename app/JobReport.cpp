@@ -1,24 +1,14 @@
 #include "app/JobReport.h"
 
 #include "Devices/SectionKeys.h"
-
-#include <QHash>
+#include "Devices/SectionTable.h"
 
 namespace {
 
+// A section by the section table's name; telemetry requests by their own label.
 QString sectionWord(const QString &key) {
-    static const QHash<QString, QString> words{
-        {kd::keys::System, QStringLiteral("системные параметры")},
-        {kd::keys::Navigation, QStringLiteral("навигация")},
-        {kd::keys::Gsm, QStringLiteral("GSM")},
-        {kd::keys::Server, QStringLiteral("серверы")},
-        {kd::keys::Agc, QStringLiteral("аналоговые входы")},
-        {kd::keys::Logic, QStringLiteral("логические входы")},
-        {kd::keys::Fuel, QStringLiteral("топливо")},
-        {kd::keys::Output, QStringLiteral("выходы")},
-        {kd::keys::MainDeviceInfo, QStringLiteral("сведения о приборе")},
-    };
-    return words.value(key);
+    const kd::Section *section = key == kd::keys::ControlInfo ? nullptr : kd::sectionByKey(key);
+    return section ? section->displayName : QString();
 }
 
 // The sections (commands by their own label) a job missed, each once however many of its requests went

@@ -7,7 +7,7 @@
 
 // The one box after a read or write job that did not come through, naming the sections it missed
 // ("Не удалось считать: навигация, серверы"), for a write apart those sent but not answered ("Записано без
-// подтверждения: топливо"); empty when there is nothing to say (the job succeeded,
+// подтверждения: датчики топлива"); empty when there is nothing to say (the job succeeded,
 // or was blocked, cancelled or stopped at the password, which have their own messages).
 QString jobReportText(const JobResult &result);
 

@@ -313,7 +313,8 @@ private slots:
         QTest::newRow("cable pulled during write all")
             << -5 << 9
             << QStringList{LinkWarning + "Прибор был отключен",
-                           "warning|Tavrel_micro_cfg|Записано без подтверждения: навигация, GSM, топливо, "
+                           "warning|Tavrel_micro_cfg|Записано без подтверждения: навигация, GSM, датчики "
+                           "топлива, "
                            "системные параметры, аналоговые входы, логические входы, серверы"}
             << true;
         row("serial unsupported operation is not fatal", 1, 10, "");
