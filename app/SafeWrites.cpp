@@ -52,6 +52,8 @@ void SafeWrites::configurationReplaced() {
 }
 
 bool SafeWrites::confirm(const QString &title, const QString &question, const QStringList &sections) {
+    // A confirmation whose write was then refused leaves no snapshot for the next write to save.
+    m_pending.reset();
     // The changes can only be shown against values read from the device.
     for (const QString &key : sections) {
         if (!m_known.contains(key))
