@@ -36,7 +36,11 @@ struct Snapshot {
     static Snapshot capture(const VantorConfiguration &device, const QVector<QJsonObject> &written = {},
                             const QStringList &sections = {});
     static QVector<QJsonObject> changesOf(const ConfigurationDiff &diff);
-    bool carries(const QString &section) const { return sections.isEmpty() || sections.contains(section); }
+    bool carries(const QString &section) const { return carries(sections, section); }
+    // Whether a list of sections read from the device (empty: all of them) holds `section`.
+    static bool carries(const QStringList &sections, const QString &section) {
+        return sections.isEmpty() || sections.contains(section);
+    }
     // Of `keys`, the sections the snapshot carries.
     QStringList carried(const QStringList &keys) const;
     // Every field it carries into `cfg`; the others keep their values.

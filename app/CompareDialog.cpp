@@ -2,6 +2,7 @@
 
 #include "Devices/ConfigurationDiff.h"
 #include "Devices/ConfigurationFile.h"
+#include "Devices/Snapshot.h"
 #include "Devices/SnapshotStore.h"
 #include "Devices/VantorConfiguration.h"
 
@@ -165,7 +166,7 @@ int CompareDialog::deviceSide() const {
 
 bool CompareDialog::holds(int side, const kd::ConfigField &f) const {
     const Side &s = *m_sides[side];
-    return s.valid && (s.sections.isEmpty() || s.sections.contains(f.section));
+    return s.valid && kd::Snapshot::carries(s.sections, f.section);
 }
 
 void CompareDialog::refresh() {
